@@ -1,0 +1,43 @@
+# How every target of the project is compiled, and the short names for making one.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# Results are the same on every machine: no contraction, and SSE2 instead of x87 on 32-bit x86.
+add_compile_options(-ffp-contract=off)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86|i[3-6]86)$")
+  add_compile_options(-msse2 -mfpmath=sse)
+endif()
+
+if(KEL_SANITIZE)
+  add_compile_options(-fsanitize=${KEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${KEL_SANITIZE})
+endif()
+
+set(KEL_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+  -Wold-style-cast -Wcast-qual -Wimplicit-fallthrough -Wundef)
+
+# kel_target(NAME): the warnings and the include folder that all our own code is compiled with.
+function(kel_target name)
+  target_compile_options(${name} PRIVATE ${KEL_WARNINGS} $<$<BOOL:${KEL_WERROR}>:-Werror>)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+endfunction()
+
+# kel_test(NAME SOURCES... [LIBRARIES...]): one GoogleTest program. Natively each test is its own
+# ctest entry; under an emulator the program is one entry, because starting a process is slow there.
+function(kel_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  kel_target(${name})
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gtest GTest::gtest_main)
+  if(CMAKE_CROSSCOMPILING)
+    add_test(NAME ${name} COMMAND ${name})
+  else()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}." PROPERTIES TIMEOUT 300)
+  endif()
+endfunction()
