@@ -51,17 +51,20 @@ CyVector Moved(const CyMatrix& a, const CyVector& v, const CyVector& t) {
           m[2][0] * v.x + m[2][1] * v.y + m[2][2] * v.z + t.z};
 }
 
+/// One element of a product: row `r` of `a` by column `c` of `b`.
+inline double Element(const CyMatrix& a, const CyMatrix& b, int r, int c) {
+  return a.m[r][0] * b.m[0][c] + a.m[r][1] * b.m[1][c] + a.m[r][2] * b.m[2][c];
+}
+
+/// Written out, so that the compiler keeps the elements in registers two by two.
 CyMatrix FullProduct(const CyMatrix& a, const CyMatrix& b) {
-  CyMatrix product;
-  for (int r = 0; r < 3; ++r) {
-    const double* row = a.m[r];
-    for (int c = 0; c < 4; ++c) {
-      product.m[r][c] = row[0] * b.m[0][c] + row[1] * b.m[1][c] + row[2] * b.m[2][c];
-    }
-    product.m[r][3] += row[3];
-  }
-  product.kind = KindOfProduct(a.kind, b.kind);
-  return product;
+  return {KindOfProduct(a.kind, b.kind),
+          {{Element(a, b, 0, 0), Element(a, b, 0, 1), Element(a, b, 0, 2),
+            Element(a, b, 0, 3) + a.m[0][3]},
+           {Element(a, b, 1, 0), Element(a, b, 1, 1), Element(a, b, 1, 2),
+            Element(a, b, 1, 3) + a.m[1][3]},
+           {Element(a, b, 2, 0), Element(a, b, 2, 1), Element(a, b, 2, 2),
+            Element(a, b, 2, 3) + a.m[2][3]}}};
 }
 
 /// The angle in degrees between `p` and the z axis, 0 to 180; false when `p` is too short.

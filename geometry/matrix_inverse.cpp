@@ -94,11 +94,11 @@ int CyMatrix::InvertGauss4(double (&a)[4][4]) noexcept {
 }
 
 void CyMatrix::InvertRigid() noexcept {
-  std::swap(m[0][1], m[1][0]);
-  std::swap(m[0][2], m[2][0]);
-  std::swap(m[1][2], m[2][1]);
   const CyVector t(m[0][3], m[1][3], m[2][3]);
-  for (auto& row : m) row[3] = -(row[0] * t.x + row[1] * t.y + row[2] * t.z);
+  *this = {kind,
+           {{m[0][0], m[1][0], m[2][0], -(m[0][0] * t.x + m[1][0] * t.y + m[2][0] * t.z)},
+            {m[0][1], m[1][1], m[2][1], -(m[0][1] * t.x + m[1][1] * t.y + m[2][1] * t.z)},
+            {m[0][2], m[1][2], m[2][2], -(m[0][2] * t.x + m[1][2] * t.y + m[2][2] * t.z)}}};
 }
 
 void CyMatrix::Invert() noexcept {

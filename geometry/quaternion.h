@@ -80,10 +80,11 @@ constexpr CyQuaternion operator*(const CyQuaternion& q, double s) noexcept {
 /// Deliberate: pure, real and mixed operands take short cuts of their own, in this order. For
 /// finite numbers they differ from the full product in the sign of a zero only; infinities and
 /// not-a-numbers come out differently. Held by ProductRules in quaternion_test.cpp.
-inline CyQuaternion operator*(const CyQuaternion& a, const CyQuaternion& b) noexcept {
+constexpr CyQuaternion operator*(const CyQuaternion& a, const CyQuaternion& b) noexcept {
   if (a.w == 0.0 && b.w == 0.0) return {-1.0 * Dot(a.v, b.v), Cross(a.v, b.v)};
-  if (a.v.Mag() == 0.0) return {a.w * b.w, a.w * b.v};
-  if (b.v.Mag() == 0.0) return {b.w * a.w, b.w * a.v};
+  // A length is zero exactly when its square is.
+  if (Dot(a.v, a.v) == 0.0) return {a.w * b.w, a.w * b.v};
+  if (Dot(b.v, b.v) == 0.0) return {b.w * a.w, b.w * a.v};
   return {a.w * b.w - Dot(a.v, b.v), (a.w * b.v + b.w * a.v) + Cross(a.v, b.v)};
 }
 
