@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "geometry/vector.h"
@@ -128,6 +129,10 @@ struct CyMatrix {
     kind = MatGeneral;
   }
 };
+
+/// XformPoint of `count` points, from `points` to `results`, which may be the same place.
+void XformPoints(const CyMatrix& matrix, const CyVector* points, CyVector* results,
+                 std::size_t count) noexcept;
 
 /// The transform that applies `b` first and then `a`.
 CyMatrix operator*(const CyMatrix& a, const CyMatrix& b) noexcept;

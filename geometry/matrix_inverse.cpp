@@ -50,8 +50,9 @@ struct Elimination {
   /// Clears column `p` of row `i`, small entries excepted; false when the row is left empty.
   bool ClearRow(int i, int p) {
     double* row = rows[i];
-    if (IsSmall(row[p])) return true;
-    for (int j = p + 1; j < 8; ++j) row[j] -= row[p] * rows[p][j];
+    const double factor = row[p];
+    if (IsSmall(factor)) return true;
+    for (int j = p + 1; j < 8; ++j) row[j] -= factor * rows[p][j];
     row[p] = 0.0;
     return !IsLeftHalfSmall(i);
   }

@@ -31,8 +31,7 @@ struct CyQuaternion {
   CyQuaternion& Normalize() noexcept {
     const double length = std::sqrt(w * w + v.x * v.x + v.y * v.y + v.z * v.z);
     if (length < LengthThreshold) return *this;
-    w /= length;
-    v = v / length;
+    Set(w / length, v / length);
     return *this;
   }
 

@@ -164,6 +164,18 @@ TEST(Matrix, EveryPairOfKinds) {
   }
 }
 
+TEST(Matrix, ManyPointsInPlace) {
+  RandomGeometry random;
+  for (int kind = MatIdentity; kind <= MatGeneral; ++kind) {
+    const CyMatrix m = random.OfKind(static_cast<CyMatrixKind>(kind));
+    CyVector points[5];
+    CyVector expected[5];
+    for (int i = 0; i < 5; ++i) expected[i] = m.XformPoint(points[i] = random.Vector());
+    XformPoints(m, points, points, 5);
+    for (int i = 0; i < 5; ++i) EXPECT_TRUE(Same(points[i], expected[i])) << m;
+  }
+}
+
 /// Sums in their order, no contraction: the bits of a product and an inverse are the same on every
 /// machine and at every level of optimisation.
 TEST(Matrix, BitsAreTheSameEverywhere) {
