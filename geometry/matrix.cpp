@@ -2,9 +2,9 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <type_traits>
 
+#include "geometry/pair.h"
 #include "geometry/quaternion.h"
 #include "geometry/rotation.h"
 
@@ -52,16 +52,6 @@ CyVector Moved(const CyMatrix& a, const CyVector& v, const CyVector& t) {
           m[2][0] * v.x + m[2][1] * v.y + m[2][2] * v.z + t.z};
 }
 
-/// Two neighbouring elements of a row, added and multiplied one by one: the results are those of
-/// single doubles, in half the instructions.
-using Pair = double __attribute__((vector_size(16)));
-
-Pair LoadPair(const double* elements) {
-  Pair pair;
-  std::memcpy(&pair, elements, sizeof pair);
-  return pair;
-}
-
 /// The row of a product that belongs to `row` of its left operand.
 void ProductRow(const double (&row)[4], const CyMatrix& b, double (&result)[4]) {
   const Pair first =
@@ -70,8 +60,8 @@ void ProductRow(const double (&row)[4], const CyMatrix& b, double (&result)[4]) 
       row[0] * LoadPair(b.m[0] + 2) + row[1] * LoadPair(b.m[1] + 2) + row[2] * LoadPair(b.m[2] + 2);
   // A negative zero is what leaves every number as it is when added.
   const Pair moved = second + Pair{-0.0, row[3]};
-  std::memcpy(result, &first, sizeof first);
-  std::memcpy(result + 2, &moved, sizeof moved);
+  StorePair(first, result);
+  StorePair(moved, result + 2);
 }
 
 inline CyMatrix FullProduct(const CyMatrix& a, const CyMatrix& b) {
