@@ -127,9 +127,9 @@ class SaveInterface {
 /// A plain record that owns nothing; the host makes it and the library only sees it in these four
 /// functions.
 struct HelpSys {
-  std::int32_t clickHelp;       // state of the click help
-  HWND helpWindow;              // the help window
-  std::int32_t hostOwned[4];    // never looked at by the library, only copied
+  std::int32_t clickHelp;     // state of the click help
+  HWND helpWindow;            // the help window
+  std::int32_t hostOwned[4];  // never looked at by the library, only copied
 
   HelpSys() = default;
   HelpSys(const HelpSys&) = default;

@@ -6,8 +6,8 @@
 
 struct Mesh {
   std::string name;
-  std::uint32_t material;     // index into Scene::materials
-  std::vector<float> points;  // x, y, z of each corner
+  std::uint32_t material;                // index into Scene::materials
+  std::vector<float> points;             // x, y, z of each corner
   std::vector<std::uint32_t> triangles;  // three corners each
 };
 

@@ -99,9 +99,8 @@ int SceneWriter::SaveSection2() { return Finish("SaveSection2", true); }
 /// The last writer: after it nobody looks at a result any more. So it commits, and what the disk
 /// does not take turns up here.
 int SceneWriter::SaveSection1() {
-  const bool written = WriteStream(storage_, L"Sections", [this](IStream* stream) {
-    return WriteTexts(stream, sections_);
-  });
+  const bool written = WriteStream(
+      storage_, L"Sections", [this](IStream* stream) { return WriteTexts(stream, sections_); });
   return Finish("SaveSection1", written && SUCCEEDED(storage_->Commit(STGC_DEFAULT)));
 }
 

@@ -56,11 +56,12 @@ TEST(PlatformFiles, AccessLooksAtTheFileItself) {
     mode_t mode;
     int access;
     int result;
-  } const rows[] = {{0644, 0, 0}, {0644, 2, 0}, {0444, 0, 0},  {0444, 4, 0},
+  } const rows[] = {{0644, 0, 0},  {0644, 2, 0},  {0444, 0, 0},  {0444, 4, 0},
                     {0444, 2, -1}, {0444, 6, -1}, {0466, 2, -1}, {0200, 6, 0}};
   for (const auto& row : rows) {
     const std::string path = folder.Put("file", "x", row.mode);
-    EXPECT_EQ(files::_access(path.c_str(), row.access), row.result) << row.mode << " " << row.access;
+    EXPECT_EQ(files::_access(path.c_str(), row.access), row.result)
+        << row.mode << " " << row.access;
     chmod(path.c_str(), 0644);
   }
   chmod(folder.root.c_str(), 0555);
@@ -150,9 +151,15 @@ TEST(PlatformFiles, ComparisonIgnoresCase) {
     std::size_t count;
     int sign;
   } const rows[] = {
-      {"KelBack", "kELbACK-1", 7, 0}, {"KelBack", "KelBacX", 7, -1}, {"KelBack", "KelBacX", 6, 0},
-      {"abc", "ABC", 7, 0},           {"abc", "abcd", 7, -1},        {"abcd", "abc", 7, 1},
-      {"a", "b", 0, 0},               {"[", "{", 1, -1},             {"\xC3\xA9", "\xC3\x89", 2, 1},
+      {"KelBack", "kELbACK-1", 7, 0},
+      {"KelBack", "KelBacX", 7, -1},
+      {"KelBack", "KelBacX", 6, 0},
+      {"abc", "ABC", 7, 0},
+      {"abc", "abcd", 7, -1},
+      {"abcd", "abc", 7, 1},
+      {"a", "b", 0, 0},
+      {"[", "{", 1, -1},
+      {"\xC3\xA9", "\xC3\x89", 2, 1},
   };
   for (const auto& row : rows) {
     const int result = files::_mbsnbicmp(reinterpret_cast<const unsigned char*>(row.a),

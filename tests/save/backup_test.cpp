@@ -13,8 +13,8 @@ namespace {
 struct Situation {
   Folder folder;
   RecordingHost host;
-  std::string name = "scene.kel";
-  std::string separator = "\\";
+  const char* name = "scene.kel";
+  char separator = '\\';
 
   Situation() { host.directory = folder.Root(); }
 };
@@ -69,15 +69,15 @@ const Row Rows[] = {
      "KelBacX.kel=new KelBackup.bak=old"},
     {"short text spares a whole name", [](Situation& s) {
        KelSetHostString(60121, "abc");
-       s.name = std::string("ABC");
+       s.name = "ABC";
      }, "ABC=new"},
     {"short text spares nothing longer", [](Situation& s) {
        KelSetHostString(60121, "abc");
-       s.name = std::string("abcd");
+       s.name = "abcd";
      }, "KelBackup.bak=old abcd=new"},
     {"forward slash: the folder is part of the name", [](Situation& s) {
        s.name = "KelBack-1.kel";
-       s.separator = "/";
+       s.separator = '/';
      }, "KelBack-1.kel=new KelBackup.bak=old"},
     {"a name beyond ASCII", [](Situation& s) { s.name = "\xC3\xA9\xE2\x82\xAC.kel"; },
      "KelBackup.bak=old \xC3\xA9\xE2\x82\xAC.kel=new"},

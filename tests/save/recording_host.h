@@ -11,9 +11,9 @@
 class RecordingHost : public SaveInterface {
  public:
   // What the host answers.
-  std::string failing;       // the writer that fails
-  std::string throwing;      // the operation that throws
-  std::string directory;     // for GetDirectory
+  std::string failing;    // the writer that fails
+  std::string throwing;   // the operation that throws
+  std::string directory;  // for GetDirectory
   int needsPrepare = 0;
   int wantsBackup = 1;
   int hasAfterSteps = 0;

@@ -37,7 +37,8 @@ TEST(Slider, Set) {
       {INT_MIN, INT_MAX, 0, 0, INT_MIN, -1, 1, INT_MIN, 1},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.position << " step " << row.step << " mode " << row.mode);
+    SCOPED_TRACE(testing::Message()
+                 << row.position << " step " << row.step << " mode " << row.mode);
     SliderRecord slider = MakeSlider(row.lower, row.upper, row.old);
     EXPECT_EQ(SetKelProcess(&slider, row.mode, row.position, row.step, row.snap), row.changed);
     EXPECT_EQ(slider.position, row.stored);
@@ -66,7 +67,7 @@ TEST(Slider, Revise) {
   struct {
     int track, thumb, margin, usable;
   } const rows[] = {
-      {200, 20, 16, 150}, {200, 20, 100, 1}, {200, 20, 91, 1},       {200, 20, 90, 2},
+      {200, 20, 16, 150}, {200, 20, 100, 1}, {200, 20, 91, 1},        {200, 20, 90, 2},
       {0, 0, 0, 2},       {0, 0, 1, 1},      {200, 20, INT_MIN, 182}, {-200, 20, 16, 150},
   };
   for (const auto& row : rows) {
@@ -98,8 +99,8 @@ TEST(Slider, Adjust) {
       {200, 20, 7, 7, 0, 75, 5, 7},  // no range: no correction
       {200, 20, 0, 100, 0, 75, 0, 50},
       {200, 20, INT_MIN, 0, 0, 75, 1, INT_MIN},  // twice the range wraps to 0
-      {200, 20, 0, INT_MAX, 2, INT_MAX, 1, 0},  // beyond 32 bits
-      {20, 400, 10, 100, 2, 50, 1, 10},  // NegativeWidth: 0, raised to the range
+      {200, 20, 0, INT_MAX, 2, INT_MAX, 1, 0},   // beyond 32 bits
+      {20, 400, 10, 100, 2, 50, 1, 10},          // NegativeWidth: 0, raised to the range
       {20, 400, -10, 100, 2, 50, 1, 0},
       {50, 20, 3, 100, 2, 50, 1, 3},  // ZeroWidth: infinite
       {50, 20, 3, 100, 0, 0, 5, 3},   // ZeroWidth: not a number
