@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -31,7 +31,7 @@ struct Folder {
   }
 
   std::string Put(const std::string& name, const std::string& text, mode_t mode = 0644) const {
-    const std::string path = root + "/" + name;
+    std::string path = root + "/" + name;
     std::ofstream(path) << text;
     chmod(path.c_str(), mode);
     return path;

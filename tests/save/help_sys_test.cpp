@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -8,25 +9,29 @@
 
 namespace {
 
-HelpSys FromWords(const std::uint32_t (&words)[6]) {
+// The six words as the host lays them out.
+using Words = std::array<std::uint32_t, 6>;
+
+HelpSys FromWords(const Words& words) {
   HelpSys help;
-  std::memcpy(static_cast<void*>(&help), words, sizeof help);
+  std::memcpy(static_cast<void*>(&help), words.data(), sizeof help);
   return help;
 }
 
-// The words are compared as the host lays them out.
-bool HasWords(const HelpSys& help, const std::uint32_t (&words)[6]) {
-  return std::memcmp(&help, words, sizeof help) == 0;
+Words WordsOf(const HelpSys& help) {
+  Words words;
+  std::memcpy(words.data(), &help, sizeof help);
+  return words;
 }
 
 TEST(HelpSys, AssignmentCopiesAllSixWords) {
   const HelpSys source = FromWords({0xFFFFFFFF, 2, 3, 4, 5, 6});
   HelpSys target = FromWords({0, 0, 0, 0, 0, 0});
   EXPECT_EQ(&(target = source), &target);
-  EXPECT_TRUE(HasWords(target, {0xFFFFFFFF, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(WordsOf(target), (Words{0xFFFFFFFF, 2, 3, 4, 5, 6}));
   const HelpSys& itself = target;
   target = itself;
-  EXPECT_TRUE(HasWords(target, {0xFFFFFFFF, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(WordsOf(target), (Words{0xFFFFFFFF, 2, 3, 4, 5, 6}));
 }
 
 TEST(HelpSys, AccessorsTouchOneWord) {
@@ -35,7 +40,7 @@ TEST(HelpSys, AccessorsTouchOneWord) {
   EXPECT_EQ(help.getClickHelp(), -1);
   help.setHelpHWnd(HelpSys(other).getHelpHWnd());
   EXPECT_EQ(help.getHelpHWnd(), other.helpWindow);
-  EXPECT_TRUE(HasWords(help, {0xFFFFFFFF, 77, 3, 4, 5, 6}));
+  EXPECT_EQ(WordsOf(help), (Words{0xFFFFFFFF, 77, 3, 4, 5, 6}));
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 #include "tests/save/recording_host.h"
 
-#include <stdlib.h>
-
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -139,7 +138,7 @@ Folder::~Folder() {
 
 void Folder::Put(const std::string& name, const std::string& text, bool readOnly) const {
   std::ofstream(root_ / name) << text;
-  if (readOnly) fs::permissions(root_ / name, fs::perms(0444));
+  if (readOnly) fs::permissions(root_ / name, static_cast<fs::perms>(0444));
 }
 
 std::string Folder::List() const {
@@ -154,7 +153,11 @@ std::string Folder::List() const {
     std::string text{std::istreambuf_iterator<char>(file), {}};
     if (text.compare(0, 4, "\xD0\xCF\x11\xE0") == 0) text = "new";
     const bool readOnly = (entry.status().permissions() & fs::perms::owner_write) == fs::perms{};
-    lines.insert(name + "=" + text + (readOnly ? "!" : ""));
+    std::string line = name;
+    line += "=";
+    line += text;
+    if (readOnly) line += "!";
+    lines.insert(line);
   }
   std::string list;
   for (const std::string& line : lines) {
