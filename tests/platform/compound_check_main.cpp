@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "tests/platform/compound_checker.h"
+#include "tests/platform/compound_names.h"
 
 int main(int argc, char** argv) {
   int status = argc < 2 ? 1 : 0;

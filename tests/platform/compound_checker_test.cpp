@@ -7,6 +7,8 @@
 
 #include <sstream>
 
+#include "tests/platform/compound_names.h"
+
 namespace {
 
 using compound::Parameters;
