@@ -285,9 +285,9 @@ class Checker {
     Expect("directory sectors", "header:", major == 3 ? 0 : sectors.size(), Word(header, 40));
     Require(!sectors.empty(), "sectors", "directory:", 0);
     entries.reserve(sectors.size() * sectorSize / EntrySize);
-    for (const std::string& sector : sectors) {
+    for (const std::string_view sector : sectors) {
       for (std::size_t i = 0; i < sectorSize; i += EntrySize) {
-        ReadEntry(std::string_view(sector).substr(i, EntrySize));
+        ReadEntry(sector.substr(i, EntrySize));
       }
     }
   }
