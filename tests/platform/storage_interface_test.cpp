@@ -234,6 +234,129 @@ TEST_F(StorageInterface, EnumeratorsSkipResetAndClone) {
   EXPECT_EQ(0U, list->Release());
 }
 
+// Read-only openings, second openings, and what becomes of an open element that is taken away.
+TEST_F(StorageInterface, OpenElements) {
+  Done(MakeStream(L"stream", "bytes"));
+  IStream* reader = nullptr;
+  IStream* second = nullptr;
+  ASSERT_EQ(S_OK,
+            root->OpenStream(L"stream", nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &reader));
+  ULARGE_INTEGER size{};
+  EXPECT_EQ(STG_E_ACCESSDENIED, reader->Write("x", 1, nullptr));
+  EXPECT_EQ(STG_E_ACCESSDENIED, reader->SetSize(size));
+  EXPECT_EQ(STG_E_INVALIDFUNCTION, reader->LockRegion(size, size, 1));
+  EXPECT_EQ(STG_E_INVALIDFUNCTION, reader->UnlockRegion(size, size, 1));
+  EXPECT_EQ(S_OK, reader->Revert());
+  EXPECT_EQ(S_OK, root->Revert());
+  EXPECT_EQ(STG_E_ACCESSDENIED, root->OpenStream(L"stream", nullptr, Exclusive, 0, &second));
+  EXPECT_EQ(STG_E_ACCESSDENIED, root->RenameElement(L"stream", L"other"));
+
+  IStorage* storage = MakeStorage(L"storage");
+  IStream* inner = nullptr;
+  ASSERT_EQ(S_OK, storage->CreateStream(L"inner", Exclusive, 0, 0, &inner));
+  EXPECT_EQ(S_OK, root->DestroyElement(L"storage"));
+  ASSERT_EQ(S_OK, root->CreateStream(L"stream", Exclusive | STGM_CREATE, 0, 0, &second));
+  STATSTG stat;
+  EXPECT_EQ(STG_E_REVERTED, reader->Stat(&stat, STATFLAG_NONAME));
+  EXPECT_EQ(STG_E_REVERTED, storage->Stat(&stat, STATFLAG_NONAME));
+  EXPECT_EQ(STG_E_REVERTED, inner->Write("x", 1, nullptr));
+  for (IUnknown* object : {static_cast<IUnknown*>(reader), static_cast<IUnknown*>(storage),
+                           static_cast<IUnknown*>(inner), static_cast<IUnknown*>(second)}) {
+    Done(object);
+  }
+}
+
+// What is not understood is refused, leaves no element and clears the place for the pointer.
+TEST_F(StorageInterface, ArgumentsOfElements) {
+  const struct {
+    DWORD mode, reserved1, reserved2;
+  } rows[] = {
+      {STGM_READWRITE, 0, 0},
+      {STGM_READWRITE | STGM_SHARE_DENY_NONE, 0, 0},
+      {STGM_READWRITE | STGM_SHARE_DENY_WRITE, 0, 0},
+      {Exclusive | STGM_TRANSACTED, 0, 0},
+      {Exclusive | STGM_PRIORITY, 0, 0},
+      {Exclusive | STGM_DELETEONRELEASE, 0, 0},
+      {Exclusive | 3, 0, 0},
+      {Exclusive, 1, 0},
+      {Exclusive, 0, 1},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.mode);
+    IStream* stream = reinterpret_cast<IStream*>(this);
+    IStorage* storage = reinterpret_cast<IStorage*>(this);
+    EXPECT_TRUE(FAILED(root->CreateStream(L"n", row.mode, row.reserved1, row.reserved2, &stream)));
+    EXPECT_EQ(nullptr, stream);
+    EXPECT_TRUE(
+        FAILED(root->CreateStorage(L"n", row.mode, row.reserved1, row.reserved2, &storage)));
+    EXPECT_EQ(nullptr, storage);
+  }
+  EXPECT_EQ(STG_E_FILENOTFOUND, root->DestroyElement(L"n"));
+  EXPECT_EQ(STG_E_INVALIDPOINTER, root->CreateStream(L"n", Exclusive, 0, 0, nullptr));
+  EXPECT_EQ(STG_E_INVALIDPOINTER, root->Stat(nullptr, STATFLAG_NONAME));
+  EXPECT_EQ(STG_E_FILENOTFOUND, root->DestroyElement(L"n"));
+}
+
+TEST_F(StorageInterface, ArgumentsOfCreation) {
+  STGOPTIONS plain{1, 0, 4096, nullptr}, odd{1, 0, 1024, nullptr}, reserved{1, 1, 4096, nullptr},
+      old{0, 0, 4096, nullptr}, small{1, 0, 512, nullptr};
+  const DWORD mode = STGM_CREATE | Exclusive;
+  const struct {
+    DWORD mode, format, attributes;
+    STGOPTIONS* options;
+    IID id;
+    HRESULT result;
+  } rows[] = {
+      {mode, STGFMT_DOCFILE, 0, &plain, IID_IStorage, S_OK},
+      {mode, STGFMT_DOCFILE, 0, &small, IID_IUnknown, S_OK},
+      {mode, STGFMT_DOCFILE, 0, nullptr, IID_IStorage, S_OK},
+      {mode, STGFMT_FILE, 0, &plain, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {mode, STGFMT_DOCFILE, 1, &plain, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {mode, STGFMT_DOCFILE, 0, &odd, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {mode, STGFMT_DOCFILE, 0, &reserved, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {mode, STGFMT_DOCFILE, 0, &old, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {mode, STGFMT_DOCFILE, 0, &plain, IID_IStream, E_NOINTERFACE},
+      {STGM_CREATE | STGM_READWRITE, STGFMT_DOCFILE, 0, &plain, IID_IStorage, STG_E_INVALIDFLAG},
+      {mode | STGM_TRANSACTED, STGFMT_DOCFILE, 0, &plain, IID_IStorage, STG_E_INVALIDFLAG},
+  };
+  const std::string name = file + ".second";
+  const std::wstring wide(name.begin(), name.end());
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    void* made = this;
+    EXPECT_EQ(row.result, StgCreateStorageEx(wide.c_str(), row.mode, row.format, row.attributes,
+                                             row.options, nullptr, row.id, &made));
+    EXPECT_EQ(row.result == S_OK, made != nullptr);
+    EXPECT_EQ(row.result == S_OK, std::filesystem::remove(name));
+    Done(static_cast<IUnknown*>(made));
+  }
+  EXPECT_EQ(nullptr, model::CreateFile(file, 4096)) << "the file is open already";
+}
+
+TEST_F(StorageInterface, TimesAndClasses) {
+  Done(MakeStorage(L"storage"));
+  Done(MakeStream(L"stream"));
+  const FILETIME early{5, 0x01D00000}, late{6, 0x01D10000};
+  EXPECT_EQ(S_OK, root->SetElementTimes(L"storage", &early, nullptr, &late));
+  EXPECT_EQ(S_OK, root->SetElementTimes(L"stream", &early, nullptr, &late));
+  EXPECT_EQ(S_OK, root->SetElementTimes(nullptr, &early, nullptr, &late));
+  EXPECT_EQ(STG_E_FILENOTFOUND, root->SetElementTimes(L"none", &early, nullptr, &late));
+  EXPECT_EQ(S_OK, root->SetClass(OtherId));
+  STATSTG stat;
+  ASSERT_EQ(S_OK, root->Stat(&stat, STATFLAG_DEFAULT));
+  EXPECT_TRUE(OtherId == stat.clsid);
+  EXPECT_EQ(DWORD{STGTY_STORAGE}, stat.type);
+  CoTaskMemFree(stat.pwcsName);
+  ASSERT_EQ(S_OK, root->Commit(STGC_DEFAULT));
+  const compound::Findings findings = compound::CheckFile(file);
+  ASSERT_NE(nullptr, findings.Find(u"storage"));
+  EXPECT_EQ(0x01D0000000000005U, findings.Find(u"storage")->created);
+  EXPECT_EQ(0x01D1000000000006U, findings.Find(u"storage")->modified);
+  const std::array<std::uint8_t, 16> id{0x78, 0x56, 0x34, 0x12, 1, 0, 2, 0,
+                                        3,    4,    5,    6,    7, 8, 9, 10};
+  EXPECT_EQ(id, findings.entries[0].classId);
+}
+
 TEST(StorageTargets, AreReplacedOrRefusedUnharmed) {
   namespace fs = std::filesystem;
   const std::string folder = testing::TempDir() + "/storage_targets";

@@ -56,7 +56,7 @@ void Merge(const Node& from, Node& to) {
 
 class Run {
  public:
-  Run(IStorage* root, unsigned seed) : random(seed) {
+  Run(IStorage* root, const std::string& file, unsigned seed) : random(seed), fileName(file) {
     rootNode->isStorage = true;
     storages.push_back({root, rootNode});
     rootNode->opened = 1;
@@ -274,7 +274,11 @@ class Run {
     ASSERT_EQ(expected, found);
   }
 
-  void Commit() { ASSERT_EQ(S_OK, AnyStorage().storage->Commit(STGC_DEFAULT)); }
+  /// After a commit the file is complete as it stands.
+  void Commit() {
+    ASSERT_EQ(S_OK, AnyStorage().storage->Commit(STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE));
+    ExpectFileHolds(fileName, *rootNode);
+  }
 
   // --- Bytes ---
 
@@ -429,6 +433,7 @@ class Run {
   }
 
   std::mt19937 random;
+  const std::string fileName;
   int step = 0;
   std::vector<std::wstring> names;
   std::vector<OpenStorage> storages;
@@ -473,7 +478,7 @@ std::shared_ptr<Node> RandomRun(const std::string& fileName, unsigned seed, ULON
                                 int steps) {
   IStorage* root = CreateFile(fileName, sectorSize);
   EXPECT_NE(nullptr, root);
-  return root ? Run(root, seed).Steps(steps) : std::make_shared<Node>();
+  return root ? Run(root, fileName, seed).Steps(steps) : std::make_shared<Node>();
 }
 
 void ExpectFileHolds(const std::string& fileName, const Node& root,

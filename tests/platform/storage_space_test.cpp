@@ -4,7 +4,6 @@
 /// - After the last Release the file is valid in structure, and each stream holds, from its
 ///   start, all bytes that a call reported as written. So when every call succeeded it is complete.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mman.h>
