@@ -327,8 +327,8 @@ TEST_F(StorageInterface, ArgumentsOfCreation) {
     EXPECT_EQ(row.result, StgCreateStorageEx(wide.c_str(), row.mode, row.format, row.attributes,
                                              row.options, nullptr, row.id, &made));
     EXPECT_EQ(row.result == S_OK, made != nullptr);
-    EXPECT_EQ(row.result == S_OK, std::filesystem::remove(name));
     Done(static_cast<IUnknown*>(made));
+    EXPECT_EQ(row.result == S_OK, std::filesystem::remove(name));
   }
   EXPECT_EQ(nullptr, model::CreateFile(file, 4096)) << "the file is open already";
 }

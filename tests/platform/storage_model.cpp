@@ -101,7 +101,7 @@ class Run {
     const std::size_t length = lengths[Below(std::size(lengths))];
     const std::wstring_view alphabet = letters[Below(8) < 4 ? 0 : 1 + Below(4)];
     while (name.size() < length) name += alphabet[Below(alphabet.size())];
-    const std::wstring_view ends = L" .";  // readers that unpack to disk may change these
+    const std::wstring_view ends = L" .-";  // readers change these, or take them for an option
     if (ends.find(name.back()) != ends.npos) name.back() = L'e';
     if (ends.find(name.front()) != ends.npos) name.front() = L'b';
     return name;

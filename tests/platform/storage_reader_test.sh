@@ -20,15 +20,16 @@ for file in "$folder"/*.cfb; do
   "$sevenZip" x -y -o"$file.7z" "$file" >"$folder/log" || complain "7-Zip cannot unpack $name"
   mkdir -p "$file.7z"
   diff -r "$file.d" "$file.7z" >"$folder/log" || { complain "7-Zip differs in $name"; head "$folder/log"; }
-  # A line is: d or f, for f the date and time, the size, the path.
-  gsf list "$file" 2>&1 | sed -nE 's/^f +[0-9: -]{19} +//p; s/^f +([0-9]+ )/\1/p' | sort >"$file.gsf"
-  (cd "$file.d" && find . -type f -printf '%s %P\n') | sort | diff - "$file.gsf" >"$folder/log" ||
+  # A line is: d or f, 21 columns with the date, the size, the path; an empty storage is an f, too.
+  gsf list "$file" 2>&1 | sed -nE 's/^f.{21} *//p' | sort >"$file.gsf"
+  (cd "$file.d" && find . -mindepth 1 '(' -type f -printf '%s %P\n' -o -empty -printf '0 %P\n' ')') |
+    sort | diff - "$file.gsf" >"$folder/log" ||
     { complain "gsf lists $name differently"; head "$folder/log"; }
-  while IFS= read -r -d '' stream; do
-    streams=$((streams + 1))
-    gsf cat "$file" "$stream" 2>/dev/null | cmp -s - "$file.d/$stream" ||
-      complain "gsf differs in $name at $stream"
-  done < <(cd "$file.d" && find . -type f -printf '%P\0')
+  mapfile -d '' -t paths < <(cd "$file.d" && find . -type f -printf '%P\0')
+  streams=$((streams + ${#paths[@]}))
+  [ ${#paths[@]} -eq 0 ] ||
+    cmp <(gsf cat "$file" "${paths[@]}" 2>&1) <(cd "$file.d" && cat "${paths[@]}") ||
+    complain "gsf differs in $name"
 done
 echo "$files files, $streams streams, $failures differences"
 [ "$files" -gt 0 ] && [ "$streams" -gt 0 ] && [ "$failures" -eq 0 ]
