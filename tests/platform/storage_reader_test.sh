@@ -19,7 +19,7 @@ for file in "$folder"/*.cfb; do
   files=$((files + 1))
   "$sevenZip" x -y -o"$file.7z" "$file" >"$folder/log" || complain "7-Zip cannot unpack $name"
   mkdir -p "$file.7z"
-  diff -r "$file.d" "$file.7z" >"$folder/log" || { complain "7-Zip differs in $name"; head "$folder/log"; }
+  diff -rq "$file.d" "$file.7z" >"$folder/log" || { complain "7-Zip differs in $name"; head "$folder/log"; }
   # A line is: d or f, 21 columns with the date, the size, the path; an empty storage is an f, too.
   gsf list "$file" 2>&1 | sed -nE 's/^f.{21} *//p' | sort >"$file.gsf"
   (cd "$file.d" && find . -mindepth 1 '(' -type f -printf '%s %P\n' -o -empty -printf '0 %P\n' ')') |
