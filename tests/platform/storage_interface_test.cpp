@@ -302,22 +302,22 @@ TEST_F(StorageInterface, ArgumentsOfCreation) {
       old{0, 0, 4096, nullptr}, small{1, 0, 512, nullptr};
   const DWORD mode = STGM_CREATE | Exclusive;
   const struct {
-    DWORD mode, format, attributes;
     STGOPTIONS* options;
-    IID id;
+    DWORD mode, format, attributes;
     HRESULT result;
+    IID id;
   } rows[] = {
-      {mode, STGFMT_DOCFILE, 0, &plain, IID_IStorage, S_OK},
-      {mode, STGFMT_DOCFILE, 0, &small, IID_IUnknown, S_OK},
-      {mode, STGFMT_DOCFILE, 0, nullptr, IID_IStorage, S_OK},
-      {mode, STGFMT_FILE, 0, &plain, IID_IStorage, STG_E_INVALIDPARAMETER},
-      {mode, STGFMT_DOCFILE, 1, &plain, IID_IStorage, STG_E_INVALIDPARAMETER},
-      {mode, STGFMT_DOCFILE, 0, &odd, IID_IStorage, STG_E_INVALIDPARAMETER},
-      {mode, STGFMT_DOCFILE, 0, &reserved, IID_IStorage, STG_E_INVALIDPARAMETER},
-      {mode, STGFMT_DOCFILE, 0, &old, IID_IStorage, STG_E_INVALIDPARAMETER},
-      {mode, STGFMT_DOCFILE, 0, &plain, IID_IStream, E_NOINTERFACE},
-      {STGM_CREATE | STGM_READWRITE, STGFMT_DOCFILE, 0, &plain, IID_IStorage, STG_E_INVALIDFLAG},
-      {mode | STGM_TRANSACTED, STGFMT_DOCFILE, 0, &plain, IID_IStorage, STG_E_INVALIDFLAG},
+      {&plain, mode, STGFMT_DOCFILE, 0, S_OK, IID_IStorage},
+      {&small, mode, STGFMT_DOCFILE, 0, S_OK, IID_IUnknown},
+      {nullptr, mode, STGFMT_DOCFILE, 0, S_OK, IID_IStorage},
+      {&plain, mode, STGFMT_FILE, 0, STG_E_INVALIDPARAMETER, IID_IStorage},
+      {&plain, mode, STGFMT_DOCFILE, 1, STG_E_INVALIDPARAMETER, IID_IStorage},
+      {&odd, mode, STGFMT_DOCFILE, 0, STG_E_INVALIDPARAMETER, IID_IStorage},
+      {&reserved, mode, STGFMT_DOCFILE, 0, STG_E_INVALIDPARAMETER, IID_IStorage},
+      {&old, mode, STGFMT_DOCFILE, 0, STG_E_INVALIDPARAMETER, IID_IStorage},
+      {&plain, mode, STGFMT_DOCFILE, 0, E_NOINTERFACE, IID_IStream},
+      {&plain, STGM_CREATE | STGM_READWRITE, STGFMT_DOCFILE, 0, STG_E_INVALIDFLAG, IID_IStorage},
+      {&plain, mode | STGM_TRANSACTED, STGFMT_DOCFILE, 0, STG_E_INVALIDFLAG, IID_IStorage},
   };
   const std::string name = file + ".second";
   const std::wstring wide(name.begin(), name.end());

@@ -443,7 +443,9 @@ void Flatten(const Node& node, const std::u16string& path,
              std::map<std::u16string, const Node*>& all) {
   all[path] = &node;
   for (const auto& [name, child] : node.children) {
-    Flatten(*child, path.empty() ? name : path + u"/" + name, all);
+    std::u16string inner = path;
+    if (!inner.empty()) inner += u'/';
+    Flatten(*child, inner += name, all);
   }
 }
 
@@ -452,7 +454,7 @@ void Flatten(const Node& node, const std::u16string& path,
 std::u16string Utf16(std::wstring_view text) {
   std::u16string units;
   for (const wchar_t wide : text) {
-    const std::uint32_t c = static_cast<std::uint32_t>(wide);
+    const char32_t c = static_cast<char32_t>(wide);
     if (c >= 0x10000) units += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));
     units += static_cast<char16_t>(c >= 0x10000 ? 0xDC00 + (c & 0x3FF) : c);
   }

@@ -31,8 +31,9 @@ class File {
 
 class StorageModel : public testing::TestWithParam<ULONG> {
  protected:
-  std::string Name(const std::string& stem) const {
-    return stem + "_" + std::to_string(GetParam()) + ".cfb";
+  static std::string Name(std::string stem, std::uint32_t number = 0) {
+    stem += std::to_string(number) += "_";
+    return stem += std::to_string(GetParam()) += ".cfb";
   }
 };
 
@@ -41,7 +42,7 @@ INSTANTIATE_TEST_SUITE_P(SectorSizes, StorageModel, testing::Values(512, 4096));
 TEST_P(StorageModel, RandomRuns) {
   for (unsigned seed = 1; seed <= 24 && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    const File file(Name("run" + std::to_string(seed)));
+    const File file(Name("run", seed));
     file.ExpectHolds(*model::RandomRun(file.path, seed, GetParam(), 100 * static_cast<int>(seed)));
   }
 }
@@ -57,15 +58,15 @@ void Put(IStorage* parent, model::Node& node, const std::u16string& name, std::s
   node.children[name]->bytes = std::move(bytes);
 }
 
-std::u16string Numbered(const char16_t* stem, unsigned number) {
+std::u16string Numbered(std::u16string name, unsigned number) {
   const std::string digits = std::to_string(number);
-  return stem + std::u16string(digits.begin(), digits.end());
+  return name.append(digits.begin(), digits.end());
 }
 
 // A stream of each size alone, so that each meets the ends of the tables in its own way.
 TEST_P(StorageModel, OneStreamOfEachSize) {
   for (const std::uint32_t size : model::Sizes) {
-    const File file(Name("size" + std::to_string(size)));
+    const File file(Name("size", size));
     model::Node root{true, {}, {}, {}, 0, 0, 0, 0};
     IStorage* storage = model::CreateFile(file.path, GetParam());
     ASSERT_NE(nullptr, storage);
