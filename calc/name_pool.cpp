@@ -1,5 +1,7 @@
 #include "calc/name_pool.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -7,11 +9,13 @@
 
 namespace {
 
-/// Stands in storage directly before the characters of a name.
+/// Stands in storage directly before the characters of a name, the number last.
 struct NameHead {
   std::uint32_t hash;
   std::uint32_t length;
+  std::uint32_t number;
 };
+static_assert(offsetof(NameHead, number) + sizeof(std::uint32_t) == sizeof(NameHead));
 
 NameHead HeadOf(const char* pooledName) {
   NameHead head;
@@ -57,7 +61,8 @@ class NamePool {
 
   const char* Add(std::string_view name, std::uint32_t hash, std::size_t slot) {
     auto storage = std::make_unique<char[]>(sizeof(NameHead) + name.size() + 1);
-    const NameHead head{hash, static_cast<std::uint32_t>(name.size())};
+    const NameHead head{hash, static_cast<std::uint32_t>(name.size()),
+                        static_cast<std::uint32_t>(names_.size())};
     std::memcpy(storage.get(), &head, sizeof head);
     char* characters = storage.get() + sizeof head;
     std::memcpy(characters, name.data(), name.size());
@@ -92,5 +97,3 @@ NamePool& Pool() {
 CaPooledName PooledName(std::string_view name) { return {Pool().FindOrAdd(name)}; }
 
 CaPooledName FindPooledName(std::string_view name) { return {Pool().Find(name, HashOf(name))}; }
-
-std::uint32_t HashOf(CaPooledName name) { return HeadOf(name.text).hash; }

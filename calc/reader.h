@@ -73,7 +73,11 @@ inline int ReadChar(CaInterpreter& interpreter) {
 inline void PushBackChar(CaInterpreter& interpreter) { interpreter.input->PushBack(); }
 
 /// The next byte, which stays unread.
-int PeekChar(CaInterpreter& interpreter);
+inline int PeekChar(CaInterpreter& interpreter) {
+  const int c = ReadChar(interpreter);
+  PushBackChar(interpreter);
+  return c;
+}
 
 /// Consumes blanks and comments and the byte behind them, which it returns.
 int ReadPastBlanks(CaInterpreter& interpreter);
@@ -86,7 +90,19 @@ void SkipBlanks(CaInterpreter& interpreter);
 void SkipComment(CaInterpreter& interpreter);
 
 /// The run of bytes of the class `bits` that follows, as many as there are, appended to `token`.
-void ReadRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token);
+void AppendRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token);
+
+/// The same for an empty `token`.
+inline void ReadRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token) {
+  const std::string_view text = interpreter.input->AtHand();
+  std::size_t length = 0;
+  while (length < text.size() && HasClass(static_cast<unsigned char>(text[length]), bits)) ++length;
+  if (length == text.size() || text[length] == EndOfTransmission) {
+    return AppendRun(interpreter, bits, token);
+  }
+  token.Refer(text.substr(0, length));
+  interpreter.input->Skip(length);
+}
 
 /// The same as new texts, which the caller frees with std::free. `prefix` may be null.
 char* ReadName(CaInterpreter& interpreter, const char* prefix);

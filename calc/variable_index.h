@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -9,8 +8,8 @@
 class CaList;
 struct CaListNode;
 
-/// Finds a variable by its pooled name without walking the table, with the same answer as the
-/// walk: the most recent variable of that name.
+/// Finds a variable by the number of its pooled name without walking the table, with the same
+/// answer as the walk: the most recent variable of that name.
 ///
 /// It is a copy of what the list says and is made anew whenever the list has been changed behind
 /// its back, which shows in the number of entries or in the head.
@@ -26,18 +25,10 @@ class CaVariableIndex {
   void Forget();
 
  private:
-  struct Slot {
-    CaPooledName name{nullptr};
-    CaListNode* node = nullptr;
-  };
-
-  Slot& SlotFor(CaPooledName name);
-  void Put(CaPooledName name, CaListNode* node);
+  void Put(CaListNode* node);
   void Rebuild(const CaList& variables);
-  void Grow();
 
-  std::vector<Slot> slots_;              // a power of two, at most half full
-  std::size_t used_ = 0;
-  const CaListNode* head_ = nullptr;     // the list as it was last seen
+  std::vector<CaListNode*> nodes_;    // by the number of the name; null where there is none
+  const CaListNode* head_ = nullptr;  // the list as it was last seen
   std::int32_t count_ = 0;
 };
