@@ -33,11 +33,14 @@ std::uint32_t HashOf(std::string_view name) {
 /// Open addressing with linear probing, at most half full; names are never taken out.
 class NamePool {
  public:
+  constexpr NamePool() = default;
+
   const char* Find(std::string_view name, std::uint32_t hash) const {
-    return slots_[SlotFor(name, hash)];
+    return slots_.empty() ? nullptr : slots_[SlotFor(name, hash)];
   }
 
   const char* FindOrAdd(std::string_view name) {
+    if (slots_.empty()) slots_.resize(FirstSize);
     const std::uint32_t hash = HashOf(name);
     const std::size_t slot = SlotFor(name, hash);
     if (slots_[slot] != nullptr) return slots_[slot];
@@ -45,6 +48,8 @@ class NamePool {
   }
 
  private:
+  static constexpr std::size_t FirstSize = 256;
+
   std::size_t SlotFor(std::string_view name, std::uint32_t hash) const {
     std::size_t slot = hash & (slots_.size() - 1);
     while (slots_[slot] != nullptr && !Equal(slots_[slot], name, hash)) {
@@ -84,16 +89,13 @@ class NamePool {
   }
 
   std::vector<std::unique_ptr<char[]>> names_;
-  std::vector<const char*> slots_ = std::vector<const char*>(256);
+  std::vector<const char*> slots_;
 };
 
-NamePool& Pool() {
-  static NamePool pool;
-  return pool;
-}
+constinit NamePool Pool;
 
 }  // namespace
 
-CaPooledName PooledName(std::string_view name) { return {Pool().FindOrAdd(name)}; }
+CaPooledName PooledName(std::string_view name) { return {Pool.FindOrAdd(name)}; }
 
-CaPooledName FindPooledName(std::string_view name) { return {Pool().Find(name, HashOf(name))}; }
+CaPooledName FindPooledName(std::string_view name) { return {Pool.Find(name, HashOf(name))}; }

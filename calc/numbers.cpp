@@ -117,10 +117,14 @@ bool ReadAtHand(CaCharacterSource& source, double& number) {
   return true;
 }
 
+[[gnu::noinline]] bool ReadLong(CaCharacterSource& source, double& number) {
+  return ReadAtHand(source, number) || ReadCollected(source, number);
+}
+
 }  // namespace
 
 bool ReadUnsigned(CaCharacterSource& source, double& number) {
-  return ReadShort(source, number) || ReadAtHand(source, number) || ReadCollected(source, number);
+  return ReadShort(source, number) || ReadLong(source, number);
 }
 
 bool ReadSigned(CaCharacterSource& source, double& number) {

@@ -25,11 +25,8 @@ void EndInput(CaInterpreter& interpreter) {
   throw EndOfInput();
 }
 
-int ReadPastBlanks(CaInterpreter& interpreter) {
+int ReadPastComments(CaInterpreter& interpreter) {
   for (;;) {
-    interpreter.input->SkipWhile([](char c) {
-      return HasClass(c, BlankChar) && c != EndOfTransmission;
-    });
     const int c = ReadChar(interpreter);
     if (c == '[') {
       SkipComment(interpreter);

@@ -80,7 +80,19 @@ inline int PeekChar(CaInterpreter& interpreter) {
 }
 
 /// Consumes blanks and comments and the byte behind them, which it returns.
-int ReadPastBlanks(CaInterpreter& interpreter);
+int ReadPastComments(CaInterpreter& interpreter);
+
+/// The same, quick when there is no comment.
+inline int ReadPastBlanks(CaInterpreter& interpreter) {
+  CaCharacterSource& input = *interpreter.input;
+  input.SkipWhile([](char c) { return HasClass(c, BlankChar) && c != EndOfTransmission; });
+  const std::string_view text = input.AtHand();
+  if (text.empty() || text[0] == '[' || text[0] == EndOfTransmission) {
+    return ReadPastComments(interpreter);
+  }
+  input.Skip(1);
+  return static_cast<unsigned char>(text[0]);
+}
 
 /// Consumes blanks and comments; the byte behind them stays unread.
 void SkipBlanks(CaInterpreter& interpreter);

@@ -3,14 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "calc/list.h"
 #include "calc/object.h"
-
-CaListNode* CaVariableIndex::Find(const CaList& variables, CaPooledName name) {
-  if (variables.head != head_ || variables.count != count_) Rebuild(variables);
-  const std::size_t number = NumberOf(name);
-  return number < nodes_.size() ? nodes_[number] : nullptr;
-}
 
 void CaVariableIndex::Store(const CaList& variables) {
   Put(variables.head);

@@ -1,12 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
+#include "calc/list.h"
 #include "calc/name_pool.h"
-
-class CaList;
-struct CaListNode;
 
 /// Finds a variable by the number of its pooled name without walking the table, with the same
 /// answer as the walk: the most recent variable of that name.
@@ -16,7 +15,11 @@ struct CaListNode;
 class CaVariableIndex {
  public:
   /// The node of the variable called `name`, or null.
-  CaListNode* Find(const CaList& variables, CaPooledName name);
+  CaListNode* Find(const CaList& variables, CaPooledName name) {
+    if (variables.head != head_ || variables.count != count_) Rebuild(variables);
+    const std::size_t number = NumberOf(name);
+    return number < nodes_.size() ? nodes_[number] : nullptr;
+  }
 
   /// Takes in the new head of `variables`; an older entry of that name has been removed.
   void Store(const CaList& variables);
