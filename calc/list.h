@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+
+#include "calc/recycler.h"
+
+class CaObject;
+
+/// One entry of a `CaList`.
+struct CaListNode {
+  CaObject* payload;
+  CaListNode* next;      // towards the tail; null at the tail
+  CaListNode* previous;  // towards the head; null at the head
+
+  static void* operator new(std::size_t) { return CaRecycler<CaListNode>::Take(); }
+  static void operator delete(void* storage) { CaRecycler<CaListNode>::GiveBack(storage); }
+};
+
+/// A doubly linked list of object pointers. It owns its nodes and never the objects: whoever
+/// removes an entry decides what becomes of the object. `head` and `tail` are null exactly when
+/// `count` is 0.
+class CaList {
+ public:
+  CaList() = default;
+  ~CaList() { Clear(); }
+  CaList(const CaList&) = delete;
+  CaList& operator=(const CaList&) = delete;
+
+  /// 1 when the node was added before the head, -1 when no node could be allocated.
+  int PushFront(CaObject* object);
+
+  /// The payload of the removed node, or null when the list was empty.
+  CaObject* PopFront();
+  CaObject* PopBack();
+
+  /// 1 when `node` belonged to this list and was removed, 0 otherwise. Walks the list.
+  int Remove(CaListNode* node);
+
+  /// Removes `node`, which must belong to this list, without walking it.
+  void Unlink(CaListNode* node);
+
+  /// Removes every node.
+  void Clear();
+
+  CaListNode* head = nullptr;
+  CaListNode* tail = nullptr;
+  std::int32_t count = 0;
+};
+
+// The two that run with every token.
+
+inline int CaList::PushFront(CaObject* object) {
+  CaListNode* node = nullptr;
+  try {
+    node = new CaListNode{object, head, nullptr};
+  } catch (const std::bad_alloc&) {
+    return -1;
+  }
+  (head == nullptr ? tail : head->previous) = node;
+  head = node;
+  ++count;
+  return 1;
+}
+
+inline CaObject* CaList::PopFront() {
+  CaListNode* node = head;
+  if (node == nullptr) return nullptr;
+  CaObject* payload = node->payload;
+  head = node->next;
+  (head == nullptr ? tail : head->previous) = nullptr;
+  --count;
+  delete node;
+  return payload;
+}
