@@ -136,7 +136,7 @@ PEERS = {
     "gforth": ("gforth-itc", "gforth", [], GFORTH_HEAD, "bye\n"),
     "gforth-fast": ("gforth-fast", "gforth", [], GFORTH_HEAD, "bye\n"),
     "Ghostscript": ("gs", "gs", ["-q", "-dNODISPLAY", "-dBATCH", "-dNOPAUSE"], "", "quit\n"),
-    "dc": ("dc", "dc", ["-f"], "", "q\n"),
+    "dc": ("dc", "dc", ["-f"], "6k\n", ""),
     "bc": ("bc", "bc", ["-q"], "scale=6\n", "quit\n"),
     "Lua": ("lua5.4", "lua", [], "", ""),
     "LuaJIT": ("luajit", "lua", [], "", ""),
