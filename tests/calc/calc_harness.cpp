@@ -27,11 +27,6 @@ Calculator::Calculator() {
   interpreter.errors = stderr;
 }
 
-Calculator::~Calculator() {
-  interpreter.PopValues(interpreter.Depth());
-  interpreter.DestroyVariables();
-}
-
 Written Calculator::Run(std::string_view text) {
   KeepForTheFuzzer(text);
   testing::internal::CaptureStdout();

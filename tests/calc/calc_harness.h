@@ -23,9 +23,6 @@ struct Written {
 class Calculator {
  public:
   Calculator();
-  ~Calculator();
-  Calculator(const Calculator&) = delete;
-  Calculator& operator=(const Calculator&) = delete;
 
   /// Runs `text` and returns what went to the process's output and error streams.
   /// When the environment names a folder in KEL_CORPUS, the text is kept there as well.

@@ -1,6 +1,6 @@
 // Fuzz target: any bytes as a program, run from memory and as a file.
 //
-// A program may write and read files, so the target works in a folder of its own, and every open of
+// A program may write and read files, so the target works in a scratch folder under the current one, and every open of
 // the engine passes a guard that knows plain file names only and bounds how many files one input
 // may open: a file that reads itself twice would otherwise double at every level.
 
@@ -40,8 +40,9 @@ std::FILE* discarded = nullptr;
 
 bool Prepare() {
   discarded = std::fopen("/dev/null", "w");
-  char folder[] = "/tmp/calc_fuzz.XXXXXX";
+  static char folder[] = "scratch.XXXXXX";
   if (discarded == nullptr || mkdtemp(folder) == nullptr || chdir(folder) != 0) std::abort();
+  std::atexit([] { std::filesystem::remove_all(std::filesystem::path("..") / folder); });
   std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large fails to be written
   const rlimit limit{LargestFile, LargestFile};
   return setrlimit(RLIMIT_FSIZE, &limit) == 0;
@@ -62,8 +63,6 @@ void RunGuarded(Runner run) {
   guarded = true;
   run(interpreter);
   guarded = false;
-  interpreter.PopValues(interpreter.Depth());
-  interpreter.DestroyVariables();
 }
 
 }  // namespace
