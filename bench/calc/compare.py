@@ -18,7 +18,7 @@ import subprocess
 import sys
 import tempfile
 
-SMALL, LARGE = 1000, 4000
+SMALL, LARGE = 1000, 3000
 TIMED_SMALL, TIMED_LARGE = 20_000, 120_000
 VARIABLES = 10  # in rotation, times two
 

@@ -42,7 +42,8 @@ class Files : public testing::Test {
 };
 
 constexpr char OneOfEach[] =
-    "-2.5 real : \"a b\" text : v(1,2,3) v : p(1,2,3) p : q(1,0,0,0) q : r(0,0,1,90) r : s(1,1,2) s : "
+    "-2.5 real : \"a b\" text : v(1,2,3) v : p(1,2,3) p : q(1,0,0,0) q : r(0,0,1,90) r : s(1,1,2) "
+    "s : "
     "m(1,0,0,5, 0,1,0,6, 0,0,1,7) m : ";
 
 TEST_F(Files, WriteHoldsOneRecordPerVariableMostRecentFirst) {
@@ -98,7 +99,8 @@ TEST_F(Files, NamesWithoutAPointGetTheExtension) {
 TEST_F(Files, NamesAreCutAt255Characters) {
   const std::string name = Repeat("n", 300);
   const std::string kept = name.substr(0, 255) + ".3dc";
-  EXPECT_EQ(calculator.Run("\"" + name + "\" ;read # ").errors, " Can't open file " + kept + "!\n\a \n");
+  EXPECT_EQ(calculator.Run("\"" + name + "\" ;read # ").errors,
+            " Can't open file " + kept + "!\n\a \n");
   const std::string points = "./" + Repeat("./", 150) + "deep";
   EXPECT_EQ(calculator.Run("\"" + points + "\" ;read # ").errors,
             " Can't open file " + points.substr(0, 255) + "!\n\a \n");
@@ -111,7 +113,8 @@ TEST_F(Files, NothingToWriteMakesAnEmptyFile) {
 }
 
 TEST_F(Files, FailuresLeaveTheName) {
-  const Written written = calculator.Run("\"no/such\" ;write \"no/such\" ;read 5 ;write 6 ;read ## ");
+  const Written written =
+      calculator.Run("\"no/such\" ;write \"no/such\" ;read 5 ;write 6 ;read ## ");
   EXPECT_EQ(written.output, " \"no/such\"\n \"no/such\"\n 5.000000\n 6.000000\n");
   EXPECT_EQ(written.errors, "\a \n Can't open file no/such.3dc!\n\a \n\a \n\a \n");
 }

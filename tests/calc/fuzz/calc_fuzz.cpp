@@ -1,8 +1,9 @@
 // Fuzz target: any bytes as a program, run from memory and as a file.
 //
-// A program may write and read files, so the target works in a scratch folder under the current one, and every open of
-// the engine passes a guard that knows plain file names only and bounds how many files one input
-// may open: a file that reads itself twice would otherwise double at every level.
+// A program may write and read files, so the target works in a scratch folder under the current
+// one, and every open of the engine passes a guard that knows plain file names only and bounds how
+// many files one input may open: a file that reads itself twice would otherwise double at every
+// level.
 
 #include <fcntl.h>
 #include <sys/resource.h>
