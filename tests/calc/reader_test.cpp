@@ -63,7 +63,8 @@ TEST(Reader, NamesKeepTheirFirst255Characters) {
     const std::string name = "n" + Repeat("x", length - 1);
     const std::string kept = name.substr(0, 255);
     Calculator calculator;
-    EXPECT_EQ(calculator.Run("5 " + name + " : " + kept + " # ").output, " 5.000000\n") << length;
+    const std::string program = "5 " + name + " : ";
+    EXPECT_EQ(calculator.Run(program + kept + " # ").output, " 5.000000\n") << length;
     EXPECT_EQ(calculator.Run(";" + name + "(6 # ").errors,
               "\nUnrecognized operator " + kept + "\n");
     const std::string signs = "-" + Repeat("+", length - 1);

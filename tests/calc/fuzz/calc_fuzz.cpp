@@ -70,6 +70,7 @@ void RunGuarded(Runner run) {
 
 extern "C" {
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker gives these names
 std::FILE* __real_fopen(const char* path, const char* mode);
 std::FILE* __real_fopen64(const char* path, const char* mode);
 int __real_open(const char* path, int flags, mode_t mode);
@@ -91,6 +92,7 @@ int __wrap_open(const char* path, int flags, mode_t mode) {
 int __wrap_open64(const char* path, int flags, mode_t mode) {
   return Refused(path) ? -1 : __real_open64(path, flags, mode);
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const bool prepared = Prepare();
