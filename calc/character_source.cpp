@@ -80,16 +80,22 @@ std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(const char* path)
   // The system opens a folder like a file; only reading from it fails.
   char nothing = 0;
   if (file->Read(&nothing, 0) < 0) return nullptr;
-  return std::make_unique<CaCharacterSource>([file](char* block, std::size_t size) {
+  return std::make_unique<CaCharacterSource>(Fill([file](char* block, std::size_t size) {
     return CountOrNone(file->Read(block, size));
-  });
+  }));
 }
 
 CaCharacterSource& CaCharacterSource::StandardInput() {
-  static CaCharacterSource source([](char* block, std::size_t size) {
-    return CountOrNone(ReadDescriptor(0, block, size));
-  });
+  static CaCharacterSource source{Fill(ReadStandardInput)};
   return source;
+}
+
+std::size_t CaCharacterSource::ReadStandardInput(char* block, std::size_t size) {
+  return CountOrNone(ReadDescriptor(0, block, size));
+}
+
+bool CaCharacterSource::StartsWith(std::string_view text) {
+  return (next_ != end_ || Refill()) && AtHand().starts_with(text);
 }
 
 void CaCharacterSource::Close() {

@@ -36,6 +36,9 @@ class CaCharacterSource {
   /// The one source that reads the process's standard input.
   static CaCharacterSource& StandardInput();
 
+  /// The `Fill` of that one: what is there, up to `size` bytes; of a terminal one line.
+  static std::size_t ReadStandardInput(char* block, std::size_t size);
+
   CaCharacterSource(const CaCharacterSource&) = delete;
   CaCharacterSource& operator=(const CaCharacterSource&) = delete;
 
@@ -47,6 +50,9 @@ class CaCharacterSource {
 
   /// Makes `Read` deliver the byte that it delivered last once more.
   void PushBack() { --next_; }
+
+  /// Whether the unread bytes begin with `text`, as far as one block goes.
+  bool StartsWith(std::string_view text);
 
   /// The bytes that are at hand without reading on; `Skip` consumes some of them.
   std::string_view AtHand() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }

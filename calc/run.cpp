@@ -83,25 +83,25 @@ class Nested {
   CaCharacterSource* outer_;
 };
 
-int RunNested(CaInterpreter& interpreter, CaCharacterSource& source) {
-  const Nested nested(interpreter, source);
-  RunToTheEnd(interpreter);
-  return 1;
-}
-
 }  // namespace
 
 int RunFile(CaInterpreter& interpreter, const char* path) {
   if (interpreter.nestDepth >= DeepestNesting) return ReportUnopenedFile(interpreter, path);
   const std::unique_ptr<CaCharacterSource> source = CaCharacterSource::OpenFile(path);
   if (source == nullptr) return ReportUnopenedFile(interpreter, path);
-  return RunNested(interpreter, *source);
+  return RunSource(interpreter, *source);
 }
 
 int RunText(CaInterpreter& interpreter, std::string_view text, const char* name) {
   if (interpreter.nestDepth >= DeepestNesting) return ReportUnopenedFile(interpreter, name);
   CaCharacterSource source(text);
-  return RunNested(interpreter, source);
+  return RunSource(interpreter, source);
+}
+
+int RunSource(CaInterpreter& interpreter, CaCharacterSource& source) {
+  const Nested nested(interpreter, source);
+  RunToTheEnd(interpreter);
+  return 1;
 }
 
 void RunTopLevel(CaInterpreter& interpreter) { RunToTheEnd(interpreter); }

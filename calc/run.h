@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
+class CaCharacterSource;
 struct CaInterpreter;
 
 /// Programs inside one another; the next one is refused as a file that cannot be opened.
@@ -15,6 +16,9 @@ int RunFile(CaInterpreter& interpreter, const char* path);
 
 /// The same for a text in memory, which messages call `name`.
 int RunText(CaInterpreter& interpreter, std::string_view text, const char* name);
+
+/// The same for any source, at whatever depth; returns 1.
+int RunSource(CaInterpreter& interpreter, CaCharacterSource& source);
 
 /// Runs the interpreter's input to its end, which empties the stack and the table of variables
 /// and ends the process through the exit hook (exit_hook.h). Returns only when the hook does.

@@ -62,6 +62,9 @@ constexpr CaTopRule NegateRules[] = {
 static_assert(NamesEachTypeOnce(MagnitudeRules));
 static_assert(NamesEachTypeOnce(NegateRules));
 
+/// The first whole number that is no position.
+constexpr double EndOfPositions = 2147483648.0;
+
 }  // namespace
 
 // Deliberate: on too short a stack "#", "?", "\", "'" and "~" succeed without effect where one
@@ -114,9 +117,9 @@ int Pick(CaInterpreter& interpreter) {
   // follows. Held by the rows of "''" in the operator tests.
   interpreter.PopValues(1);
   // Also false for a not-a-number, which no position fits.
-  if (!isReal || !(index < interpreter.Depth())) return 0;
-  // Deliberate: a negative index copies the top.
-  const int position = index > 0.0 ? static_cast<int>(index) : 0;
+  if (!isReal || !(index < EndOfPositions)) return 0;
+  // Deliberate: every negative position is the top, and nothing at all on an empty stack.
+  const int position = index > -1.0 ? static_cast<int>(index) : -1;
   if (interpreter.Depth() <= position) return 0;
   interpreter.PushCopy(*interpreter.Peek(position)->Value());
   return 1;
