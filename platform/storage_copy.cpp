@@ -44,6 +44,14 @@ bool Contains(SNB names, const CompoundName& name) {
   return false;
 }
 
+/// The storage as ours, or null when somebody else made it. Good while `storage` is held.
+CompoundStorage* Ours(IStorage* storage) {
+  void* object = nullptr;
+  if (FAILED(storage->QueryInterface(IID_CompoundStorage, &object))) return nullptr;
+  storage->Release();
+  return static_cast<CompoundStorage*>(static_cast<IStorage*>(object));
+}
+
 struct TaskName {
   explicit TaskName(const CompoundName& name) : text(NewWideName(name.units, name.length)) {
     if (text == nullptr) throw std::bad_alloc();
@@ -89,7 +97,7 @@ HRESULT CompoundStorage::CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB 
   if (pstgDest == nullptr || (ciidExclude > 0 && rgiidExclude == nullptr)) {
     return STG_E_INVALIDPOINTER;
   }
-  const auto* ours = dynamic_cast<CompoundStorage*>(pstgDest);
+  const auto* ours = Ours(pstgDest);
   if (ours != nullptr && !ours->IsReverted() && ours->IsWithin(entry)) return STG_E_ACCESSDENIED;
   return Guarded([&] {
     const bool streams = !Contains(rgiidExclude, ciidExclude, IID_IStream);
@@ -120,7 +128,7 @@ HRESULT CompoundStorage::MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDe
   if (FAILED(result)) return result;
   const bool move = grfFlags == STGMOVE_MOVE;
   if (found->opened != nullptr || (move && !IsWritable())) return STG_E_ACCESSDENIED;
-  auto* ours = dynamic_cast<CompoundStorage*>(pstgDest);
+  auto* ours = Ours(pstgDest);
   if (ours != nullptr && ours->IsReverted()) return STG_E_REVERTED;
   if (ours != nullptr && ours->document == document) {
     const CompoundEntry* there = document->Directory().Find(ours->entry, newName);

@@ -29,7 +29,9 @@ std::uint64_t TimeOf(const FILETIME& time) {
 HRESULT CompoundStorage::QueryInterface(REFIID riid, void** ppvObject) {
   if (ppvObject == nullptr) return E_POINTER;
   *ppvObject = nullptr;
-  if (riid != IID_IUnknown && riid != IID_IStorage) return E_NOINTERFACE;
+  if (riid != IID_IUnknown && riid != IID_IStorage && riid != IID_CompoundStorage) {
+    return E_NOINTERFACE;
+  }
   *ppvObject = static_cast<IStorage*>(this);
   AddRef();
   return S_OK;

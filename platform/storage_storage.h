@@ -4,6 +4,10 @@
 
 #include "platform/storage_object.h"
 
+/// Our own storages answer to it, so that they know one another among foreign ones.
+constexpr IID IID_CompoundStorage = {
+    0x8B0A6D52, 0x3F1E, 0x4C77, {0x9A, 0x41, 0x6E, 0xD2, 0x05, 0xB8, 0x77, 0x1C}};
+
 /// The object behind an IStorage. The root's owns the document.
 class CompoundStorage final : public IStorage, public OpenObject {
  public:
