@@ -36,10 +36,12 @@ void CaInterpreter::PushCopy(const CaObject& object) {
       *copy = static_cast<const CaValue&>(object);
       return PushOwned(copy.release());
     }
-    case KindVariable: return PushOwned(new CaVariable(object.Name(), object.Value()));
+    case KindVariable:
+      return PushOwned(new CaVariable(object.Name(), object.Value()));
     case KindOperator:
       return PushOwned(new CaOperator(static_cast<const CaOperator&>(object)));
-    default: return;
+    default:
+      return;
   }
 }
 
