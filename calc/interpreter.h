@@ -5,13 +5,10 @@
 
 #include "calc/list.h"
 #include "calc/name_pool.h"
+#include "calc/object.h"
 #include "calc/variable_index.h"
 
 class CaCharacterSource;
-class CaObject;
-class CaValue;
-class CaVariable;
-void DestroyAsValue(CaObject* object);
 
 /// The run-time state of the language: what is being read, the variables and the operand stack.
 /// Everything runs on the caller's thread; only one interpreter may run at a time.
