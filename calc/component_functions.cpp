@@ -94,8 +94,6 @@ int ZOf(CaInterpreter& interpreter) {
   return ApplyTopRules(interpreter, CoordinateRules<&CyVector::z>, ";z");
 }
 
-int MeasureOf(CaInterpreter& interpreter) {
-  return ApplyTopRules(interpreter, MeasureRules, ";w");
-}
+int MeasureOf(CaInterpreter& interpreter) { return ApplyTopRules(interpreter, MeasureRules, ";w"); }
 
 int AngleOf(CaInterpreter& interpreter) { return ApplyTopRules(interpreter, AngleRules, ";a"); }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "calc/character_source.h"
 #include "calc/object.h"
@@ -35,10 +36,12 @@ void CaInterpreter::PushCopy(const CaObject& object) {
       *copy = static_cast<const CaValue&>(object);
       return PushOwned(copy.release());
     }
-    case KindVariable: return PushOwned(new CaVariable(object.Name(), object.Value()));
+    case KindVariable:
+      return PushOwned(new CaVariable(object.Name(), object.Value()));
     case KindOperator:
       return PushOwned(new CaOperator(static_cast<const CaOperator&>(object)));
-    default: return;
+    default:
+      return;
   }
 }
 
@@ -47,8 +50,9 @@ void CaInterpreter::PushOwned(CaObject* object) {
 }
 
 void CaInterpreter::Replace(int count, CaValue* result) {
-  PopValues(count);
-  PushOwned(result);
+  // The result takes over the node of its deepest operand.
+  PopValues(count - 1);
+  DestroyAsValue(std::exchange(stack.head->payload, result));
 }
 
 const CaValue* CaInterpreter::FindVariable(const char* name) const {
