@@ -45,10 +45,6 @@ void CaInterpreter::PushCopy(const CaObject& object) {
   }
 }
 
-void CaInterpreter::PushOwned(CaObject* object) {
-  if (stack.PushFront(object) < 0) DestroyAsValue(object);
-}
-
 void CaInterpreter::Replace(int count, CaValue* result) {
   // The result takes over the node of its deepest operand.
   PopValues(count - 1);
@@ -83,8 +79,8 @@ void CaInterpreter::DefineVariable(CaPooledName name, const CaValue& value) {
     variables.Unlink(old);
   }
   if (variables.PushFront(stored.get()) > 0) {
-    stored.release();
-    index.Store(variables);
+    static_cast<void>(stored.release());
+    index.Store(variables, name);
   } else {
     index.Forget();
   }
