@@ -62,6 +62,9 @@ std::string Formatted(const char* format, Arguments... arguments) {
   return text.data();
 }
 
+// The C library of 32-bit Windows is no judge: it does not round exactly.
+#ifndef _WIN32
+
 TEST(Numbers, ReadAsTheCLibraryReadsThem) {
   Random random(1);
   for (int round = 0; round < 40; ++round) {
@@ -142,6 +145,8 @@ TEST(Numbers, MatricesPrintAsTheCLibraryPrintsThem) {
     EXPECT_EQ(calculator.Run("# ").output, expected);
   }
 }
+
+#endif
 
 #ifdef KEL_COMMA_LOCALE
 TEST(Numbers, ALocaleWithADecimalCommaChangesNothing) {
