@@ -1,4 +1,7 @@
-// Reading and printing of numbers against the C library, over seeded random ones.
+// Reading and printing of numbers against the C library, over seeded random ones. That of 32-bit
+// Windows is no judge: it does not round exactly.
+
+#ifndef _WIN32
 
 #include <gtest/gtest.h>
 
@@ -61,9 +64,6 @@ std::string Formatted(const char* format, Arguments... arguments) {
   std::snprintf(text.data(), text.size(), format, arguments...);
   return text.data();
 }
-
-// The C library of 32-bit Windows is no judge: it does not round exactly.
-#ifndef _WIN32
 
 TEST(Numbers, ReadAsTheCLibraryReadsThem) {
   Random random(1);
@@ -146,8 +146,6 @@ TEST(Numbers, MatricesPrintAsTheCLibraryPrintsThem) {
   }
 }
 
-#endif
-
 #ifdef KEL_COMMA_LOCALE
 TEST(Numbers, ALocaleWithADecimalCommaChangesNothing) {
   ASSERT_EQ(setenv("LOCPATH", KEL_COMMA_LOCALE, 1), 0);
@@ -164,3 +162,5 @@ TEST(Numbers, ALocaleWithADecimalCommaChangesNothing) {
 #endif
 
 }  // namespace
+
+#endif
