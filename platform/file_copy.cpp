@@ -34,6 +34,16 @@ class Descriptor {
   int number_;
 };
 
+int Refuse(int error) {
+  errno = error;
+  return -1;
+}
+
+bool Exists(const std::string& path) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0;
+}
+
 bool WriteAll(int file, const char* data, std::size_t size) {
   while (size > 0) {
     const ssize_t written = write(file, data, size);
@@ -81,11 +91,7 @@ bool NameCopy(const std::string& copy, const std::string& name) {
     return true;
   }
   if (errno == EEXIST) return false;
-  struct stat existing;
-  if (lstat(name.c_str(), &existing) == 0) {
-    errno = EEXIST;
-    return false;
-  }
+  if (Exists(name)) return Refuse(EEXIST) == 0;
   return std::rename(copy.c_str(), name.c_str()) == 0;
 }
 
@@ -107,10 +113,8 @@ int MoveByCopying(const std::string& from, const std::string& to) {
   const Descriptor source(open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status;
   if (!source.IsOpen() || fstat(source.Get(), &status) != 0) return -1;
-  if (!S_ISREG(status.st_mode)) {
-    errno = EXDEV;
-    return -1;
-  }
+  if (!S_ISREG(status.st_mode)) return Refuse(EXDEV);
+  if (Exists(to)) return Refuse(EEXIST);  // before the work, not only after it
   const std::string folder = FolderOf(to);
   std::string copyName = folder + "/.kelsave-XXXXXX";
   const Descriptor copy(mkostemp(copyName.data(), O_CLOEXEC));

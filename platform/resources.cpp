@@ -38,7 +38,10 @@ int LoadStringA(HINSTANCE module, UINT id, LPSTR buffer, int size) {
   return static_cast<int>(length);
 }
 
-void KelSetHostString(UINT id, const char* text) { TheHostStrings()[id] = text; }
+void KelSetHostString(UINT id, const char* text) {
+  if (text == nullptr) return KelRemoveHostString(id);
+  TheHostStrings()[id] = text;
+}
 
 void KelRemoveHostString(UINT id) { TheHostStrings().erase(id); }
 

@@ -28,7 +28,7 @@ KEL_PLATFORM_API int LoadStringA(HINSTANCE module, UINT id, LPSTR buffer, int si
 /// The first one covers the other two, so that saving over a backup does not replace it by itself.
 /// They belong to the user-interface thread.
 
-/// Makes `text` the text with the number `id`; a copy is kept.
+/// Makes `text` the text with the number `id`; a copy is kept. Null removes it.
 KEL_PLATFORM_API void KelSetHostString(UINT id, const char* text);
 
 /// Removes the text with the number `id`.

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -20,7 +21,8 @@ HelpSys FromWords(const Words& words) {
 
 Words WordsOf(const HelpSys& help) {
   Words words;
-  std::memcpy(words.data(), &help, sizeof help);
+  const auto* bytes = reinterpret_cast<const unsigned char*>(&help);
+  std::copy(bytes, bytes + sizeof help, reinterpret_cast<unsigned char*>(words.data()));
   return words;
 }
 
