@@ -1,49 +1,17 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "platform/files.h"
+#include "tests/save/folder.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// A new folder below `parent`, gone at the end of the test.
-struct Folder {
-  std::string root;
-
-  explicit Folder(const std::string& parent) : root(parent + "/kelsave-files-XXXXXX") {
-    if (mkdtemp(root.data()) == nullptr) root.clear();
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() {
-    std::error_code ignored;
-    if (!root.empty()) fs::remove_all(root, ignored);
-  }
-
-  std::string Put(const std::string& name, const std::string& text, mode_t mode = 0644) const {
-    std::string path = root + "/" + name;
-    std::ofstream(path) << text;
-    chmod(path.c_str(), mode);
-    return path;
-  }
-  std::string Text(const std::string& name) const {
-    std::ifstream file(root + "/" + name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-  std::size_t Count() const {
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(root), {}));
-  }
-};
 
 mode_t ModeOf(const std::string& path) {
   struct stat status;
@@ -51,7 +19,7 @@ mode_t ModeOf(const std::string& path) {
 }
 
 TEST(PlatformFiles, AccessLooksAtTheFileItself) {
-  const Folder folder(testing::TempDir());
+  const Folder folder;
   struct {
     mode_t mode;
     int access;
@@ -64,17 +32,17 @@ TEST(PlatformFiles, AccessLooksAtTheFileItself) {
         << row.mode << " " << row.access;
     chmod(path.c_str(), 0644);
   }
-  chmod(folder.root.c_str(), 0555);
-  EXPECT_EQ(files::_access(folder.root.c_str(), 2), 0);
-  chmod(folder.root.c_str(), 0755);
-  EXPECT_EQ(files::_access((folder.root + "\\file").c_str(), 0), 0);
-  EXPECT_EQ(files::_access((folder.root + "\\none").c_str(), 0), -1);
+  chmod(folder.Root().c_str(), 0555);
+  EXPECT_EQ(files::_access(folder.Root().c_str(), 2), 0);
+  chmod(folder.Root().c_str(), 0755);
+  EXPECT_EQ(files::_access((folder.Root() + "\\file").c_str(), 0), 0);
+  EXPECT_EQ(files::_access((folder.Root() + "\\none").c_str(), 0), -1);
   EXPECT_EQ(errno, ENOENT);
   EXPECT_EQ(files::_access(nullptr, 0), -1);
 }
 
 TEST(PlatformFiles, ChmodChangesOnlyWritePermission) {
-  const Folder folder(testing::TempDir());
+  const Folder folder;
   struct {
     mode_t before;
     int mode;
@@ -87,45 +55,43 @@ TEST(PlatformFiles, ChmodChangesOnlyWritePermission) {
     EXPECT_EQ(ModeOf(path), row.after) << row.before << " " << row.mode;
     chmod(path.c_str(), 0644);
   }
-  EXPECT_EQ(files::_chmod(folder.root.c_str(), 0x100), 0);
-  EXPECT_EQ(ModeOf(folder.root), 0700U);
-  EXPECT_EQ(files::_chmod((folder.root + "/none").c_str(), 0x100), -1);
+  EXPECT_EQ(files::_chmod(folder.Root().c_str(), 0x100), 0);
+  EXPECT_EQ(ModeOf(folder.Root()), 0700U);
+  EXPECT_EQ(files::_chmod(folder.Path("none").c_str(), 0x100), -1);
 }
 
 TEST(PlatformFiles, RemoveRefusesWhatIsReadOnly) {
-  const Folder folder(testing::TempDir());
+  const Folder folder;
   folder.Put("file", "x");
   folder.Put("locked", "x", 0444);
-  fs::create_directory(folder.root + "/empty");
-  EXPECT_EQ(files::remove((folder.root + "\\file").c_str()), 0);
-  EXPECT_EQ(files::remove((folder.root + "\\file").c_str()), -1);
-  EXPECT_EQ(files::remove((folder.root + "\\locked").c_str()), -1);
+  fs::create_directory(folder.Path("empty"));
+  EXPECT_EQ(files::remove((folder.Root() + "\\file").c_str()), 0);
+  EXPECT_EQ(files::remove((folder.Root() + "\\file").c_str()), -1);
+  EXPECT_EQ(files::remove((folder.Root() + "\\locked").c_str()), -1);
   EXPECT_EQ(errno, EACCES);
-  EXPECT_EQ(files::remove((folder.root + "\\empty").c_str()), -1);
-  EXPECT_EQ(folder.Count(), 2U);
+  EXPECT_EQ(files::remove((folder.Root() + "\\empty").c_str()), -1);
+  EXPECT_EQ(folder.List(), "empty/ locked=x!");
 }
 
 TEST(PlatformFiles, RenameReplacesNothing) {
-  const Folder folder(testing::TempDir());
+  const Folder folder;
   const std::string from = folder.Put("from", "scene", 0444);
   folder.Put("taken", "other");
-  EXPECT_EQ(files::rename(from.c_str(), (folder.root + "\\taken").c_str()), -1);
+  EXPECT_EQ(files::rename(from.c_str(), (folder.Root() + "\\taken").c_str()), -1);
   EXPECT_EQ(errno, EEXIST);
-  EXPECT_EQ(files::rename(from.c_str(), (folder.root + "/none/to").c_str()), -1);
+  EXPECT_EQ(files::rename(from.c_str(), (folder.Path("none/to")).c_str()), -1);
   EXPECT_EQ(folder.Text("taken") + folder.Text("from"), "otherscene");
-  EXPECT_EQ(files::rename(from.c_str(), (folder.root + "\\to").c_str()), 0);
-  EXPECT_EQ(folder.Text("to"), "scene");
-  EXPECT_EQ(ModeOf(folder.root + "/to"), 0444U);
-  EXPECT_EQ(folder.Count(), 2U);
+  EXPECT_EQ(files::rename(from.c_str(), (folder.Root() + "\\to").c_str()), 0);
+  EXPECT_EQ(folder.List(), "taken=other to=scene!");
 }
 
 // Between two file systems; /dev/shm is one of its own wherever there is one.
 TEST(PlatformFiles, RenameAcrossFileSystems) {
-  const Folder here(testing::TempDir());
-  const Folder there("/dev/shm");
+  const Folder here;
+  const Folder there(fs::is_directory("/dev/shm") ? "/dev/shm" : here.Root());
   struct stat a;
   struct stat b;
-  if (there.root.empty() || stat(here.root.c_str(), &a) != 0 || stat(there.root.c_str(), &b) != 0 ||
+  if (stat(here.Root().c_str(), &a) != 0 || stat(there.Root().c_str(), &b) != 0 ||
       a.st_dev == b.st_dev) {
     GTEST_SKIP() << "there is only one file system";
   }
@@ -133,15 +99,14 @@ TEST(PlatformFiles, RenameAcrossFileSystems) {
   scene.back() = 'e';
   const std::string from = here.Put("from", scene, 0440);
   there.Put("taken", "other");
-  EXPECT_EQ(files::rename(from.c_str(), (there.root + "/taken").c_str()), -1);
+  EXPECT_EQ(files::rename(from.c_str(), (there.Path("taken")).c_str()), -1);
   EXPECT_EQ(there.Text("taken"), "other");
-  EXPECT_EQ(files::rename(from.c_str(), (there.root + "/none/to").c_str()), -1);
+  EXPECT_EQ(files::rename(from.c_str(), (there.Path("none/to")).c_str()), -1);
   EXPECT_EQ(here.Text("from"), scene);
-  EXPECT_EQ(files::rename(from.c_str(), (there.root + "\\to").c_str()), 0);
+  EXPECT_EQ(files::rename(from.c_str(), (there.Root() + "\\to").c_str()), 0);
   EXPECT_EQ(there.Text("to"), scene);
-  EXPECT_EQ(ModeOf(there.root + "/to"), 0440U);
-  EXPECT_EQ(here.Count(), 0U);
-  EXPECT_EQ(there.Count(), 2U);
+  EXPECT_EQ(ModeOf(there.Path("to")), 0440U);
+  EXPECT_EQ(here.List(), "");
 }
 
 TEST(PlatformFiles, ComparisonIgnoresCase) {

@@ -5,6 +5,7 @@
 
 #include "platform/resources.h"
 #include "save/kelsave.h"
+#include "tests/save/folder.h"
 #include "tests/save/recording_host.h"
 
 namespace {
@@ -44,7 +45,7 @@ const Row Rows[] = {
      [](Situation& s) { std::filesystem::create_directory(s.folder.Path("KelBackup.bak")); },
      "KelBackup.bak/ scene.kel=new"},
     {"rename refused: a read-only backup is in the way",
-     [](Situation& s) { s.folder.Put("KelBackup.bak", "older", true); },
+     [](Situation& s) { s.folder.Put("KelBackup.bak", "older", 0444); },
      "KelBackup.bak=older scene.kel=new"},
     {"rename refused: no such folder", [](Situation& s) { s.host.directory += "\\none"; },
      "scene.kel=new"},

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 
-#include "platform/window.h"
 #include "save/kelsave.h"
 
 namespace {
@@ -13,36 +11,28 @@ namespace {
 // The six words as the host lays them out.
 using Words = std::array<std::uint32_t, 6>;
 
-HelpSys FromWords(const Words& words) {
-  HelpSys help;
-  std::memcpy(static_cast<void*>(&help), words.data(), sizeof help);
-  return help;
+void Copy(const void* from, void* to) {
+  const auto* bytes = static_cast<const unsigned char*>(from);
+  std::copy(bytes, bytes + sizeof(Words), static_cast<unsigned char*>(to));
 }
 
-Words WordsOf(const HelpSys& help) {
-  Words words;
-  const auto* bytes = reinterpret_cast<const unsigned char*>(&help);
-  std::copy(bytes, bytes + sizeof help, reinterpret_cast<unsigned char*>(words.data()));
-  return words;
-}
-
-TEST(HelpSys, AssignmentCopiesAllSixWords) {
-  const HelpSys source = FromWords({0xFFFFFFFF, 2, 3, 4, 5, 6});
-  HelpSys target = FromWords({0, 0, 0, 0, 0, 0});
+TEST(HelpSys, LayoutAndAccess) {
+  const Words sourceWords = {0xFFFFFFFF, 77, 3, 4, 5, 6};
+  HelpSys source;
+  Copy(sourceWords.data(), &source);
+  HelpSys target = {};
   EXPECT_EQ(&(target = source), &target);
-  EXPECT_EQ(WordsOf(target), (Words{0xFFFFFFFF, 2, 3, 4, 5, 6}));
   const HelpSys& itself = target;
   target = itself;
-  EXPECT_EQ(WordsOf(target), (Words{0xFFFFFFFF, 2, 3, 4, 5, 6}));
-}
+  EXPECT_EQ(target.getClickHelp(), -1);
+  Words words;
+  Copy(&target, words.data());
+  EXPECT_EQ(words, sourceWords);
 
-TEST(HelpSys, AccessorsTouchOneWord) {
-  HelpSys help = FromWords({0xFFFFFFFF, 2, 3, 4, 5, 6});
-  const HelpSys other = FromWords({0, 77, 0, 0, 0, 0});
-  EXPECT_EQ(help.getClickHelp(), -1);
-  help.setHelpHWnd(HelpSys(other).getHelpHWnd());
-  EXPECT_EQ(help.getHelpHWnd(), other.helpWindow);
-  EXPECT_EQ(WordsOf(help), (Words{0xFFFFFFFF, 77, 3, 4, 5, 6}));
+  HelpSys other = {};
+  other.setHelpHWnd(target.getHelpHWnd());
+  Copy(&other, words.data());
+  EXPECT_EQ(words, (Words{0, 77, 0, 0, 0, 0}));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 
 #include "save/kelsave.h"
@@ -27,56 +26,39 @@ class RecordingHost : public SaveInterface {
   /// Releases the reference that was kept; returns how many are left (0 if none was kept).
   ULONG ReleaseKept();
 
-  int SaveScene(void* scene) override;
+  int SaveScene(void* scene) override { return Write(scene == this ? "SaveScene" : "[handle]"); }
   int SaveSection1() override { return Write("SaveSection1"); }
   int SaveSection2() override { return Write("SaveSection2"); }
   int SaveSection3() override { return Write("SaveSection3"); }
   int SaveSection4() override { return Write("SaveSection4"); }
   int SaveSection5() override { return Write("SaveSection5"); }
   int SaveSection6() override { return Write("SaveSection6"); }
-  bool UseAlternateBackupName() override;
+  bool UseAlternateBackupName() override { return Record("UseAlternateBackupName", alternateName); }
   void* OpenScene(const wchar_t* name, int code, int sceneArgument) override;
   int FileExists(const char* fileName) override;
   void UpdateAfterSave(int first, int second) override;
-  void PrepareSave() override { Record("PrepareSave"); }
-  int NeedsPrepareSave() override;
+  void PrepareSave() override { Record("PrepareSave", 0); }
+  int NeedsPrepareSave() override { return Record("NeedsPrepareSave", needsPrepare); }
   const char* GetDirectory(int number) override;
   void RunAfterSaveStep(int step) override;
-  int HasAfterSaveSteps() override;
+  int HasAfterSaveSteps() override { return Record("HasAfterSaveSteps", hasAfterSteps); }
   void SetStorage(IStorage* storage) override;
-  int WantsBackup() override;
-  void SaveFailed() override;
-  void AnnounceSection(const char* name) override;
-  void MarkSaved() override;
-  bool SaveSection5First() override;
+  int WantsBackup() override { return Record("WantsBackup", wantsBackup); }
+  void SaveFailed() override { RecordOutcome("SaveFailed"); }
+  void AnnounceSection(const char* name) override { Record(std::string("Announce:") + name, 0); }
+  void MarkSaved() override { RecordOutcome("MarkSaved"); }
+  bool SaveSection5First() override { return Record("SaveSection5First", section5First); }
 
  private:
-  void Record(const std::string& call);
+  void Note(const std::string& call);
   void RecordOutcome(const std::string& call);
-  int Write(const std::string& writer);
+  int Write(const std::string& writer) { return Record(writer, failing == writer ? -1 : 0); }
+
+  template <typename Result>
+  Result Record(const std::string& call, Result result) {
+    Note(call);
+    return result;
+  }
 
   IStorage* kept_ = nullptr;
-};
-
-/// An empty folder for one test, removed with everything in it afterwards.
-class Folder {
- public:
-  Folder();
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder();
-
-  /// The path of `name` with '/' before it.
-  std::string Path(const std::string& name) const { return (root_ / name).string(); }
-  std::string Root() const { return root_.string(); }
-
-  /// Writes a file of this text.
-  void Put(const std::string& name, const std::string& text, bool readOnly = false) const;
-
-  /// Every entry as "name=text", in order of their names, "!" after what is read-only; the text is
-  /// "new" for a compound file, and a folder has a slash.
-  std::string List() const;
-
- private:
-  std::filesystem::path root_;
 };

@@ -8,6 +8,7 @@
 
 #include "platform/window.h"
 #include "save/kelsave.h"
+#include "tests/save/folder.h"
 #include "tests/save/recording_host.h"
 
 namespace {
@@ -25,15 +26,15 @@ struct Situation {
 };
 
 // The calls of a save, in pieces.
-const std::string Looked = "NeedsPrepareSave FileExists(scene.kel)";
+const std::string Looked = "NeedsPrepareSave FileExists:scene.kel";
 const std::string Backed =
-    Looked + " WantsBackup FileExists(scene.kel) GetDirectory(13) UseAlternateBackupName";
-const std::string Handed = " SetStorage OpenScene(Scene,200e,7) SaveScene";
+    Looked + " WantsBackup FileExists:scene.kel GetDirectory:13 UseAlternateBackupName";
+const std::string Handed = " SetStorage OpenScene:Scene,8206,7 SaveScene";
 const std::string Upper = " SaveSection5First SaveSection5 SaveSection6";
-const std::string Label = " AnnounceSection(Classes Used)";
+const std::string Label = " Announce:Classes Used";
 const std::string Lower = Label + " SaveSection4 SaveSection3 SaveSection2 SaveSection1";
 const std::string Writers = Handed + Upper + Lower;
-const std::string Marked = " MarkSaved UpdateAfterSave(0,1)";
+const std::string Marked = " MarkSaved UpdateAfterSave:0,1";
 const std::string Saved = Marked + " HasAfterSaveSteps";
 const std::string Kept = "KelBackup.bak=old";
 
@@ -55,20 +56,20 @@ const Row Rows[] = {
     {"old file replaced", [](Situation&) {},
      1, Backed + Writers + Saved, Kept + " scene.kel=new"},
     {"new file", [](Situation& s) { s.RemoveOld(); },
-     1, Looked + " WantsBackup FileExists(scene.kel)" + Writers + Saved, "scene.kel=new"},
+     1, Looked + " WantsBackup FileExists:scene.kel" + Writers + Saved, "scene.kel=new"},
     {"no backup asked for", [](Situation& s) { s.noBackup = 1; },
      1, Looked + Writers + Saved, "scene.kel=new"},
     {"no backup wanted", [](Situation& s) { s.host.wantsBackup = 0; },
      1, Looked + " WantsBackup" + Writers + Saved, "scene.kel=new"},
     {"prepared", [](Situation& s) { s.host.needsPrepare = 1; s.noBackup = 1; },
-     1, "NeedsPrepareSave PrepareSave FileExists(scene.kel)" + Writers + Saved, "scene.kel=new"},
+     1, "NeedsPrepareSave PrepareSave FileExists:scene.kel" + Writers + Saved, "scene.kel=new"},
     {"section 6 first", [](Situation& s) { s.host.section5First = false; },
      1, Backed + Handed + " SaveSection5First SaveSection6 SaveSection5" + Lower + Saved,
      Kept + " scene.kel=new"},
     {"not notified", [](Situation& s) { s.notify = 0; },
      1, Backed + Writers + " HasAfterSaveSteps", Kept + " scene.kel=new"},
     {"steps after the save", [](Situation& s) { s.host.hasAfterSteps = 1; },
-     1, Backed + Writers + Saved + " RunAfterSaveStep(0) RunAfterSaveStep(1)",
+     1, Backed + Writers + Saved + " RunAfterSaveStep:0 RunAfterSaveStep:1",
      Kept + " scene.kel=new"},
     {"scene fails", Fail<0>, 0, Backed + Handed + " SaveFailed", Kept},
     {"section 5 fails", Fail<5>,
@@ -90,17 +91,17 @@ const Row Rows[] = {
     {"section 1 fails", Fail<1>, 0, Backed + Writers + " SaveFailed", Kept},
     {"fails without a backup", [](Situation& s) { s.noBackup = 1; s.host.failing = "SaveScene"; },
      0, Looked + Handed + " SaveFailed", ""},
-    {"read-only file replaced", [](Situation& s) { s.folder.Put("scene.kel", "old", true); },
+    {"read-only file replaced", [](Situation& s) { s.folder.Put("scene.kel", "old", 0444); },
      1, Backed + Writers + Saved, Kept + " scene.kel=new!"},
     {"read-only file, scene fails",
-     [](Situation& s) { s.folder.Put("scene.kel", "old", true); s.host.failing = "SaveScene"; },
+     [](Situation& s) { s.folder.Put("scene.kel", "old", 0444); s.host.failing = "SaveScene"; },
      0, Backed + Handed + " SaveFailed", Kept},
     {"creation refused, read-only",
-     [](Situation& s) { s.folder.Put("scene.kel", "old", true); s.noBackup = 1; },
+     [](Situation& s) { s.folder.Put("scene.kel", "old", 0444); s.noBackup = 1; },
      0, Looked, "scene.kel=old!"},
     {"creation refused, no folder",
      [](Situation& s) { s.fileName = s.folder.Root() + "\\none\\scene.kel"; },
-     0, Looked + " WantsBackup FileExists(scene.kel)", "scene.kel=old"},
+     0, Looked + " WantsBackup FileExists:scene.kel", "scene.kel=old"},
     {"creation refused, backup stays",
      [](Situation& s) {
        s.RemoveOld();

@@ -120,12 +120,6 @@ TEST(Slider, Adjust) {
   }
 }
 
-TEST(Slider, WindowsThatAreGone) {
-  RECT track = {0, 0, 200, 0};
-  RECT thumb = {40, 0, 60, 0};
-  EXPECT_EQ(ReviseKelProcess(nullptr, HWND(4000000000U), &track, &thumb, 16), 150);
-}
-
 #endif
 
 TEST(Wrapping, EveryOperandIsGood) {
