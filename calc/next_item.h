@@ -17,17 +17,11 @@ class CaItemReader {
 
   /// Reads on until an item was handed over. What is no item is reported or dropped.
   void ReadItem() {
-    while (!ReadFrom(SkipToToken())) {
+    while (!ReadFrom(ReadPastBlanks(interpreter_))) {
     }
   }
 
  private:
-  /// The first byte of the next token, consumed.
-  int SkipToToken() {
-    SkipBlanks(interpreter_);
-    return ReadChar(interpreter_);
-  }
-
   static bool BeginsNumber(int c) { return c == '.' || (c >= '0' && c <= '9'); }
   static bool BeginsName(int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
@@ -71,7 +65,8 @@ class CaItemReader {
   }
 
   bool ReadOperator(std::string_view prefix) {
-    CaTokenText name(prefix);
+    CaTokenText name;
+    name.Refer(prefix);
     ReadRun(interpreter_, OpChar, name);
     return HandOver(FindOperator(name.View()), name);
   }
