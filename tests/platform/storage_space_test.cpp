@@ -93,7 +93,7 @@ class ScriptRun {
     if (step.action == MakeStream) NewStream();
     if (step.action == WriteBytes && stream) Write(step.size);
     if (step.action == GiveSize && stream) Resize(step.size);
-    if (step.action == CommitAll) Note(storage->Commit(STGC_DEFAULT));
+    if (step.action == CommitAll) Note(storage->Commit(STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE));
   }
 
   void NewStorage() {
