@@ -8,5 +8,6 @@
 // nothing in the library is thread-local.
 extern "C" {
 extern const PIMAGE_TLS_CALLBACK __dyn_tls_init_callback;
-const PIMAGE_TLS_CALLBACK __dyn_tls_init_callback = nullptr;  // NOLINT(bugprone-reserved-identifier)
+const PIMAGE_TLS_CALLBACK __dyn_tls_init_callback =
+    nullptr;  // NOLINT(bugprone-reserved-identifier)
 }
