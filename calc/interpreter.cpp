@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "calc/character_source.h"
 #include "calc/object.h"
@@ -47,8 +48,9 @@ void CaInterpreter::PushOwned(CaObject* object) {
 }
 
 void CaInterpreter::Replace(int count, CaValue* result) {
-  PopValues(count);
-  PushOwned(result);
+  // The result takes over the node of its deepest operand.
+  PopValues(count - 1);
+  DestroyAsValue(std::exchange(stack.head->payload, result));
 }
 
 const CaValue* CaInterpreter::FindVariable(const char* name) const {

@@ -41,7 +41,7 @@ struct CaInterpreter {
   /// Pushes `object` itself, which the stack then owns. For results that were made for it.
   void PushOwned(CaObject* object);
 
-  /// Pops `count` operands and pushes their result, which the stack then owns.
+  /// Pops `count` operands, of which there are at least one, and pushes their result, which the stack then owns.
   void Replace(int count, CaValue* result);
 
   // The variables, most recently defined first.

@@ -66,8 +66,12 @@ class CaItemReader {
 
   bool ReadOperator(std::string_view prefix) {
     CaTokenText name;
-    name.Refer(prefix);
-    ReadRun(interpreter_, OpChar, name);
+    if (prefix.empty()) {
+      ReadRun(interpreter_, OpChar, name);
+    } else {
+      name.Append(prefix);
+      AppendRun(interpreter_, OpChar, name);
+    }
     return HandOver(FindOperator(name.View()), name);
   }
 

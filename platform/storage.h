@@ -157,7 +157,8 @@ enum STGTY : DWORD { STGTY_STORAGE = 1, STGTY_STREAM = 2, STGTY_LOCKBYTES = 3, S
 
 enum STGMOVE : DWORD { STGMOVE_MOVE = 0, STGMOVE_COPY = 1, STGMOVE_SHALLOWCOPY = 2 };
 
-enum LOCKTYPE : DWORD { LOCK_WRITE = 1, LOCK_EXCLUSIVE = 2, LOCK_ONLYONCE = 4 };
+// The kinds of region locks are left out: LOCK_WRITE is a macro of <fcntl.h> here, and regions
+// cannot be locked.
 
 /// What Stat and Next say of an element. `pwcsName` is freed with CoTaskMemFree.
 struct STATSTG {

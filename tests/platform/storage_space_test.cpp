@@ -1,6 +1,8 @@
 /// No space. What is demanded, for each limit on the file's size or on its file system:
 /// - A call that fails for lack of space says STG_E_MEDIUMFULL; the process lives on, whether
 ///   SIGXFSZ is ignored or at its default.
+/// - Space that a successful call needs is taken by then: that something else fills the disk before
+///   the last Release does no harm.
 /// - After the last Release the file is valid in structure, and each stream holds, from its
 ///   start, all bytes that a call reported as written. So when every call succeeded it is complete.
 
@@ -59,10 +61,26 @@ char Pattern(int stream, std::size_t offset) {
   return static_cast<char>((static_cast<std::size_t>(stream) * 31 + offset) % 251);
 }
 
+/// Takes all space that its file system has left.
+void Fill(const std::string& fileName) {
+  std::ofstream filler(fileName, std::ios::binary);
+  const std::string page(4096, 'f');
+  while (filler.write(page.data(), 4096).flush()) {
+  }
+}
+
+/// How a script is run: whether it goes on after a failure, when it stops in any case, and the
+/// file, if any, that takes all space before the last Release.
+struct Manner {
+  bool stubborn = false;
+  int calls = 1 << 30;
+  std::string filler;
+};
+
 class ScriptRun {
  public:
-  ScriptRun(const std::string& file, ULONG sectorSize, bool goesOn, Log& target)
-      : log(target), stubborn(goesOn) {
+  ScriptRun(const std::string& file, ULONG sectorSize, const Manner& manner, Log& target)
+      : log(target) {
     STGOPTIONS options{};
     options.usVersion = 1;
     options.ulSectorSize = sectorSize;
@@ -73,8 +91,11 @@ class ScriptRun {
     storage = static_cast<IStorage*>(made);
     if (FAILED(log.created)) return;
     for (const Step& step : Script) {
-      for (int i = 0; i < step.times && (stubborn || log.failureCount == 0); ++i) Apply(step);
+      for (int i = 0; i < step.times && log.calls < manner.calls; ++i) {
+        if (manner.stubborn || log.failureCount == 0) Apply(step);
+      }
     }
+    if (!manner.filler.empty()) Fill(manner.filler);
     if (stream) stream->Release();
     storage->Release();
     log.finished = true;
@@ -128,7 +149,6 @@ class ScriptRun {
   }
 
   Log& log;
-  const bool stubborn;
   IStorage* storage = nullptr;
   IStream* stream = nullptr;
 };
@@ -190,7 +210,7 @@ class StorageSpace : public testing::TestWithParam<ULONG> {
       std::signal(SIGXFSZ, ignored ? SIG_IGN : SIG_DFL);
       const rlimit limits{limit, limit};
       if (setrlimit(RLIMIT_FSIZE, &limits) != 0) _exit(2);
-      ScriptRun(fileName, GetParam(), stubborn, *log);
+      ScriptRun(fileName, GetParam(), {stubborn, 1 << 30, ""}, *log);
       _exit(0);
     }
     int status = 0;
@@ -222,32 +242,58 @@ TEST_P(StorageSpace, FileSizeLimit) {
   EXPECT_GT(complete, 0);
 }
 
-// A real file system without space, in a mount namespace of this process's own.
+/// A real file system of a given size, in a mount namespace of this process's own.
+class FileSystem {
+ public:
+  FileSystem(const std::string& place, std::uint64_t size) : folder(place) {
+    std::filesystem::create_directories(folder);
+    const std::string options = "size=" + std::to_string(size);
+    static const bool isolated =
+        unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    mounted = isolated && mount("tmpfs", folder.c_str(), "tmpfs", 0, options.c_str()) == 0;
+  }
+  FileSystem(const FileSystem&) = delete;
+  FileSystem& operator=(const FileSystem&) = delete;
+  ~FileSystem() {
+    if (mounted) umount(folder.c_str());
+  }
+
+  const std::string folder;
+  bool mounted = false;
+};
+
 TEST_P(StorageSpace, FullFileSystem) {
   const std::string folder = testing::TempDir() + "/full" + std::to_string(GetParam());
-  std::filesystem::create_directories(folder);
-  if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-      mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k") != 0) {
-    GTEST_SKIP() << "mounting is not permitted here; FileSizeLimit covers the rest";
-  }
-  umount(folder.c_str());
+  if (!FileSystem(folder, 1 << 16).mounted) GTEST_SKIP() << "mounting is not permitted here";
   int complete = 0, refused = 0, partial = 0;
   for (const std::uint64_t limit :
        Limits({{96 << 10, 4096}, {1 << 20, 20480}, {4 << 20, 1 << 20}})) {
     for (const bool stubborn : {false, true}) {
       SCOPED_TRACE("limit " + std::to_string(limit));
       if (limit == 0 || HasFailure()) continue;
-      const std::string options = "size=" + std::to_string(limit);
-      ASSERT_EQ(0, mount("tmpfs", folder.c_str(), "tmpfs", 0, options.c_str()));
+      const FileSystem place(folder, limit);
+      ASSERT_TRUE(place.mounted);
       *log = Log{};
-      ScriptRun(folder + "/file.cfb", GetParam(), stubborn, *log);
+      ScriptRun(folder + "/file.cfb", GetParam(), {stubborn, 1 << 30, ""}, *log);
       ExpectDemands(folder + "/file.cfb", *log);
       ++(FAILED(log->created) ? refused : log->failureCount != 0 ? partial : complete);
-      EXPECT_EQ(0, umount(folder.c_str()));
     }
   }
   EXPECT_GT(partial, 50);
   EXPECT_GT(complete, 0);
+}
+
+TEST_P(StorageSpace, FilledByOthersBeforeTheEnd) {
+  const std::string folder = testing::TempDir() + "/filled" + std::to_string(GetParam());
+  if (!FileSystem(folder, 1 << 16).mounted) GTEST_SKIP() << "mounting is not permitted here";
+  for (int calls = 0; calls < 90 && !HasFailure(); ++calls) {
+    SCOPED_TRACE("calls " + std::to_string(calls));
+    const FileSystem place(folder, 8 << 20);
+    *log = Log{};
+    ScriptRun(folder + "/file.cfb", GetParam(), {false, calls, folder + "/filler"}, *log);
+    EXPECT_EQ(0, log->failureCount);
+    ExpectDemands(folder + "/file.cfb", *log);
+  }
 }
 
 }  // namespace
