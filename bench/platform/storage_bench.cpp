@@ -34,9 +34,9 @@ struct Shape {
 };
 
 constexpr Shape Shapes[] = {
-    {"1 GiB in writes of 64 KiB", 1, 1, 16384, 65536, true, 5},
-    {"10,000 streams of 1 KiB", 1, 10000, 1, 1024, true, 5},
-    {"100,000 streams of 32 bytes", 100, 1000, 1, 32, true, 5},
+    {"1 GiB in writes of 64 KiB", 1, 1, 16384, 65536, true, 3},
+    {"10,000 streams of 1 KiB", 1, 10000, 1, 1024, true, 3},
+    {"100,000 streams of 32 bytes", 100, 1000, 1, 32, true, 3},
 };
 
 std::vector<char> bytes(65536, 'x');
