@@ -36,15 +36,13 @@ void CaInterpreter::PushCopy(const CaObject& object) {
       *copy = static_cast<const CaValue&>(object);
       return PushOwned(copy.release());
     }
-    case KindVariable: return PushOwned(new CaVariable(object.Name(), object.Value()));
+    case KindVariable:
+      return PushOwned(new CaVariable(object.Name(), object.Value()));
     case KindOperator:
       return PushOwned(new CaOperator(static_cast<const CaOperator&>(object)));
-    default: return;
+    default:
+      return;
   }
-}
-
-void CaInterpreter::PushOwned(CaObject* object) {
-  if (stack.PushFront(object) < 0) DestroyAsValue(object);
 }
 
 void CaInterpreter::Replace(int count, CaValue* result) {
@@ -81,8 +79,8 @@ void CaInterpreter::DefineVariable(CaPooledName name, const CaValue& value) {
     variables.Unlink(old);
   }
   if (variables.PushFront(stored.get()) > 0) {
-    stored.release();
-    index.Store(variables);
+    static_cast<void>(stored.release());
+    index.Store(variables, name);
   } else {
     index.Forget();
   }

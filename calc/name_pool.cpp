@@ -1,5 +1,6 @@
 #include "calc/name_pool.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -61,7 +62,7 @@ class NamePool {
   static bool Equal(const char* pooledName, std::string_view name, std::uint32_t hash) {
     const NameHead head = HeadOf(pooledName);
     return head.hash == hash && head.length == name.size() &&
-           std::memcmp(pooledName, name.data(), name.size()) == 0;
+           std::equal(name.begin(), name.end(), pooledName);
   }
 
   const char* Add(std::string_view name, std::uint32_t hash, std::size_t slot) {

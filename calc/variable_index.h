@@ -21,14 +21,22 @@ class CaVariableIndex {
     return number < nodes_.size() ? nodes_[number] : nullptr;
   }
 
-  /// Takes in the new head of `variables`; an older entry of that name has been removed.
-  void Store(const CaList& variables);
+  /// Takes in the new head of `variables`, called `name`; an older one of that name is gone.
+  void Store(const CaList& variables, CaPooledName name) {
+    Put(variables.head, name);
+    head_ = variables.head;
+    count_ = variables.count;
+  }
 
   /// Starts again from nothing.
   void Forget();
 
  private:
-  void Put(CaListNode* node);
+  void Put(CaListNode* node, CaPooledName name) {
+    const std::size_t number = NumberOf(name);
+    if (number >= nodes_.size()) nodes_.resize(number * 2 + 1);
+    nodes_[number] = node;
+  }
   void Rebuild(const CaList& variables);
 
   std::vector<CaListNode*> nodes_;    // by the number of the name; null where there is none

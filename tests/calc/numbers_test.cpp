@@ -1,4 +1,7 @@
-// Reading and printing of numbers against the C library, over seeded random ones.
+// Reading and printing of numbers against the C library, over seeded random ones. That of 32-bit
+// Windows is no judge: it does not round exactly.
+
+#ifndef _WIN32
 
 #include <gtest/gtest.h>
 
@@ -159,3 +162,5 @@ TEST(Numbers, ALocaleWithADecimalCommaChangesNothing) {
 #endif
 
 }  // namespace
+
+#endif
