@@ -179,17 +179,23 @@ void XformPoints(const CyMatrix& matrix, const CyVector* points, CyVector* resul
     for (std::size_t i = 0; i < count; ++i) results[i] = local.XformPoint(points[i]);
     return;
   }
-  // Two rows at a time, column by column: each sum is formed as in XformPoint.
-  const auto& m = matrix.m;
-  const Pair columns[4] = {
-      {m[0][0], m[1][0]}, {m[0][1], m[1][1]}, {m[0][2], m[1][2]}, {m[0][3], m[1][3]}};
-  const double last[4] = {m[2][0], m[2][1], m[2][2], m[2][3]};
-  for (std::size_t i = 0; i < count; ++i) {
+  // Two points at a time: each sum is formed as in XformPoint.
+  const CyMatrix local = matrix;  // which no result can overwrite
+  const auto& m = local.m;
+  std::size_t i = 0;
+  for (; i + 1 < count; i += 2) {
     const CyVector p = points[i];
-    const Pair xy = columns[0] * p.x + columns[1] * p.y + columns[2] * p.z + columns[3];
-    const double z = last[0] * p.x + last[1] * p.y + last[2] * p.z + last[3];
-    results[i].Set(xy[0], xy[1], z);
+    const CyVector q = points[i + 1];
+    const Pair x = {p.x, q.x};
+    const Pair y = {p.y, q.y};
+    const Pair z = {p.z, q.z};
+    const Pair rx = m[0][0] * x + m[0][1] * y + m[0][2] * z + m[0][3];
+    const Pair ry = m[1][0] * x + m[1][1] * y + m[1][2] * z + m[1][3];
+    const Pair rz = m[2][0] * x + m[2][1] * y + m[2][2] * z + m[2][3];
+    results[i].Set(rx[0], ry[0], rz[0]);
+    results[i + 1].Set(rx[1], ry[1], rz[1]);
   }
+  if (i < count) results[i] = local.XformPoint(points[i]);
 }
 
 CyMatrix operator*(const CyMatrix& a, const CyMatrix& b) noexcept {

@@ -145,20 +145,11 @@ inline CyVector CyMatrix::XformVec(const CyVector& v) const noexcept {
 }
 
 inline CyVector CyMatrix::XformPoint(const CyVector& p) const noexcept {
-  switch (kind) {
-    case MatIdentity:
-      return p;
-    case MatTranslate:
-      return {p.x + m[0][3], p.y + m[1][3], p.z + m[2][3]};
-    case MatRotate:
-    case MatScale:
-      return XformVec(p);  // these have no translation
-    case MatRigid:
-    case MatScaled:
-    case MatGeneral:
-      break;
+  if (static_cast<std::uint32_t>(kind) >= MatRigid) {  // the frequent ones; no kind at all as well
+    return {m[0][0] * p.x + m[0][1] * p.y + m[0][2] * p.z + m[0][3],
+            m[1][0] * p.x + m[1][1] * p.y + m[1][2] * p.z + m[1][3],
+            m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z + m[2][3]};
   }
-  return {m[0][0] * p.x + m[0][1] * p.y + m[0][2] * p.z + m[0][3],
-          m[1][0] * p.x + m[1][1] * p.y + m[1][2] * p.z + m[1][3],
-          m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z + m[2][3]};
+  if (kind == MatTranslate) return {p.x + m[0][3], p.y + m[1][3], p.z + m[2][3]};
+  return XformVec(p);  // the others have no translation
 }

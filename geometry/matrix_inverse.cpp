@@ -4,12 +4,14 @@
 #include <cmath>
 
 #include "geometry/matrix.h"
+#include "geometry/pair.h"
 
 namespace {
 
 constexpr double PivotTolerance = 0.001;
 
-/// The 4 x 4 array on the left, what becomes its inverse on the right.
+/// The 4 x 4 array on the left, what becomes its inverse on the right. A step looks at no column of
+/// the left half before its own again, so the ones and zeros that belong there are not written.
 struct Elimination {
   double rows[4][8];
 
@@ -24,8 +26,6 @@ struct Elimination {
 
   static bool IsSmall(double value) { return std::fabs(value) < PivotTolerance; }
 
-  bool IsLeftHalfSmall(int row) const { return std::all_of(rows[row], rows[row] + 4, IsSmall); }
-
   /// Brings a usable pivot into row `p` from below; false when there is none.
   bool FindPivot(int p) {
     if (!IsSmall(rows[p][p])) return true;
@@ -38,43 +38,60 @@ struct Elimination {
   }
 
   // Deliberate: a pivot within 0.001 of 1 is left as it is and its row is not scaled, so that row
-  // of the inverse is off by as much. Held by PivotNearOne in matrix_test.cpp.
-  void ScalePivotRow(int p) {
-    double* row = rows[p];
-    if (IsSmall(row[p] - 1.0)) return;
-    const double f = 1.0 / row[p];
-    for (int j = p + 1; j < 8; ++j) row[j] *= f;
-    row[p] = 1.0;
+  // of the inverse is off by as much. Held by Gauss in matrix_test.cpp.
+  template <int P>
+  void ScalePivotRow() {
+    double* row = rows[P];
+    if (IsSmall(row[P] - 1.0)) return;
+    const double f = 1.0 / row[P];
+    constexpr int FirstPair = (P + 2) & ~1;
+    if (FirstPair != P + 1) row[P + 1] *= f;
+    for (int j = FirstPair; j < 8; j += 2) StorePair(LoadPair(row + j) * f, row + j);
   }
 
-  /// Clears column `p` of row `i`, small entries excepted; false when the row is left empty.
-  bool ClearRow(int i, int p) {
+  /// Clears column `P` of row `i` unless its entry is small; then the row stays as it is.
+  /// False when that leaves the left half without an entry that is not small. Rows above the pivot
+  /// keep their own pivot, and below it only the columns to the right are still in question.
+  template <int P>
+  bool ClearRow(int i) {
     double* row = rows[i];
-    const double factor = row[p];
+    const double factor = row[P];
     if (IsSmall(factor)) return true;
-    for (int j = p + 1; j < 8; ++j) row[j] -= factor * rows[p][j];
-    row[p] = 0.0;
-    return !IsLeftHalfSmall(i);
+    constexpr int FirstPair = (P + 2) & ~1;
+    if (FirstPair != P + 1) row[P + 1] -= factor * rows[P][P + 1];
+    for (int j = FirstPair; j < 8; j += 2) {
+      StorePair(LoadPair(row + j) - factor * LoadPair(rows[P] + j), row + j);
+    }
+    return i < P || !std::all_of(row + P + 1, row + 4, IsSmall);
   }
 
-  bool Run() {
-    for (int p = 0; p < 4; ++p) {
-      if (!FindPivot(p)) return false;
-      ScalePivotRow(p);
-      for (int i = 0; i < 4; ++i) {
-        if (i != p && !ClearRow(i, p)) return false;
-      }
+  template <int P>
+  bool Step() {
+    if (!FindPivot(P)) return false;
+    ScalePivotRow<P>();
+    for (int i = 0; i < 4; ++i) {
+      if (i != P && !ClearRow<P>(i)) return false;
     }
     return true;
   }
+
+  bool Run() { return Step<0>() && Step<1>() && Step<2>() && Step<3>(); }
 };
 
+/// Element `r` of minus the transposed linear part applied to `t`.
+double MovedBack(const CyMatrix& a, int r, const CyVector& t) {
+  return -(a.m[0][r] * t.x + a.m[1][r] * t.y + a.m[2][r] * t.z);
+}
+
+/// InvertRigid with every element divided by the square of the scale.
 void InvertScaled(CyMatrix& a) {
-  const auto& m = a.m;
+  const CyMatrix given = a;
+  const auto& m = given.m;
+  const CyVector t(m[0][3], m[1][3], m[2][3]);
   const double squaredScale = m[0][0] * m[0][0] + m[0][1] * m[0][1] + m[0][2] * m[0][2];
-  a.InvertRigid();
-  for (auto& row : a.m) {
-    for (double& element : row) element /= squaredScale;
+  for (int r = 0; r < 3; ++r) {
+    StorePair(Pair{m[0][r], m[1][r]} / squaredScale, a.m[r]);
+    StorePair(Pair{m[2][r], MovedBack(given, r, t)} / squaredScale, a.m[r] + 2);
   }
 }
 
@@ -97,9 +114,9 @@ int CyMatrix::InvertGauss4(double (&a)[4][4]) noexcept {
 void CyMatrix::InvertRigid() noexcept {
   const CyVector t(m[0][3], m[1][3], m[2][3]);
   *this = {kind,
-           {{m[0][0], m[1][0], m[2][0], -(m[0][0] * t.x + m[1][0] * t.y + m[2][0] * t.z)},
-            {m[0][1], m[1][1], m[2][1], -(m[0][1] * t.x + m[1][1] * t.y + m[2][1] * t.z)},
-            {m[0][2], m[1][2], m[2][2], -(m[0][2] * t.x + m[1][2] * t.y + m[2][2] * t.z)}}};
+           {{m[0][0], m[1][0], m[2][0], MovedBack(*this, 0, t)},
+            {m[0][1], m[1][1], m[2][1], MovedBack(*this, 1, t)},
+            {m[0][2], m[1][2], m[2][2], MovedBack(*this, 2, t)}}};
 }
 
 void CyMatrix::Invert() noexcept {

@@ -2,8 +2,9 @@
 
 #include <cmath>
 
-/// A length below this counts as zero. The bound itself still counts as a length, and so does a
-/// not-a-number: every test of it reads "less than", which a not-a-number never is.
+/// A length below this counts as zero. Where something is normalised the test reads "less than":
+/// the bound itself still counts as a length, and so does a not-a-number, which is then divided by.
+/// Where a quaternion is inverted or divided it reads "greater than": neither counts there.
 inline constexpr double LengthThreshold = 1e-6;
 
 /// Three doubles: a direction or displacement, a position, or three scale factors along the axes.
@@ -31,10 +32,9 @@ struct CyVector {
   double Mag() const noexcept { return std::sqrt(x * x + y * y + z * z); }
 
   /// Whether Mag is exactly 0, as it also is where the squares are too small for a double. The
-  /// square root is not needed for that, nor most often the squares.
+  /// square root is not needed for that, nor most often the other two squares.
   constexpr bool IsZeroLength() const noexcept {
-    constexpr double SurelyLonger = 1e-100;
-    return !(x > SurelyLonger) && !(x < -SurelyLonger) && x * x + y * y + z * z == 0.0;
+    return !(x * x > 0.0) && x * x + y * y + z * z == 0.0;
   }
 
   /// Makes the length 1 and returns this vector; one shorter than LengthThreshold stays as it is.

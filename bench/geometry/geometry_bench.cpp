@@ -29,7 +29,7 @@ constexpr std::size_t Points = 100'000;
 /// The operands for one library, made from the same numbers.
 template <class Matrix, class Vector, class Quaternion, class Rotation>
 struct Set {
-  std::vector<Matrix> rigid, general;
+  std::vector<Matrix> moved, rigid, scaled, general;
   std::vector<Vector> points;
   std::vector<Quaternion> quaternions;
   std::vector<Rotation> rotations;
@@ -50,10 +50,18 @@ struct Sets {
   Sets();
 
  private:
-  void Add(const CyMatrix& m, bool isRigid);
+  void Add(const CyMatrix& m);
 };
 
-void Sets::Add(const CyMatrix& m, bool isRigid) {
+/// The list that matrices of this kind go to.
+template <class AnySet>
+auto& ListOf(AnySet& set, CyMatrixKind kind) {
+  if (kind == MatTranslate) return set.moved;
+  if (kind == MatRigid) return set.rigid;
+  return kind == MatScaled ? set.scaled : set.general;
+}
+
+void Sets::Add(const CyMatrix& m) {
   EigenMatrix e = EigenMatrix::Identity();
   glm::dmat4 g(1.0);
   Imath::M44d i;
@@ -64,10 +72,10 @@ void Sets::Add(const CyMatrix& m, bool isRigid) {
       i[c][r] = m.m[r][c];  // Imath multiplies row vectors
     }
   }
-  (isRigid ? kel.rigid : kel.general).push_back(m);
-  (isRigid ? eigen.rigid : eigen.general).push_back(e);
-  (isRigid ? glm.rigid : glm.general).push_back(g);
-  (isRigid ? imath.rigid : imath.general).push_back(i);
+  ListOf(kel, m.kind).push_back(m);
+  ListOf(eigen, m.kind).push_back(e);
+  ListOf(glm, m.kind).push_back(g);
+  ListOf(imath, m.kind).push_back(i);
 }
 
 Sets::Sets() {
@@ -81,11 +89,17 @@ Sets::Sets() {
     CyMatrix rigid;
     rigid.RotVec(axis, degrees);
     rigid.SetTrans(number(random), number(random), number(random));
-    Add(rigid, true);
+    Add(rigid);
+    CyMatrix moved;
+    moved.SetTrans(number(random), number(random), number(random));
+    Add(moved);
+    CyMatrix scaled = rigid;
+    scaled.ScaleBy(number(random) + 3.0);
+    Add(scaled);
     CyMatrix general;
     for (int e = 0; e < 12; ++e)
       general.SetElem(e / 4, e % 4, number(random) + (e % 5 ? 0.0 : 5.0));
-    Add(general, false);
+    Add(general);
     const CyQuaternion q{CyRotation(axis, degrees)};
     kel.quaternions.push_back(q);
     eigen.quaternions.emplace_back(q.w, q.v.x, q.v.y, q.v.z);
@@ -176,6 +190,16 @@ void RegisterInverses() {
        [](auto a, auto) { return EigenMatrix(s.eigen.rigid[a].inverse(Eigen::Isometry)); });
   Each("InverseRigid/glm", [](auto a, auto) { return glm::affineInverse(s.glm.rigid[a]); });
   Each("InverseRigid/imath", [](auto a, auto) { return s.imath.rigid[a].inverse(); });
+  Each("InverseTranslation/kel", [](auto a, auto) { return s.kel.moved[a].Inverse(); });
+  Each("InverseTranslation/eigen",
+       [](auto a, auto) { return EigenMatrix(s.eigen.moved[a].inverse(Eigen::Isometry)); });
+  Each("InverseTranslation/glm", [](auto a, auto) { return glm::affineInverse(s.glm.moved[a]); });
+  Each("InverseTranslation/imath", [](auto a, auto) { return s.imath.moved[a].inverse(); });
+  Each("InverseScaled/kel", [](auto a, auto) { return s.kel.scaled[a].Inverse(); });
+  Each("InverseScaled/eigen",
+       [](auto a, auto) { return EigenMatrix(s.eigen.scaled[a].inverse(Eigen::Affine)); });
+  Each("InverseScaled/glm", [](auto a, auto) { return glm::affineInverse(s.glm.scaled[a]); });
+  Each("InverseScaled/imath", [](auto a, auto) { return s.imath.scaled[a].inverse(); });
   Each("InverseGeneral/kel", [](auto a, auto) { return s.kel.general[a].Inverse(); });
   Each("InverseGeneral/eigen",
        [](auto a, auto) { return EigenMatrix(s.eigen.general[a].inverse(Eigen::Affine)); });
@@ -269,6 +293,19 @@ void RegisterConversions() {
   Each("QuaternionToRotation/imath", [](auto a, auto) {
     const Imath::V3d axis = s.imath.quaternions[a].axis();
     return AxisAngle{axis.x, axis.y, axis.z, s.imath.quaternions[a].angle()};
+  });
+  Each("MatrixToRotation/kel", [](auto a, auto) { return CyRotation(s.kel.rigid[a]); });
+  Each("MatrixToRotation/eigen",
+       [](auto a, auto) { return EigenRotation(Eigen::Matrix3d(s.eigen.rigid[a].linear())); });
+  Each("MatrixToRotation/glm", [](auto a, auto) {
+    const glm::dquat q = glm::quat_cast(s.glm.rigid[a]);
+    const glm::dvec3 axis = glm::axis(q);
+    return AxisAngle{axis.x, axis.y, axis.z, glm::angle(q)};
+  });
+  Each("MatrixToRotation/imath", [](auto a, auto) {
+    const Imath::Quatd q = Imath::extractQuat(s.imath.rigid[a]);
+    const Imath::V3d axis = q.axis();
+    return AxisAngle{axis.x, axis.y, axis.z, q.angle()};
   });
   Each("RotationToMatrix/kel", [](auto a, auto) {
     CyMatrix m;
