@@ -1,0 +1,130 @@
+#include <histedit.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "tools/kelcalc/history.h"
+#include "tools/kelcalc/line_editor.h"
+
+namespace kelcalc {
+namespace {
+
+/// The longest text that every one of `words` begins with. `words` is not empty.
+std::string CommonBeginning(const std::vector<std::string>& words) {
+  std::string common = words.front();
+  for (const std::string& word : words) {
+    const auto differs = std::mismatch(common.begin(), common.end(), word.begin(), word.end());
+    common.erase(differs.first, common.end());
+  }
+  return common;
+}
+
+class ScreenEditor final : public LineEditor {
+ public:
+  ScreenEditor(const History& allLines, const Completer& wordCompleter)
+      : completer(wordCompleter),
+        editor(el_init("kelcalc", stdin, stdout, stderr)),
+        lines(history_init()),
+        source(allLines) {
+    HistEvent event;
+    history(lines, &event, H_SETSIZE, static_cast<int>(History::MostLines));
+    el_set(editor, EL_CLIENTDATA, this);
+    el_set(editor, EL_PROMPT, &ScreenEditor::Prompt);
+    el_set(editor, EL_SIGNAL, 1);  // the terminal is put right before a signal's handler runs
+    el_set(editor, EL_EDITOR, "emacs");
+    el_set(editor, EL_HIST, history, lines);
+    el_set(editor, EL_ADDFN, "kelcalc-complete", "Completes a name", &ScreenEditor::CompleteKey);
+    el_set(editor, EL_BIND, "\t", "kelcalc-complete", nullptr);
+    el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+    el_source(editor, nullptr);  // the user's own bindings, ~/.editrc
+  }
+
+  ~ScreenEditor() override {
+    el_end(editor);
+    history_end(lines);
+  }
+
+  LineResult ReadLine(const std::string& prompt, std::string& line) override {
+    TakeNewHistory();
+    currentPrompt = prompt;
+    std::fflush(stdout);
+    int count = 0;
+    const char* text = el_gets(editor, &count);
+    line.assign(text != nullptr && count > 0 ? text : "",
+                static_cast<std::size_t>(text != nullptr ? std::max(count, 0) : 0));
+    if (text == nullptr || count <= 0) {
+      std::putc('\n', stdout);
+      return count < 0 ? LineResult::Interrupted : LineResult::Ended;
+    }
+    if (line.back() != '\n') line += '\n';
+    return LineResult::Read;
+  }
+
+ private:
+  static ScreenEditor& Of(EditLine* editLine) {
+    void* self = nullptr;
+    el_get(editLine, EL_CLIENTDATA, &self);
+    return *static_cast<ScreenEditor*>(self);
+  }
+
+  static char* Prompt(EditLine* editLine) { return Of(editLine).currentPrompt.data(); }
+
+  static unsigned char CompleteKey(EditLine* editLine, int) {
+    return Of(editLine).CompleteAtCursor();
+  }
+
+  /// Types what is certain; when nothing is, lists what is possible below the line.
+  unsigned char CompleteAtCursor() {
+    const LineInfo* info = el_line(editor);
+    const std::string_view before(info->buffer,
+                                  static_cast<std::size_t>(info->cursor - info->buffer));
+    const Completion found = completer(before);
+    if (found.candidates.empty()) return CC_REFRESH_BEEP;
+    std::string certain = CommonBeginning(found.candidates).substr(found.wordLength);
+    if (found.candidates.size() == 1) certain += ' ';
+    if (certain.empty()) {
+      List(found.candidates);
+      return CC_REDISPLAY;
+    }
+    el_insertstr(editor, certain.c_str());
+    return CC_REFRESH;
+  }
+
+  void List(const std::vector<std::string>& words) {
+    std::fputc('\n', stdout);
+    for (const std::string& word : words) std::fprintf(stdout, "%s  ", word.c_str());
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+  }
+
+  /// Hands over the lines that the history has got since the last call.
+  void TakeNewHistory() {
+    HistEvent event;
+    const std::vector<std::string>& all = source.Lines();
+    for (; taken < all.size(); ++taken) history(lines, &event, H_ENTER, all[taken].c_str());
+  }
+
+  const Completer& completer;
+  EditLine* editor;  // owned
+  ::History* lines;  // owned; libedit's copy of `source`
+  const History& source;
+  std::size_t taken = 0;  // lines of `source` that `lines` has
+  std::string currentPrompt;
+};
+
+bool IsDumb(const char* terminal) {
+  return terminal == nullptr || *terminal == '\0' || std::strcmp(terminal, "dumb") == 0;
+}
+
+}  // namespace
+
+std::unique_ptr<LineEditor> OpenScreenEditor(const History& history, const Completer& completer) {
+  if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) return nullptr;
+  if (IsDumb(std::getenv("TERM"))) return nullptr;
+  return std::make_unique<ScreenEditor>(history, completer);
+}
+
+}  // namespace kelcalc
