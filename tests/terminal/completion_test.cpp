@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tools/kelcalc/open_text.h"
+
 namespace {
 
 using kelcalc::Complete;
@@ -27,17 +29,29 @@ TEST(Completion, OffersWhatCanStandAtTheCursor) {
       {"S", 1, {}},
       {"", 0, {}},
       {"1 ", 0, {}},
-      {"\"text s", 0, {}},
-      {"\"a\\\" s", 0, {}},
-      {"\"text\" s", 1, {"side", "sum"}},
-      {"[ a [ b ] s", 0, {}},
-      {"[ a ] su", 2, {"sum"}},
-      {"[ \" ] su", 2, {"sum"}},
   };
   for (const Case& expected : cases) {
     const kelcalc::Completion found = Complete(expected.line, known);
     EXPECT_EQ(found.candidates, expected.candidates) << expected.line;
     if (!expected.candidates.empty()) EXPECT_EQ(found.wordLength, expected.wordLength);
+  }
+}
+
+TEST(OpenText, KnowsWhatTheEndOfALineLeavesOpen) {
+  const std::string longest(1024, 'x');
+  const struct {
+    std::string text;
+    char opening;
+  } cases[] = {
+      {"1 2 +", 0},     {"\"a", '"'},         {"\"a\"", 0},       {"\"a\\\"", '"'},
+      {"\"a\\\\\"", 0}, {"[ a [ b ]", '['},   {"[ a [ b ] ]", 0}, {"[ \\] ", '['},
+      {"[ \" ]", 0},    {"\"[\"", 0},         {"\"[", '"'},       {"\"" + longest, 0},
+      {"\"x\n", '"'},   {"[ \"\n ] \"", '"'},
+  };
+  for (const auto& expected : cases) {
+    kelcalc::OpenText text;
+    text.Take(expected.text);
+    EXPECT_EQ(text.Opening(), expected.opening) << expected.text;
   }
 }
 

@@ -11,26 +11,6 @@ bool IsOperatorChar(char c) {
   return c != '\0' && std::string_view("!#$%&'*+-/:<=>?@\\^`{|}~").find(c) != std::string::npos;
 }
 
-/// True when `text` ends inside a string or a (nested) comment that it opened.
-bool EndsInQuotes(std::string_view text) {
-  bool inString = false;
-  int comments = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    const bool quoted = inString || comments > 0;
-    if (quoted && c == '\\') {
-      ++i;
-    } else if (c == '"' && comments == 0) {
-      inString = !inString;
-    } else if (c == '[' && !inString) {
-      ++comments;
-    } else if (c == ']' && comments > 0) {
-      --comments;
-    }
-  }
-  return inString || comments > 0;
-}
-
 std::string_view LastRun(std::string_view text, bool (*belongs)(char)) {
   std::size_t start = text.size();
   while (start > 0 && belongs(text[start - 1])) --start;
@@ -48,7 +28,6 @@ Completion Matching(std::string_view word, const std::vector<std::string>& names
 }  // namespace
 
 Completion Complete(std::string_view beforeCursor, const KnownNames& known) {
-  if (EndsInQuotes(beforeCursor)) return {};
   const std::string_view name = LastRun(beforeCursor, IsNameChar);
   const std::string_view beforeName = beforeCursor.substr(0, beforeCursor.size() - name.size());
   if (beforeName.ends_with(';')) return Matching(name, known.functions);

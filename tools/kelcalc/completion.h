@@ -17,7 +17,7 @@ struct KnownNames {
 
 /// The names that complete the word at the end of `beforeCursor`, in the order they are known in:
 /// functions after ";", variables for a name, operators for a run of operator characters. Nothing
-/// inside a string or a comment that begins on the line, after a number, or where no word stands.
+/// after a number or where no word stands.
 Completion Complete(std::string_view beforeCursor, const KnownNames& known);
 
 }  // namespace kelcalc

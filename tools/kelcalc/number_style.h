@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+class CaValue;
+
+namespace kelcalc {
+
+/// One significant digit is the fewest that mean something; 17 tell any two doubles apart.
+constexpr int FewestDigits = 1;
+constexpr int MostDigits = 17;
+
+/// `value` in the notation that the reader takes, without the leading blank and the newline of
+/// the language's own print form; empty for a value of type nothing. Each number has at most
+/// `digits` significant digits (`FewestDigits` to `MostDigits`), trailing zeros left out; the
+/// columns of a matrix are aligned, one row a line.
+std::string ValueText(const CaValue& value, int digits);
+
+/// The name of a value's type, in lower case: "real".
+const char* TypeName(int type);
+
+}  // namespace kelcalc
