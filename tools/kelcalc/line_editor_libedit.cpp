@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -39,6 +40,10 @@ class ScreenEditor final : public LineEditor {
     el_set(editor, EL_ADDFN, "kelcalc-complete", "Completes a name", &ScreenEditor::CompleteKey);
     el_set(editor, EL_BIND, "\t", "kelcalc-complete", nullptr);
     el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+    // While a line is edited Ctrl-C is a key, so that none is lost between two reads.
+    el_set(editor, EL_SETTY, "-d", "intr=", nullptr);
+    el_set(editor, EL_ADDFN, "kelcalc-interrupt", "Drops the line", &ScreenEditor::InterruptKey);
+    el_set(editor, EL_BIND, "^C", "kelcalc-interrupt", nullptr);
     el_source(editor, nullptr);  // the user's own bindings, ~/.editrc
   }
 
@@ -50,15 +55,16 @@ class ScreenEditor final : public LineEditor {
   LineResult ReadLine(const std::string& prompt, std::string& line) override {
     TakeNewHistory();
     currentPrompt = prompt;
+    interrupted = false;
     std::fflush(stdout);
     int count = 0;
     const char* text = el_gets(editor, &count);
-    line.assign(text != nullptr && count > 0 ? text : "",
-                static_cast<std::size_t>(text != nullptr ? std::max(count, 0) : 0));
-    if (text == nullptr || count <= 0) {
+    if (text == nullptr || count <= 0 || interrupted) {
+      line.clear();
       std::putc('\n', stdout);
-      return count < 0 ? LineResult::Interrupted : LineResult::Ended;
+      return interrupted || count < 0 ? LineResult::Interrupted : LineResult::Ended;
     }
+    line.assign(text, static_cast<std::size_t>(count));
     if (line.back() != '\n') line += '\n';
     return LineResult::Read;
   }
@@ -74,6 +80,11 @@ class ScreenEditor final : public LineEditor {
 
   static unsigned char CompleteKey(EditLine* editLine, int) {
     return Of(editLine).CompleteAtCursor();
+  }
+
+  static unsigned char InterruptKey(EditLine* editLine, int) {
+    Of(editLine).interrupted = true;
+    return CC_EOF;
   }
 
   /// Types what is certain; when nothing is, lists what is possible below the line.
@@ -113,6 +124,7 @@ class ScreenEditor final : public LineEditor {
   const History& source;
   std::size_t taken = 0;  // lines of `source` that `lines` has
   std::string currentPrompt;
+  bool interrupted = false;  // by the key, in the line being read
 };
 
 bool IsDumb(const char* terminal) {
@@ -124,6 +136,7 @@ bool IsDumb(const char* terminal) {
 std::unique_ptr<LineEditor> OpenScreenEditor(const History& history, const Completer& completer) {
   if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) return nullptr;
   if (IsDumb(std::getenv("TERM"))) return nullptr;
+  std::setlocale(LC_CTYPE, "");  // what a character is; numbers keep their form
   return std::make_unique<ScreenEditor>(history, completer);
 }
 
