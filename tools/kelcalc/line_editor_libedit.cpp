@@ -6,8 +6,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 
 #include "tools/kelcalc/history.h"
+#include "tools/kelcalc/interrupt.h"
 #include "tools/kelcalc/line_editor.h"
 
 namespace kelcalc {
@@ -40,10 +42,7 @@ class ScreenEditor final : public LineEditor {
     el_set(editor, EL_ADDFN, "kelcalc-complete", "Completes a name", &ScreenEditor::CompleteKey);
     el_set(editor, EL_BIND, "\t", "kelcalc-complete", nullptr);
     el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
-    // While a line is edited Ctrl-C is a key, so that none is lost between two reads.
-    el_set(editor, EL_SETTY, "-d", "intr=", nullptr);
-    el_set(editor, EL_ADDFN, "kelcalc-interrupt", "Drops the line", &ScreenEditor::InterruptKey);
-    el_set(editor, EL_BIND, "^C", "kelcalc-interrupt", nullptr);
+    el_wset(editor, EL_GETCFN, &ScreenEditor::ReadKey);
     el_source(editor, nullptr);  // the user's own bindings, ~/.editrc
   }
 
@@ -82,9 +81,21 @@ class ScreenEditor final : public LineEditor {
     return Of(editLine).CompleteAtCursor();
   }
 
-  static unsigned char InterruptKey(EditLine* editLine, int) {
-    Of(editLine).interrupted = true;
-    return CC_EOF;
+  /// One character; -1 when Ctrl-C came first, 0 at the end. libedit's own routine would miss a
+  /// Ctrl-C that comes between two reads.
+  static int ReadKey(EditLine* editLine, wchar_t* key) {
+    std::mbstate_t state{};
+    for (;;) {
+      char byte = 0;
+      if (!WaitForInput()) {
+        Of(editLine).interrupted = true;
+        return -1;
+      }
+      if (read(STDIN_FILENO, &byte, 1) <= 0) return 0;
+      const std::size_t used = std::mbrtowc(key, &byte, 1, &state);
+      if (used <= 1) return 1;
+      if (used == static_cast<std::size_t>(-1)) state = {};  // no character: dropped
+    }
   }
 
   /// Types what is certain; when nothing is, lists what is possible below the line.
@@ -124,7 +135,7 @@ class ScreenEditor final : public LineEditor {
   const History& source;
   std::size_t taken = 0;  // lines of `source` that `lines` has
   std::string currentPrompt;
-  bool interrupted = false;  // by the key, in the line being read
+  bool interrupted = false;  // while the line was being read
 };
 
 bool IsDumb(const char* terminal) {
