@@ -1,0 +1,14 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+/// Classes of bytes; no byte has more than one.
+enum CaCharBit : std::uint8_t {
+  NameChar = 1,   // may occur inside a name, and behind ";"
+  OpChar = 2,     // may occur inside an operator's name
+  BlankChar = 4,  // separates tokens; the comma is one
+};
+
+/// The class of every byte, 0 for a byte without one.
+extern const std::array<std::uint8_t, 256> CaCharClass;

@@ -1,0 +1,136 @@
+#include "calc/character_source.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace {
+
+constexpr std::size_t BlockSize = 64 * 1024;
+
+/// Returns what the system's read returns: a count, 0 at the end, -1 for an error.
+std::ptrdiff_t ReadDescriptor(int descriptor, char* block, std::size_t size) {
+#ifdef _WIN32
+  return _read(descriptor, block, static_cast<unsigned>(size));
+#else
+  std::ptrdiff_t count = 0;
+  do {
+    count = read(descriptor, block, size);
+  } while (count < 0 && errno == EINTR);
+  return count;
+#endif
+}
+
+int OpenDescriptor(const char* path) {
+#ifdef _WIN32
+  return _open(path, _O_RDONLY | _O_TEXT);
+#else
+  return open(path, O_RDONLY | O_CLOEXEC);
+#endif
+}
+
+void CloseDescriptor(int descriptor) {
+#ifdef _WIN32
+  _close(descriptor);
+#else
+  close(descriptor);
+#endif
+}
+
+/// An open file that is closed with its last copy.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() { CloseDescriptor(number_); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  std::ptrdiff_t Read(char* block, std::size_t size) const {
+    return ReadDescriptor(number_, block, size);
+  }
+
+ private:
+  int number_;
+};
+
+/// A read that fails counts as the end.
+std::size_t CountOrNone(std::ptrdiff_t count) {
+  return count < 0 ? 0 : static_cast<std::size_t>(count);
+}
+
+}  // namespace
+
+CaCharacterSource::CaCharacterSource(std::string_view text)
+    : begin_(text.data()), next_(text.data()), end_(text.data() + text.size()) {}
+
+CaCharacterSource::CaCharacterSource(Fill fill) : fill_(std::move(fill)) {}
+
+std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(const char* path) {
+  const int number = OpenDescriptor(path);
+  if (number < 0) return nullptr;
+  auto file = std::make_shared<Descriptor>(number);
+  // The system opens a folder like a file; only reading from it fails.
+  char nothing = 0;
+  if (file->Read(&nothing, 0) < 0) return nullptr;
+  return std::make_unique<CaCharacterSource>(Fill([file](char* block, std::size_t size) {
+    return CountOrNone(file->Read(block, size));
+  }));
+}
+
+CaCharacterSource& CaCharacterSource::StandardInput() {
+  static CaCharacterSource source{Fill(ReadStandardInput)};
+  return source;
+}
+
+std::size_t CaCharacterSource::ReadStandardInput(char* block, std::size_t size) {
+  return CountOrNone(ReadDescriptor(0, block, size));
+}
+
+bool CaCharacterSource::StartsWith(std::string_view text) {
+  return (next_ != end_ || Refill()) && AtHand().starts_with(text);
+}
+
+void CaCharacterSource::Close() {
+  fill_ = nullptr;
+  next_ = end_;
+}
+
+bool CaCharacterSource::Refill() {
+  if (!fill_) return false;
+  CountLines(end_, beginPosition_);
+  if (block_ == nullptr) {
+    block_ = std::make_unique_for_overwrite<char[]>(BlockSize + 1);
+  } else {
+    block_[0] = end_[-1];
+  }
+  const std::size_t count = fill_(block_.get() + 1, BlockSize);
+  begin_ = next_ = block_.get() + 1;
+  end_ = next_ + count;
+  if (count == 0) fill_ = nullptr;
+  return count != 0;
+}
+
+CaPosition CaCharacterSource::Position() const {
+  CaPosition position = beginPosition_;
+  CountLines(next_, position);
+  return position;
+}
+
+void CaCharacterSource::CountLines(const char* until, CaPosition& position) const {
+  for (const char* at = begin_; at < until; ++at) {
+    if (*at == '\n') {
+      ++position.line;
+      position.column = 1;
+    } else {
+      ++position.column;
+    }
+  }
+}

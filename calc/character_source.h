@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+/// Where the reader is, counted from 1. A column is a byte.
+struct CaPosition {
+  std::int64_t line;
+  std::int64_t column;
+};
+
+/// A stream of bytes with one byte of push-back.
+///
+/// Files are read in blocks of 64 KiB, a terminal line by line, as the system delivers it. The
+/// end is final: once met, the source reads no further and holds no open descriptor.
+class CaCharacterSource {
+ public:
+  static constexpr int End = -1;
+
+  /// Fills up to `size` bytes at `block` and returns how many it filled; 0 is the end.
+  using Fill = std::function<std::size_t(char* block, std::size_t size)>;
+
+  /// Reads `text` where it stands; it must stay as it is as long as the source is used.
+  explicit CaCharacterSource(std::string_view text);
+
+  /// Reads what `fill` delivers, asking whenever a block is used up.
+  explicit CaCharacterSource(Fill fill);
+
+  /// The file at `path`, opened for reading as text; null when it cannot be opened or is nothing
+  /// that can be read, as a folder.
+  static std::unique_ptr<CaCharacterSource> OpenFile(const char* path);
+
+  /// The one source that reads the process's standard input.
+  static CaCharacterSource& StandardInput();
+
+  /// The `Fill` of that one: what is there, up to `size` bytes; of a terminal one line.
+  static std::size_t ReadStandardInput(char* block, std::size_t size);
+
+  CaCharacterSource(const CaCharacterSource&) = delete;
+  CaCharacterSource& operator=(const CaCharacterSource&) = delete;
+
+  /// The next byte, 0 to 255, or `End`.
+  int Read() {
+    if (next_ == end_ && !Refill()) return End;
+    return static_cast<unsigned char>(*next_++);
+  }
+
+  /// Makes `Read` deliver the byte that it delivered last once more.
+  void PushBack() { --next_; }
+
+  /// Whether the unread bytes begin with `text`, as far as one block goes.
+  bool StartsWith(std::string_view text);
+
+  /// The bytes that are at hand without reading on; `Skip` consumes some of them.
+  std::string_view AtHand() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
+  void Skip(std::size_t count) { next_ += count; }
+
+  /// Lets go of the file and of everything unread.
+  void Close();
+
+  /// Where the next byte stands. Counted from the bytes at hand when asked for, so reading pays
+  /// only once a block.
+  CaPosition Position() const;
+
+ private:
+  bool Refill();
+  void CountLines(const char* until, CaPosition& position) const;
+
+  Fill fill_;                      // empty once the end was met
+  std::unique_ptr<char[]> block_;  // its first byte keeps the last byte of the block before
+  const char* begin_ = nullptr;    // of what is counted in no line yet
+  const char* next_ = nullptr;
+  const char* end_ = nullptr;
+  CaPosition beginPosition_{1, 1};
+};

@@ -1,0 +1,95 @@
+#include "calc/interpreter.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "calc/character_source.h"
+#include "calc/object.h"
+
+CaInterpreter::CaInterpreter()
+    : input(&CaCharacterSource::StandardInput()), output(stdout), errors(stderr) {}
+
+CaInterpreter::~CaInterpreter() {
+  PopValues(Depth());
+  DestroyVariables();
+}
+
+const CaObject* CaInterpreter::Peek(int position) const {
+  if (stack.count <= position) return &NothingValue;
+  const CaListNode* node = stack.head;
+  for (int at = 1; node != nullptr && at <= position; ++at) node = node->next;
+  return node == nullptr ? &NothingValue : node->payload;
+}
+
+void CaInterpreter::PopValues(int count) {
+  for (int left = std::min(count, stack.count); left > 0; --left) {
+    CaObject* object = stack.PopFront();
+    if (object != nullptr) DestroyAsValue(object);
+  }
+}
+
+void CaInterpreter::PushCopy(const CaObject& object) {
+  switch (object.Kind()) {
+    case KindValue: {
+      auto copy = std::make_unique<CaValue>();
+      *copy = static_cast<const CaValue&>(object);
+      return PushOwned(copy.release());
+    }
+    case KindVariable: return PushOwned(new CaVariable(object.Name(), object.Value()));
+    case KindOperator:
+      return PushOwned(new CaOperator(static_cast<const CaOperator&>(object)));
+    default: return;
+  }
+}
+
+void CaInterpreter::PushOwned(CaObject* object) {
+  if (stack.PushFront(object) < 0) DestroyAsValue(object);
+}
+
+void CaInterpreter::Replace(int count, CaValue* result) {
+  PopValues(count);
+  PushOwned(result);
+}
+
+const CaValue* CaInterpreter::FindVariable(const char* name) const {
+  return FindVariable(FindPooledName(name));
+}
+
+const CaValue* CaInterpreter::FindVariable(CaPooledName name) const {
+  if (name.text == nullptr) return &NothingValue;
+  const CaListNode* node = index.Find(variables, name);
+  return node == nullptr ? &NothingValue : node->payload->Value();
+}
+
+const char* CaInterpreter::VariableNameAt(int position) const {
+  const CaListNode* node = variables.head;
+  for (int at = 0; node != nullptr && at < position; ++at) node = node->next;
+  return node == nullptr || node->payload == nullptr ? nullptr : node->payload->Name();
+}
+
+void CaInterpreter::DefineVariable(const CaVariable& variable) {
+  DefineVariable(CaPooledName{variable.name}, variable.value);
+}
+
+void CaInterpreter::DefineVariable(CaPooledName name, const CaValue& value) {
+  if (name.text == nullptr) return;
+  auto stored = std::make_unique<CaVariable>(name, value);
+  if (CaListNode* old = index.Find(variables, name); old != nullptr) {
+    delete static_cast<CaVariable*>(old->payload);
+    variables.Unlink(old);
+  }
+  if (variables.PushFront(stored.get()) > 0) {
+    stored.release();
+    index.Store(variables);
+  } else {
+    index.Forget();
+  }
+}
+
+void CaInterpreter::DestroyVariables() {
+  for (const CaListNode* node = variables.head; node != nullptr; node = node->next) {
+    delete static_cast<CaVariable*>(node->payload);
+  }
+  variables.Clear();
+  index.Forget();
+}

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "calc/list.h"
+#include "calc/name_pool.h"
+#include "calc/variable_index.h"
+
+class CaCharacterSource;
+class CaObject;
+class CaValue;
+class CaVariable;
+
+/// The run-time state of the language: what is being read, the variables and the operand stack.
+/// Everything runs on the caller's thread; only one interpreter may run at a time.
+struct CaInterpreter {
+  /// Reads the standard input until told otherwise.
+  CaInterpreter();
+
+  /// Destroys what is left on the stack and in the table.
+  ~CaInterpreter();
+  CaInterpreter(const CaInterpreter&) = delete;
+  CaInterpreter& operator=(const CaInterpreter&) = delete;
+
+  // The operand stack. Position 0 is the top.
+
+  int Depth() const { return stack.count; }
+
+  /// The object at `position`, still owned by the stack; `NothingValue` beyond the depth.
+  /// Deliberate: a negative position on a stack that is not empty is the top.
+  const CaObject* Peek(int position) const;
+
+  /// Pops and destroys up to `count` entries as plain values; a count below 1 does nothing.
+  void PopValues(int count);
+
+  /// Pushes a copy of its own: texts are duplicated, names kept. `object` is a value, a variable
+  /// or an operator; anything else is ignored.
+  void PushCopy(const CaObject& object);
+
+  /// Pushes `object` itself, which the stack then owns. For results that were made for it.
+  void PushOwned(CaObject* object);
+
+  /// Pops `count` operands and pushes their result, which the stack then owns.
+  void Replace(int count, CaValue* result);
+
+  // The variables, most recently defined first.
+
+  /// The stored value, still owned by the table; `NothingValue` when there is none of that name.
+  const CaValue* FindVariable(const char* name) const;
+  const CaValue* FindVariable(CaPooledName name) const;
+
+  int VariableCount() const { return variables.count; }
+
+  /// The name at `position` from the most recent; null beyond the end. Walks to the position.
+  const char* VariableNameAt(int position) const;
+
+  /// Stores a copy of `variable` as the most recent one, in place of one of the same name.
+  /// A variable without a name is not stored.
+  void DefineVariable(const CaVariable& variable);
+  void DefineVariable(CaPooledName name, const CaValue& value);
+
+  void DestroyVariables();
+
+  CaCharacterSource* input;     // borrowed; never null
+  CaList variables;             // of CaVariable; change it through the operations above
+  CaList stack;                 // of CaValue, CaVariable and CaOperator; the head is the top
+  std::int32_t nestDepth = 0;   // files being run inside one another; 0 at the top level
+  std::int32_t skipLevel = -1;  // -1 executing, 0 skipping the next item, n inside n blocks
+
+  std::FILE* output;  // what programs print; standard output
+  std::FILE* errors;  // every message of the engine; standard error
+
+  /// Where a variable stands in `variables`, so that finding one does not walk the table.
+  mutable CaVariableIndex index;
+};

@@ -1,0 +1,115 @@
+#include "calc/numbers.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "calc/character_source.h"
+
+namespace {
+
+constexpr bool IsDigit(int c) { return c >= '0' && c <= '9'; }
+constexpr bool IsExponentMark(int c) { return c == 'e' || c == 'E'; }
+
+/// What a number outside the range of a double is taken for. `text` is a complete number.
+double BeyondRange(std::string_view text) {
+  // The power of ten of the first digit that is not zero decides.
+  const std::size_t mark = std::min(text.find_first_of("eE"), text.size());
+  const std::string_view mantissa = text.substr(0, mark);
+  const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
+  const auto first = static_cast<std::int64_t>(mantissa.find_first_not_of("0."));
+  std::int64_t power = point > first ? point - first - 1 : point - first;
+  if (mark < text.size()) {
+    const bool negative = text[mark + 1] == '-';
+    std::int64_t exponent = 0;
+    for (const char c : text.substr(mark + 1)) {
+      if (IsDigit(c) && exponent < std::numeric_limits<std::int64_t>::max() / 16) {
+        exponent = exponent * 10 + (c - '0');
+      }
+    }
+    power += negative ? -exponent : exponent;
+  }
+  return power > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+}
+
+/// Moves the next byte to `text` when `accept` takes it.
+template <typename Accept>
+bool Take(CaCharacterSource& source, std::string& text, Accept accept) {
+  const int c = source.Read();
+  if (c == CaCharacterSource::End) return false;
+  if (!accept(c)) {
+    source.PushBack();
+    return false;
+  }
+  text.push_back(static_cast<char>(c));
+  return true;
+}
+
+int TakeDigits(CaCharacterSource& source, std::string& text) {
+  int any = 0;
+  while (Take(source, text, IsDigit)) any = 1;
+  return any;
+}
+
+/// Collects byte by byte what may be cut in two by the end of a block, or be no number at all.
+bool ReadCollected(CaCharacterSource& source, double& number) {
+  std::string text;
+  int digits = TakeDigits(source, text);
+  if (Take(source, text, [](int c) { return c == '.'; })) digits |= TakeDigits(source, text);
+  if (digits == 0) return false;
+  if (Take(source, text, IsExponentMark)) {
+    Take(source, text, [](int c) { return c == '+' || c == '-'; });
+    if (TakeDigits(source, text) == 0) return false;
+  }
+  // A fraction may lack its leading zero, which the conversion takes as it is.
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (result.ec == std::errc::result_out_of_range) number = BeyondRange(text);
+  return true;
+}
+
+/// The usual case: the whole number and a byte behind it are at hand.
+bool ReadAtHand(CaCharacterSource& source, double& number) {
+  const std::string_view text = source.AtHand();
+  if (text.empty() || (!IsDigit(text[0]) && text[0] != '.')) return false;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, number);
+  if (result.ec != std::errc() || result.ptr == end || IsExponentMark(*result.ptr)) return false;
+  source.Skip(static_cast<std::size_t>(result.ptr - text.data()));
+  return true;
+}
+
+}  // namespace
+
+bool ReadUnsigned(CaCharacterSource& source, double& number) {
+  return ReadAtHand(source, number) || ReadCollected(source, number);
+}
+
+bool ReadSigned(CaCharacterSource& source, double& number) {
+  const int c = source.Read();
+  if (c == CaCharacterSource::End) return false;
+  if (c != '-' && c != '+') source.PushBack();
+  if (!ReadUnsigned(source, number)) return false;
+  if (c == '-') number = -number;
+  return true;
+}
+
+char* WriteFixed(char* to, double number, int decimals, int width) {
+  char* end = to;
+  if (std::isfinite(number)) {
+    end = std::to_chars(to, to + LongestFixed, number, std::chars_format::fixed, decimals).ptr;
+  } else {
+    if (std::signbit(number)) *end++ = '-';
+    end = std::copy_n(std::isnan(number) ? "nan" : "inf", 3, end);
+  }
+  const std::ptrdiff_t padding = width - (end - to);
+  if (padding <= 0) return end;
+  std::memmove(to + padding, to, static_cast<std::size_t>(end - to));
+  std::memset(to, ' ', static_cast<std::size_t>(padding));
+  return end + padding;
+}

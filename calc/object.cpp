@@ -1,0 +1,112 @@
+#include "calc/object.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "calc/interpreter.h"
+#include "calc/recycler.h"
+#include "calc/value_print.h"
+
+const CaValue NothingValue;
+const CyVector Origin(0.0, 0.0, 0.0);
+
+#ifdef KEL_CHECKS_ADDRESSES
+// Deliberate: the texts of popped values are never freed; see the head of object.h.
+extern "C" const char* __lsan_default_suppressions();  // NOLINT(bugprone-reserved-identifier)
+extern "C" const char* __lsan_default_suppressions() { return "leak:DuplicateText\n"; }
+#endif
+
+char* DuplicateText(const char* text) {
+  const std::size_t size = std::strlen(text) + 1;
+  void* copy = std::malloc(size);
+  if (copy == nullptr) throw std::bad_alloc();
+  return static_cast<char*>(std::memcpy(copy, text, size));
+}
+
+const CaValue* CaObject::Value() const { return &NothingValue; }
+
+int CaObject::Apply(CaInterpreter&) const { return 1; }
+
+void CaObject::Print(std::FILE*) const {}
+
+CaValue::CaValue(const char* content) : type(TypeString), text(DuplicateText(content)) {}
+
+CaValue::CaValue(CaType tag, const CyVector& content) : type(tag) {
+  switch (tag) {
+    case TypeVector: vector = content; break;
+    case TypePoint: point = content; break;
+    case TypeScale: scale = content; break;
+    default: type = TypeNothing;
+  }
+}
+
+CaValue& CaValue::operator=(const CaValue& source) {
+  if (this == &source) return *this;
+  // Deliberate: the pointer stays behind when the text is gone. It counts only while `type` says
+  // so. Held by AssignmentOverAString in objects_test.cpp.
+  if (type == TypeString && text != nullptr) std::free(text);
+  type = source.type;
+  switch (source.type) {
+    case TypeInteger: integer = source.integer; break;
+    case TypeString: text = DuplicateText(source.text); break;
+    case TypeReal: real = source.real; break;
+    case TypeVector: vector = source.vector; break;
+    case TypePoint: point = source.point; break;
+    case TypeMatrix: matrix = source.matrix; break;
+    case TypeQuaternion: quaternion = source.quaternion; break;
+    case TypeRotation: rotation = source.rotation; break;
+    case TypeScale: scale = source.scale; break;
+    default: type = TypeNothing;
+  }
+  return *this;
+}
+
+void CaValue::Print(std::FILE* stream) const { PrintValue(stream, *this); }
+
+CaVariable::CaVariable(const char* variableName, const CaValue* content)
+    : name(variableName == nullptr ? nullptr : PooledName(variableName).text) {
+  if (content != nullptr) value = *content;
+}
+
+CaVariable::CaVariable(CaPooledName variableName, const CaValue& content)
+    : name(variableName.text) {
+  value = content;
+}
+
+void CaVariable::Print(std::FILE* stream) const {
+  if (value.type != TypeNothing) {
+    value.Print(stream);
+  } else if (name != nullptr) {
+    std::fprintf(stream, " %s\n", name);
+  }
+}
+
+CaOperator::CaOperator(OperatorFn routine, const char* operatorName, const CaValue& content,
+                       std::int32_t runsAlways)
+    : function(routine), name(operatorName), alwaysRun(runsAlways) {
+  value = content;
+}
+
+int CaOperator::Apply(CaInterpreter& interpreter) const {
+  return interpreter.skipLevel >= 0 && alwaysRun == 0 ? 1 : function(interpreter);
+}
+
+void CaOperator::Print(std::FILE* stream) const { std::fprintf(stream, " %s", name); }
+
+void* CaValue::operator new(std::size_t) { return CaRecycler<CaValue>::Take(); }
+void CaValue::operator delete(void* storage) { CaRecycler<CaValue>::GiveBack(storage); }
+
+void* CaVariable::operator new(std::size_t) { return CaRecycler<CaVariable>::Take(); }
+void CaVariable::operator delete(void* storage) { CaRecycler<CaVariable>::GiveBack(storage); }
+
+void DestroyAsValue(CaObject* object) {
+  switch (object->Kind()) {
+    case KindValue: delete static_cast<CaValue*>(object); break;
+    // Deliberate: one would expect the name to go with the variable. It stays readable, because
+    // the pool keeps it. Held by NamesOutliveTheirVariables in objects_test.cpp.
+    case KindVariable: delete static_cast<CaVariable*>(object); break;
+    case KindOperator: delete static_cast<CaOperator*>(object); break;
+    default: break;
+  }
+}

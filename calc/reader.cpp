@@ -1,0 +1,111 @@
+#include "calc/reader.h"
+
+#include "calc/exit_hook.h"
+#include "calc/numbers.h"
+#include "calc/object.h"
+#include "calc/reports.h"
+
+namespace {
+
+/// Both end a comment that is left open.
+constexpr int Nul = 0x00;
+constexpr int LastByte = 0xFF;
+
+bool HasClass(int c, CaCharBit bits) { return (CaCharClass[static_cast<unsigned>(c)] & bits) != 0; }
+
+}  // namespace
+
+void EndInput(CaInterpreter& interpreter) {
+  if (interpreter.nestDepth <= 0) {
+    interpreter.input->Close();
+    interpreter.PopValues(interpreter.Depth());
+    interpreter.DestroyVariables();
+    CallExitHook(0);
+  }
+  throw EndOfInput();
+}
+
+int PeekChar(CaInterpreter& interpreter) {
+  const int c = ReadChar(interpreter);
+  PushBackChar(interpreter);
+  return c;
+}
+
+void SkipBlanks(CaInterpreter& interpreter) {
+  int c = 0;
+  do {
+    c = ReadChar(interpreter);
+    if (c == '[') {
+      SkipComment(interpreter);
+      c = ' ';
+    }
+  } while (HasClass(c, BlankChar));
+  PushBackChar(interpreter);
+}
+
+void SkipComment(CaInterpreter& interpreter) {
+  bool escaped = false;
+  for (std::size_t open = 1; open > 0;) {
+    const int c = ReadChar(interpreter);
+    if (c == Nul || c == LastByte) return;
+    if (!escaped && c == '[') ++open;
+    if (!escaped && c == ']') --open;
+    escaped = !escaped && c == '\\';
+  }
+}
+
+void ReadRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token) {
+  int c = ReadChar(interpreter);
+  for (; HasClass(c, bits); c = ReadChar(interpreter)) token.Append(c);
+  PushBackChar(interpreter);
+}
+
+namespace {
+
+char* ReadNewText(CaInterpreter& interpreter, CaCharBit bits, const char* prefix) {
+  CaTokenText token(prefix == nullptr ? "" : prefix);
+  ReadRun(interpreter, bits, token);
+  return DuplicateText(token.Text());
+}
+
+}  // namespace
+
+char* ReadName(CaInterpreter& interpreter, const char* prefix) {
+  return ReadNewText(interpreter, NameChar, prefix);
+}
+
+char* ReadOpName(CaInterpreter& interpreter, const char* prefix) {
+  return ReadNewText(interpreter, OpChar, prefix);
+}
+
+int ReadNumber(CaInterpreter& interpreter, bool negate, double& number) {
+  if (!ReadUnsigned(*interpreter.input, number)) return ReportBadNumber(interpreter);
+  if (negate) number = -number;
+  return 1;
+}
+
+int ReadNumber(CaInterpreter& interpreter, bool negate, CaValue*& value) {
+  double number = 0.0;
+  if (ReadNumber(interpreter, negate, number) == 0) return 0;
+  value = new CaValue(number);
+  return 1;
+}
+
+void ReadStringText(CaInterpreter& interpreter, CaStringText& string) {
+  std::size_t length = 0;
+  bool escaped = false;
+  while (length < CaStringText::Longest) {
+    const int c = ReadChar(interpreter);
+    if (c == Nul || (!escaped && c == '"')) break;
+    escaped = !escaped && c == '\\';
+    if (!escaped) string.text[length++] = static_cast<char>(c);
+  }
+  string.text[length] = '\0';
+}
+
+int ReadString(CaInterpreter& interpreter, CaValue*& value) {
+  CaStringText string;
+  ReadStringText(interpreter, string);
+  value = new CaValue(string.text);
+  return 1;
+}

@@ -1,0 +1,35 @@
+#include "calc/reports.h"
+
+#include <cstdio>
+
+#include "calc/interpreter.h"
+
+int ReportBadNumber(CaInterpreter& interpreter) {
+  std::fputs("Problem in format of number\n", interpreter.errors);
+  return 0;
+}
+
+int ReportBadCompound(CaInterpreter& interpreter, const char* name) {
+  std::fprintf(interpreter.errors, "Problem in format of compound constant %s\n", name);
+  return 0;
+}
+
+void ReportUnknownOperator(CaInterpreter& interpreter, const char* name) {
+  std::fprintf(interpreter.errors, "\nUnrecognized operator %s\n", name);
+}
+
+void ReportUnknownSpecifier(CaInterpreter& interpreter, const char* name) {
+  std::fprintf(interpreter.errors, "\nUnrecognized constant specifier %s\n", name);
+}
+
+int ReportTypeMismatch(CaInterpreter& interpreter, const char* name) {
+  std::fprintf(interpreter.errors, "\nType mismatch for operator %s\n", name);
+  return 0;
+}
+
+int ReportUnopenedFile(CaInterpreter& interpreter, const char* path) {
+  std::fprintf(interpreter.errors, " Can't open file %s!\n", path);
+  return 0;
+}
+
+void ReportFailure(CaInterpreter& interpreter) { std::fputs("\a \n", interpreter.errors); }
