@@ -1,6 +1,8 @@
 #pragma once
 
+#include "calc/character_source.h"
 #include "calc/dispatch.h"
+#include "calc/interpreter.h"
 #include "calc/reader.h"
 #include "calc/reports.h"
 
@@ -25,7 +27,9 @@ class CaItemReader {
   /// The first byte of the next token, consumed.
   int SkipToToken() {
     SkipBlanks(interpreter_);
-    return ReadChar(interpreter_);
+    const int c = ReadChar(interpreter_);
+    interpreter_.input->MarkLast();
+    return c;
   }
 
   static bool BeginsNumber(int c) { return c == '.' || (c >= '0' && c <= '9'); }
