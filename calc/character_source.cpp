@@ -80,9 +80,8 @@ std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(const char* path)
   // The system opens a folder like a file; only reading from it fails.
   char nothing = 0;
   if (file->Read(&nothing, 0) < 0) return nullptr;
-  auto source = std::make_unique<CaCharacterSource>(Fill([file](char* block, std::size_t size) {
-    return CountOrNone(file->Read(block, size));
-  }));
+  auto source = std::make_unique<CaCharacterSource>(
+      Fill([file](char* block, std::size_t size) { return CountOrNone(file->Read(block, size)); }));
   source->name = path;
   return source;
 }

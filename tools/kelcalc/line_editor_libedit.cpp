@@ -57,6 +57,7 @@ class ScreenEditor final : public LineEditor {
     interrupted = false;
     std::fflush(stdout);
     int count = 0;
+    el_set(editor, EL_PREP_TERM, 1);  // before the prompt invites to type
     const char* text = el_gets(editor, &count);
     if (text == nullptr || count <= 0 || interrupted) {
       line.clear();

@@ -42,10 +42,13 @@ int RunNamedFile(CaInterpreter& interpreter, const std::string& path) {
 
 int RunProgram(CaInterpreter& interpreter, const Arguments::Program& program) {
   switch (program.kind) {
-    case Arguments::Kind::StandardInput: return RunSource(interpreter, WatchedInput());
+    case Arguments::Kind::StandardInput:
+      return RunSource(interpreter, WatchedInput());
     // The text ends like a line, so that its last operator is complete.
-    case Arguments::Kind::Text: return RunText(interpreter, program.text + "\n", "-e");
-    default: return RunNamedFile(interpreter, program.text);
+    case Arguments::Kind::Text:
+      return RunText(interpreter, program.text + "\n", "-e");
+    default:
+      return RunNamedFile(interpreter, program.text);
   }
 }
 
@@ -70,10 +73,16 @@ int Refuse(const std::string& complaint) {
 
 int Perform(const Arguments& arguments) {
   switch (arguments.task) {
-    case Arguments::Task::ShowHelp: std::fputs(HelpText, stdout); return 0;
-    case Arguments::Task::ShowVersion: std::puts("kelcalc " KEL_VERSION); return 0;
-    case Arguments::Task::Refuse: return Refuse(arguments.complaint);
-    default: return Run(arguments.programs);
+    case Arguments::Task::ShowHelp:
+      std::fputs(HelpText, stdout);
+      return 0;
+    case Arguments::Task::ShowVersion:
+      std::puts("kelcalc " KEL_VERSION);
+      return 0;
+    case Arguments::Task::Refuse:
+      return Refuse(arguments.complaint);
+    default:
+      return Run(arguments.programs);
   }
 }
 
