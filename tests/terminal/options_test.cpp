@@ -55,12 +55,12 @@ TEST(Options, WrongOnesSayWhy) {
       {{"--digits", "99999999999"}, "--digits takes a number from 1 to 17, not '99999999999'"},
       {{"--digits", "3x"}, "--digits takes a number from 1 to 17, not '3x'"},
       {{"--digits="}, "--digits takes a number from 1 to 17, not ''"},
-      {{"--digits"}, "--digits needs a value"},
-      {{"-e"}, "-e needs a value"},
-      {{"--explain"}, "--explain needs a value"},
-      {{"--strictly"}, "unknown option '--strictly'"},
-      {{"-e=1"}, "unknown option '-e=1'"},
-      {{"-x", "--help"}, "unknown option '-x'"},
+      {{"--digits"}, "option --digits needs a number"},
+      {{"-e"}, "option -e needs a text"},
+      {{"--explain"}, "option --explain needs a name"},
+      {{"--strictly"}, "unknown option --strictly"},
+      {{"-e=1"}, "unknown option -e=1"},
+      {{"-x", "--help"}, "unknown option -x"},
   };
   for (const auto& wrong : cases) EXPECT_EQ(Parse(wrong.arguments).error, wrong.error);
 }

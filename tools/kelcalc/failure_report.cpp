@@ -124,6 +124,9 @@ std::string FailureReport::Reason(const CaInterpreter& interpreter, CaFailure fa
 
 std::string FailureReport::OperatorReason(const CaInterpreter& interpreter,
                                           const std::string& name) const {
+  if (name == "''") {  // the one operator whose operand is gone when it fails
+    return name + " on " + TopTypes(interpreter, 4) + ": the index that was on top is no position";
+  }
   OperandTypes taken;
   if (!pairRules.empty()) {
     taken = {CombinationsOf(pairRules), true};
@@ -139,7 +142,7 @@ std::string FailureReport::OperatorReason(const CaInterpreter& interpreter,
     return on + "too few entries; " + TakenText(taken, name);
   }
   const bool tried = !pairRules.empty() || !topRules.empty();
-  if (!tried && Fits(interpreter, taken)) return on + "not with these values";
+  if (!tried && Fits(interpreter, taken)) return on + "failed with these values";
   return on + "no rule; " + TakenText(taken, name);
 }
 

@@ -20,6 +20,7 @@ class FailureReport final : public CaFailureObserver {
   explicit FailureReport(const Settings& chosen) : settings(chosen) {}
 
   long long Count() const { return count; }
+  bool SaysWhere() const { return settings.where; }
 
   void NoRuleAmong(std::span<const CaRule> rules) override { pairRules = rules; }
   void NoRuleAmong(std::span<const CaTopRule> rules) override { topRules = rules; }

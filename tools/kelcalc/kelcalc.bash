@@ -11,7 +11,7 @@ _kelcalc() {
       local name
       while read -r name; do
         [[ $name == "${word#[\'\"]}"* ]] && COMPREPLY+=("$(printf %q "$name")")
-      done < <("${COMP_WORDS[0]}" --list 2>/dev/null | awk '/^ / { print $1 }')
+      done < <("${COMP_WORDS[0]}" --list 2>/dev/null | awk '/^  [^ ]/ { print $1 }')
       return
       ;;
   esac

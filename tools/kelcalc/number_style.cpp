@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <cstdio>
 #include <initializer_list>
 
+#include "calc/interpreter.h"
 #include "calc/object.h"
 #include "geometry/matrix.h"
 #include "geometry/vector.h"
@@ -84,6 +86,22 @@ std::string ValueText(const CaValue& value, int digits) {
     default:
       return "";
   }
+}
+
+namespace {
+
+int ShownDigits = MostDigits;  // the routine that shows values is a plain function
+
+void ShowValue(std::FILE* output, const CaValue& value) {
+  if (value.type != TypeNothing)
+    std::fprintf(output, " %s\n", ValueText(value, ShownDigits).c_str());
+}
+
+}  // namespace
+
+void SetShownDigits(CaInterpreter& interpreter, int digits) {
+  ShownDigits = digits;
+  interpreter.show = ShowValue;
 }
 
 const char* TypeName(int type) {

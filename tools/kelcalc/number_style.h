@@ -2,6 +2,7 @@
 
 #include <string>
 
+struct CaInterpreter;
 class CaValue;
 
 namespace kelcalc {
@@ -15,6 +16,10 @@ constexpr int MostDigits = 17;
 /// `digits` significant digits (`FewestDigits` to `MostDigits`), trailing zeros left out; the
 /// columns of a matrix are aligned, one row a line.
 std::string ValueText(const CaValue& value, int digits);
+
+/// Lets programs print numbers with at most `digits` significant digits. Files of variables and
+/// the language's own form of values are not touched.
+void SetShownDigits(CaInterpreter& interpreter, int digits);
 
 /// The name of a value's type, in lower case: "real".
 const char* TypeName(int type);

@@ -121,7 +121,9 @@ OperandTypes TypesOf(const CaHelpEntry& help) {
 
 std::string CombinationText(const Combination& combination, const std::string& name) {
   const bool isSign = std::ispunct(static_cast<unsigned char>(name.front())) != 0 && name[0] != ';';
-  if (!isSign || combination.operands.size() != 2) return Listed(combination.operands);
+  const bool isPair = combination.operands.size() == 2 && combination.operands[0] != "any";
+  if (combination.operands.empty()) return "nothing";
+  if (!isSign || !isPair) return Listed(combination.operands);
   return combination.operands[0] + name + combination.operands[1];
 }
 

@@ -32,7 +32,7 @@ std::vector<Combination> CombinationsOf(std::span<const CaTopRule> rules);
 OperandTypes TypesOf(const CaHelpEntry& help);
 
 /// "real+real" for an operator between two operands, else "real, real"; three or more operands of
-/// one type are counted: "12 reals".
+/// one type are counted: "12 reals". "nothing" when there are none.
 std::string CombinationText(const Combination& combination, const std::string& name);
 
 }  // namespace kelcalc

@@ -57,6 +57,7 @@ struct Flag {
 
 struct Setting {
   std::string_view name;
+  const char* needs;
   void (*set)(Options&, const char* value);
 };
 
@@ -75,9 +76,9 @@ constexpr Flag Flags[] = {
 };
 
 constexpr Setting Settings[] = {
-    {"-e",        AddText},
-    {"--digits",  SetDigits},
-    {"--explain", SetExplained},
+    {"-e",        "text",   AddText},
+    {"--digits",  "number", SetDigits},
+    {"--explain", "name",   SetExplained},
 };
 // clang-format on
 
@@ -98,7 +99,7 @@ bool TakeSetting(Options& options, int count, const char* const* arguments, int&
       if (++at < count) {
         setting.set(options, arguments[at]);
       } else {
-        options.error = std::string(argument) + " needs a value";
+        options.error = "option " + std::string(argument) + " needs a " + setting.needs;
       }
       return true;
     }
@@ -126,7 +127,7 @@ Options ParseOptions(int count, const char* const* arguments) {
     } else if (TakeFlag(options, argument) || TakeSetting(options, count, arguments, at)) {
       continue;
     } else if (argument.starts_with('-')) {
-      options.error = "unknown option '" + std::string(argument) + "'";
+      options.error = "unknown option " + std::string(argument);
     } else {
       options.programs.push_back({Program::File, arguments[at]});
     }
