@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <utility>
@@ -150,12 +151,9 @@ CaPosition CaCharacterSource::Position() const {
 }
 
 void CaCharacterSource::CountLines(const char* until, CaPosition& position) const {
-  for (const char* at = begin_; at < until; ++at) {
-    if (*at == '\n') {
-      ++position.line;
-      position.column = 1;
-    } else {
-      ++position.column;
-    }
-  }
+  const auto lines = std::count(begin_, until, '\n');
+  const char* lineStart = until;
+  while (lineStart != begin_ && lineStart[-1] != '\n') --lineStart;
+  position.line += lines;
+  position.column = (lines == 0 ? position.column : 1) + (until - lineStart);
 }

@@ -1,32 +1,5 @@
 #include "calc/list.h"
 
-#include <new>
-
-#include "calc/recycler.h"
-
-void* CaListNode::operator new(std::size_t) { return CaRecycler<CaListNode>::Take(); }
-void CaListNode::operator delete(void* storage) { CaRecycler<CaListNode>::GiveBack(storage); }
-
-int CaList::PushFront(CaObject* object) {
-  CaListNode* node = nullptr;
-  try {
-    node = new CaListNode{object, head, nullptr};
-  } catch (const std::bad_alloc&) {
-    return -1;
-  }
-  (head == nullptr ? tail : head->previous) = node;
-  head = node;
-  ++count;
-  return 1;
-}
-
-CaObject* CaList::PopFront() {
-  if (head == nullptr) return nullptr;
-  CaObject* payload = head->payload;
-  Unlink(head);
-  return payload;
-}
-
 CaObject* CaList::PopBack() {
   if (tail == nullptr) return nullptr;
   CaObject* payload = tail->payload;

@@ -2,6 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
+
+#include "calc/recycler.h"
 
 class CaObject;
 
@@ -11,8 +14,8 @@ struct CaListNode {
   CaListNode* next;      // towards the tail; null at the tail
   CaListNode* previous;  // towards the head; null at the head
 
-  static void* operator new(std::size_t size);
-  static void operator delete(void* storage);
+  static void* operator new(std::size_t) { return CaRecycler<CaListNode>::Take(); }
+  static void operator delete(void* storage) { CaRecycler<CaListNode>::GiveBack(storage); }
 };
 
 /// A doubly linked list of object pointers. It owns its nodes and never the objects: whoever
@@ -45,3 +48,29 @@ class CaList {
   CaListNode* tail = nullptr;
   std::int32_t count = 0;
 };
+
+// The two that run with every token.
+
+inline int CaList::PushFront(CaObject* object) {
+  CaListNode* node = nullptr;
+  try {
+    node = new CaListNode{object, head, nullptr};
+  } catch (const std::bad_alloc&) {
+    return -1;
+  }
+  (head == nullptr ? tail : head->previous) = node;
+  head = node;
+  ++count;
+  return 1;
+}
+
+inline CaObject* CaList::PopFront() {
+  CaListNode* node = head;
+  if (node == nullptr) return nullptr;
+  CaObject* payload = node->payload;
+  head = node->next;
+  (head == nullptr ? tail : head->previous) = nullptr;
+  --count;
+  delete node;
+  return payload;
+}

@@ -19,19 +19,14 @@ class CaItemReader {
 
   /// Reads on until an item was handed over. What is no item is reported or dropped.
   void ReadItem() {
-    while (!ReadFrom(SkipToToken())) {
+    for (bool found = false; !found;) {
+      const int c = ReadPastBlanks(interpreter_);
+      interpreter_.input->MarkLast();
+      found = ReadFrom(c);
     }
   }
 
  private:
-  /// The first byte of the next token, consumed.
-  int SkipToToken() {
-    SkipBlanks(interpreter_);
-    const int c = ReadChar(interpreter_);
-    interpreter_.input->MarkLast();
-    return c;
-  }
-
   static bool BeginsNumber(int c) { return c == '.' || (c >= '0' && c <= '9'); }
   static bool BeginsName(int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
@@ -75,7 +70,8 @@ class CaItemReader {
   }
 
   bool ReadOperator(std::string_view prefix) {
-    CaTokenText name(prefix);
+    CaTokenText name;
+    name.Refer(prefix);
     ReadRun(interpreter_, OpChar, name);
     return HandOver(FindOperator(name.View()), name);
   }

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "calc/name_pool.h"
+#include "calc/recycler.h"
 #include "geometry/matrix.h"
 #include "geometry/quaternion.h"
 #include "geometry/rotation.h"
@@ -98,8 +99,8 @@ class CaValue final : public CaObject {
   /// One blank, the value and a newline; nothing at all for a value of type nothing.
   void Print(std::FILE* stream) const override;
 
-  static void* operator new(std::size_t size);
-  static void operator delete(void* storage);
+  static void* operator new(std::size_t) { return CaRecycler<CaValue>::Take(); }
+  static void operator delete(void* storage) { CaRecycler<CaValue>::GiveBack(storage); }
 
   std::int32_t type = TypeNothing;
   std::int32_t integer = 0;
@@ -130,8 +131,8 @@ class CaVariable final : public CaObject {
   /// The value without the name; the name alone when the value is nothing.
   void Print(std::FILE* stream) const override;
 
-  static void* operator new(std::size_t size);
-  static void operator delete(void* storage);
+  static void* operator new(std::size_t) { return CaRecycler<CaVariable>::Take(); }
+  static void operator delete(void* storage) { CaRecycler<CaVariable>::GiveBack(storage); }
 
   /// From the pool of names, which outlives every variable.
   const char* name;

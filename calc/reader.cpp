@@ -1,5 +1,7 @@
 #include "calc/reader.h"
 
+#include <algorithm>
+
 #include "calc/exit_hook.h"
 #include "calc/numbers.h"
 #include "calc/object.h"
@@ -31,15 +33,17 @@ int PeekChar(CaInterpreter& interpreter) {
   return c;
 }
 
+int ReadPastBlanks(CaInterpreter& interpreter) {
+  for (;;) {
+    int c = ReadChar(interpreter);
+    while (HasClass(c, BlankChar)) c = ReadChar(interpreter);
+    if (c != '[') return c;
+    SkipComment(interpreter);
+  }
+}
+
 void SkipBlanks(CaInterpreter& interpreter) {
-  int c = 0;
-  do {
-    c = ReadChar(interpreter);
-    if (c == '[') {
-      SkipComment(interpreter);
-      c = ' ';
-    }
-  } while (HasClass(c, BlankChar));
+  ReadPastBlanks(interpreter);
   PushBackChar(interpreter);
 }
 
@@ -54,16 +58,47 @@ void SkipComment(CaInterpreter& interpreter) {
   }
 }
 
+void CaTokenText::Append(std::string_view text) {
+  const std::size_t kept = view_.size();
+  const std::size_t added = std::min(text.size(), Longest - kept);
+  if (view_.data() != copy_) std::copy_n(view_.data(), kept, copy_);
+  std::copy_n(text.data(), added, copy_ + kept);
+  view_ = {copy_, kept + added};
+}
+
+const char* CaTokenText::Text() {
+  Append({});
+  copy_[view_.size()] = '\0';
+  return copy_;
+}
+
 void ReadRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token) {
-  int c = ReadChar(interpreter);
-  for (; HasClass(c, bits); c = ReadChar(interpreter)) token.Append(c);
-  PushBackChar(interpreter);
+  CaCharacterSource& input = *interpreter.input;
+  for (;;) {
+    const std::string_view text = input.AtHand();
+    std::size_t length = 0;
+    while (length < text.size() && HasClass(static_cast<unsigned char>(text[length]), bits)) {
+      ++length;
+    }
+    const bool complete = length < text.size();
+    if (complete && token.View().empty()) {
+      token.Refer(text.substr(0, length));
+    } else {
+      token.Append(text.substr(0, length));
+    }
+    input.Skip(length);
+    if (complete) return;
+    // The run reached the end of the block: the next byte brings another one, or ends the input.
+    ReadChar(interpreter);
+    PushBackChar(interpreter);
+  }
 }
 
 namespace {
 
 char* ReadNewText(CaInterpreter& interpreter, CaCharBit bits, const char* prefix) {
-  CaTokenText token(prefix == nullptr ? "" : prefix);
+  CaTokenText token;
+  if (prefix != nullptr) token.Append(prefix);
   ReadRun(interpreter, bits, token);
   return DuplicateText(token.Text());
 }

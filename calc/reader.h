@@ -28,30 +28,26 @@ class CaValue;
 /// Thrown at the end of the input and caught by the runner of that input (run.h).
 struct EndOfInput {};
 
-/// The text of a name or an operator, kept where it was read.
+/// The text of a name or an operator: usually where it stands in the input, good until the next
+/// block of that is read; else a copy.
 class CaTokenText {
  public:
   static constexpr std::size_t Longest = 255;
 
-  explicit CaTokenText(std::string_view prefix = {}) {
-    for (const char c : prefix) Append(static_cast<unsigned char>(c));
-  }
+  std::string_view View() const { return view_; }
 
-  /// Drops what is beyond the limit.
-  void Append(int c) {
-    if (length_ < Longest) text_[length_++] = static_cast<char>(c);
-  }
+  /// Takes over `text`, up to the limit, without copying it.
+  void Refer(std::string_view text) { view_ = text.substr(0, Longest); }
+
+  /// Copies the text so far and drops what is beyond the limit.
+  void Append(std::string_view text);
 
   /// Zero-terminated.
-  const char* Text() {
-    text_[length_] = '\0';
-    return text_;
-  }
-  std::string_view View() const { return {text_, length_}; }
+  const char* Text();
 
  private:
-  std::size_t length_ = 0;
-  char text_[Longest + 1];  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by Append
+  std::string_view view_;
+  char copy_[Longest + 1];  // NOLINT: holds something only when `view_` says so
 };
 
 /// The text of a string literal.
@@ -78,6 +74,9 @@ inline void PushBackChar(CaInterpreter& interpreter) { interpreter.input->PushBa
 
 /// The next byte, which stays unread.
 int PeekChar(CaInterpreter& interpreter);
+
+/// Consumes blanks and comments and the byte behind them, which it returns.
+int ReadPastBlanks(CaInterpreter& interpreter);
 
 /// Consumes blanks and comments; the byte behind them stays unread.
 void SkipBlanks(CaInterpreter& interpreter);

@@ -17,8 +17,9 @@ void TellNoRule(const CaInterpreter& interpreter, std::span<const Rule> rules) {
 }  // namespace
 
 int ApplyRules(CaInterpreter& interpreter, const CaRuleGrid& rules, const char* name) {
-  const CaValue& b = *interpreter.Peek(0)->Value();
-  const CaValue& a = *interpreter.Peek(1)->Value();
+  const CaListNode* top = interpreter.stack.head;
+  const CaValue& b = *top->payload->Value();
+  const CaValue& a = *top->next->payload->Value();
   const CaOutcome& outcome = rules.For(b.type, a.type);
   if (outcome.combine == nullptr) {
     TellNoRule(interpreter, rules.Rules());

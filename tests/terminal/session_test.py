@@ -97,6 +97,7 @@ class Session(unittest.TestCase):
             endless.write(b'"reading" # ')
             terminal.expect(' "reading"\n')
             terminal.interrupt()
+            endless.write(b"8 # 9 # ")
             terminal.expect("1> ")
         self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
         self.ends(terminal)
@@ -138,7 +139,7 @@ class Session(unittest.TestCase):
     def test_history_that_cannot_be_written_is_silent(self):
         (self.home / ".local").write_text("a file where a folder should be")
         terminal = self.start()
-        self.assertEqual(terminal.line("1 #", "0> ").split("\n", 1)[1], " 1.000000")
+        self.assertEqual(terminal.line("1 #", "0> ").split("\n", 1)[1], " 1.000000\n")
         self.ends(terminal)
 
     @needs_editing

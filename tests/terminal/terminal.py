@@ -56,7 +56,7 @@ class Terminal:
     def line(self, text, prompt):
         """Types a line and waits for the next prompt; returns all that stands between."""
         self.send(text + "\r")
-        return self.expect("\n" + prompt)
+        return self.expect("\n" + prompt) + "\n"
 
     def interrupt(self):
         os.kill(self.pid, signal.SIGINT)
