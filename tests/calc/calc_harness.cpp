@@ -1,0 +1,64 @@
+#include "calc_harness.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+#include "calc/run.h"
+
+namespace {
+
+void KeepForTheFuzzer(std::string_view text) {
+  const char* folder = std::getenv("KEL_CORPUS");
+  if (folder == nullptr || text.size() > 4096) return;
+  const std::size_t name = std::hash<std::string_view>{}(text);
+  WriteTextFile((std::filesystem::path(folder) / std::to_string(name)).string().c_str(), text);
+}
+
+}  // namespace
+
+Calculator::Calculator() {
+  interpreter.output = stdout;
+  interpreter.errors = stderr;
+}
+
+Written Calculator::Run(std::string_view text) {
+  KeepForTheFuzzer(text);
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const int result = RunText(interpreter, text, "test");
+  Written written{testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+  EXPECT_EQ(result, 1) << text;
+  EXPECT_EQ(interpreter.nestDepth, 0) << text;
+  return written;
+}
+
+void RunPrograms(std::span<const Program> programs) {
+  for (const Program& program : programs) {
+    Calculator calculator;
+    const Written written = calculator.Run(program.text);
+    EXPECT_EQ(written.output, program.output) << "output of: " << program.text;
+    EXPECT_EQ(written.errors, program.errors) << "errors of: " << program.text;
+  }
+}
+
+std::string Repeat(std::string_view unit, int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += unit;
+  return text;
+}
+
+void WriteTextFile(const char* path, std::string_view text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string ReadTextFile(const char* path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return "(no file)";
+  return {std::istreambuf_iterator<char>(file), {}};
+}

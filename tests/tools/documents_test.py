@@ -1,0 +1,78 @@
+#!/usr/bin/env python3
+"""The examples and the language reference keep their word.
+
+Arguments: the program kelcalc, the source folder.
+
+In docs/language.md a fence marked 3dc holds a program; the fences that follow it hold what it
+writes: `output` on the standard output, `errors` on the standard error stream (BEL written as a
+picture of it, blanks at the ends of lines left out). The programs of one section run in the same
+folder, so one may read what another wrote. Beside examples/NAME.3dc stands NAME.out.
+"""
+
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+KELCALC = os.path.abspath(sys.argv[1])
+ROOT = pathlib.Path(sys.argv[2]).resolve()
+FENCE = re.compile(r"^```(\w+)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+
+
+def run(text, *arguments):
+    done = subprocess.run([KELCALC, *arguments], input=text, timeout=120, check=False, text=True,
+                          capture_output=True)
+    return done.returncode, done.stdout, done.stderr
+
+
+def trimmed(text):
+    return [line.rstrip() for line in text.replace("\a", "␇").splitlines()]
+
+
+class DocumentsTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(folder.name)
+
+    def test_the_programs_of_the_language_reference(self):
+        programs = []
+        for kind, text in FENCE.findall((ROOT / "docs/language.md").read_text()):
+            if kind == "3dc":
+                programs.append({"3dc": text, "output": "", "errors": ""})
+            elif kind in ("output", "errors"):
+                programs[-1][kind] = text
+        self.assertGreaterEqual(len(programs), 15)
+        for program in programs:
+            with self.subTest(program=program["3dc"]):
+                status, output, errors = run(program["3dc"])
+                self.assertEqual(status, 0)
+                self.assertEqual(trimmed(output), trimmed(program["output"]))
+                self.assertEqual(trimmed(errors), trimmed(program["errors"]))
+
+    def test_the_reference_and_the_manual_page_name_every_operation(self):
+        reference = (ROOT / "docs/language.md").read_text()
+        manual = (ROOT / "man/kelcalc.1").read_text().replace("\\e", "\\").replace("\\-", "-")
+        manual = manual.replace("\\(aq", "'").replace("\\(ti", "~").replace("\\(ha", "^")
+        operators = r"~ # ## ? ?? \ \\ ' '' : >> << + - * % / ^ $ @ | { } }} < <= > >= = ~= == ~=="
+        functions = ("v p m u n t q r s w x y z a sin cos tan asin acos atan atan2 ln exp sqrt "
+                     "write read build")
+        for name in operators.split() + [";" + name for name in functions.split()]:
+            self.assertIn(f"`` {name} ``" if "`" in name else f"`{name}`", reference.replace(r"\|", "|"))
+            self.assertIn(name, manual)
+
+    def test_the_examples(self):
+        examples = sorted((ROOT / "examples").glob("*.3dc"))
+        self.assertGreaterEqual(len(examples), 4)
+        for example in examples:
+            with self.subTest(example=example.name):
+                expected = example.with_suffix(".out").read_text()
+                self.assertEqual(run("", str(example)), (0, expected, ""))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
