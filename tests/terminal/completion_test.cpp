@@ -33,7 +33,8 @@ TEST(Completion, OffersWhatCanStandAtTheCursor) {
   for (const Case& expected : cases) {
     const kelcalc::Completion found = Complete(expected.line, known);
     EXPECT_EQ(found.candidates, expected.candidates) << expected.line;
-    if (!expected.candidates.empty()) EXPECT_EQ(found.wordLength, expected.wordLength);
+    if (found.candidates.empty()) continue;
+    EXPECT_EQ(found.wordLength, expected.wordLength) << expected.line;
   }
 }
 

@@ -97,7 +97,7 @@ class Session(unittest.TestCase):
             endless.write(b'"reading" # ')
             terminal.expect(' "reading"\n')
             terminal.interrupt()
-            endless.write(b"8 # 9 # ")
+            endless.write(b"} } } ")  # a token that changes nothing
             terminal.expect("1> ")
         self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
         self.ends(terminal)
