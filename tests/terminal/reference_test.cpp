@@ -39,7 +39,7 @@ TEST(Help, StandsInTheOrderOfTheDispatchTables) {
     EXPECT_STREQ(help->name, entry->name);
   }
   for (const CaOperatorEntry* entry = CaFunctionTable; *entry->name != '\0'; ++entry, ++help) {
-    EXPECT_EQ(help->name, std::string(";") + entry->name);
+    EXPECT_EQ(help->name, std::string(";").append(entry->name));
   }
   EXPECT_STREQ(help->name, "");
 }
@@ -61,7 +61,9 @@ TEST(Help, ExamplesPrintWhatIsPromised) {
 std::string Combinations(const char* name) {
   std::string text;
   for (const auto& combination : kelcalc::TypesOf(*FindHelp(name)).combinations) {
-    text += kelcalc::CombinationText(combination, name) + " " + combination.result + "; ";
+    text += kelcalc::CombinationText(combination, name).append(" ");
+    text += combination.result;
+    text += "; ";
   }
   return text;
 }
@@ -83,9 +85,9 @@ TEST(OperandTypes, ThatAreOnlyToldHold) {
   for (const CaHelpEntry* help = CaHelpTable; *help->name != '\0'; ++help) {
     if (std::string(help->operands).find("real") == std::string::npos) continue;
     std::string errors;
-    OutputOf(std::string("1 1 0 ") + help->name, errors);
+    OutputOf(std::string("1 1 0 ").append(help->name), errors);
     EXPECT_EQ(errors, "") << help->name;
-    OutputOf(std::string("1 1 \"a\" ") + help->name, errors);
+    OutputOf(std::string("1 1 \"a\" ").append(help->name), errors);
     EXPECT_EQ(errors, "\a \n") << help->name;
   }
 }
@@ -110,7 +112,7 @@ TEST(Reference, OfTheLanguagePageIsMadeFromTheTables) {
   const std::size_t end = page.find(End);
   ASSERT_TRUE(begin != std::string::npos && end != std::string::npos && begin < end);
   const std::size_t first = begin + std::string(Begin).size();
-  const std::string expected = "\n" + kelcalc::ReferenceMarkdown() + "\n";
+  const std::string expected = std::string("\n").append(kelcalc::ReferenceMarkdown()).append("\n");
   if (std::getenv("KEL_UPDATE") != nullptr) {
     std::ofstream(KEL_LANGUAGE_PAGE) << page.replace(first, end - first, expected);
     return;

@@ -109,6 +109,12 @@ class Session(unittest.TestCase):
         terminal.line('"one', '0" ')
         self.ends(terminal)
 
+    def test_keys_before_the_prompt_count(self):
+        terminal = self.start("--no-stack")
+        terminal.send("1 2 + #\r" + CTRL_D)
+        self.assertEqual(terminal.finish(), 0)
+        self.assertIn(" 3.000000\n", terminal.seen)
+
     # Editing, history, completion
 
     @needs_editing

@@ -15,6 +15,8 @@
 namespace kelcalc {
 namespace {
 
+constexpr char EndKey = 0x04;  // Ctrl-D
+
 /// The longest text that every one of `words` begins with. `words` is not empty.
 std::string CommonBeginning(const std::vector<std::string>& words) {
   std::string common = words.front();
@@ -93,6 +95,8 @@ class ScreenEditor final : public LineEditor {
         return -1;
       }
       if (read(STDIN_FILENO, &byte, 1) <= 0) return 0;
+      // A Ctrl-D that was typed before the prompt came arrives as a NUL, which no key makes.
+      if (byte == '\0') byte = EndKey;
       const std::size_t used = std::mbrtowc(key, &byte, 1, &state);
       if (used <= 1) return 1;
       if (used == static_cast<std::size_t>(-1)) state = {};  // no character: dropped
