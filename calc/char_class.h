@@ -12,3 +12,7 @@ enum CaCharBit : std::uint8_t {
 
 /// The class of every byte, 0 for a byte without one.
 extern const std::array<std::uint8_t, 256> CaCharClass;
+
+inline bool HasClass(int c, CaCharBit bits) {
+  return (CaCharClass[static_cast<unsigned char>(c)] & bits) != 0;
+}

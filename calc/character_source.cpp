@@ -2,9 +2,8 @@
 
 #include <fcntl.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <cstring>
 #include <utility>
 
 #ifdef _WIN32
@@ -151,9 +150,13 @@ CaPosition CaCharacterSource::Position() const {
 }
 
 void CaCharacterSource::CountLines(const char* until, CaPosition& position) const {
-  const auto lines = std::count(begin_, until, '\n');
-  const char* lineStart = until;
-  while (lineStart != begin_ && lineStart[-1] != '\n') --lineStart;
-  position.line += lines;
-  position.column = (lines == 0 ? position.column : 1) + (until - lineStart);
+  const char* at = begin_;
+  while (at < until) {
+    const void* newline = std::memchr(at, '\n', static_cast<std::size_t>(until - at));
+    if (newline == nullptr) break;
+    at = static_cast<const char*>(newline) + 1;
+    ++position.line;
+    position.column = 1;
+  }
+  position.column += until - at;
 }

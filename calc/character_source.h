@@ -59,6 +59,14 @@ class CaCharacterSource {
   std::string_view AtHand() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
   void Skip(std::size_t count) { next_ += count; }
 
+  /// Consumes bytes at hand as long as `accept` takes them.
+  template <typename Accept>
+  void SkipWhile(Accept accept) {
+    const char* at = next_;
+    while (at != end_ && accept(*at)) ++at;
+    next_ = at;
+  }
+
   /// Lets go of the file and of everything unread.
   void Close();
 

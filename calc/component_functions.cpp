@@ -14,11 +14,13 @@ CaValue ThirdAxis(CaOperands s) { return CaValue(TypeVector, Column(s[0]->matrix
 
 template <double CyVector::*Component>
 CaValue OfVector(CaOperands s) {
-  return CaValue(s[0]->vector.*Component);
+  const double coordinate = s[0]->vector.*Component;
+  return CaValue(coordinate);
 }
 template <double CyVector::*Component>
 CaValue OfPoint(CaOperands s) {
-  return CaValue(s[0]->point.*Component);
+  const double coordinate = s[0]->point.*Component;
+  return CaValue(coordinate);
 }
 
 CaValue Length(CaOperands s) { return CaValue(s[0]->vector.Mag()); }
@@ -94,8 +96,6 @@ int ZOf(CaInterpreter& interpreter) {
   return ApplyTopRules(interpreter, CoordinateRules<&CyVector::z>, ";z");
 }
 
-int MeasureOf(CaInterpreter& interpreter) {
-  return ApplyTopRules(interpreter, MeasureRules, ";w");
-}
+int MeasureOf(CaInterpreter& interpreter) { return ApplyTopRules(interpreter, MeasureRules, ";w"); }
 
 int AngleOf(CaInterpreter& interpreter) { return ApplyTopRules(interpreter, AngleRules, ";a"); }

@@ -160,15 +160,11 @@ static_assert(NamesEachTypeOnce(ScaleRules));
 
 // An empty stack shows a value of type nothing, which no table names.
 
-int MakeVector(CaInterpreter& interpreter) {
-  return ApplyTopRules(interpreter, VectorRules, ";v");
-}
+int MakeVector(CaInterpreter& interpreter) { return ApplyTopRules(interpreter, VectorRules, ";v"); }
 
 int MakePoint(CaInterpreter& interpreter) { return ApplyTopRules(interpreter, PointRules, ";p"); }
 
-int MakeMatrix(CaInterpreter& interpreter) {
-  return ApplyTopRules(interpreter, MatrixRules, ";m");
-}
+int MakeMatrix(CaInterpreter& interpreter) { return ApplyTopRules(interpreter, MatrixRules, ";m"); }
 
 int MakeQuaternion(CaInterpreter& interpreter) {
   return ApplyTopRules(interpreter, QuaternionRules, ";q");

@@ -36,6 +36,7 @@ extern const CaSpecifierEntry CaSpecifierTable[];  // compound constants by the 
 
 /// The entry with exactly this name, letter case included, or null.
 const CaOperatorEntry* FindOperator(std::string_view name);
+const CaOperatorEntry* FindOperator(char name);
 const CaOperatorEntry* FindFunction(std::string_view name);
 const CaSpecifierEntry* FindSpecifier(std::string_view name);
 

@@ -1,3 +1,7 @@
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <string_view>
 
 #include "calc/additive_operators.h"
@@ -82,9 +86,8 @@ constexpr CaOperatorEntry CaFunctionTable[] = {
 };
 
 constexpr CaSpecifierEntry CaSpecifierTable[] = {
-    {"v", ReadVector},     {"p", ReadPoint},    {"m", ReadMatrix},
-    {"q", ReadQuaternion}, {"r", ReadRotation}, {"s", ReadScale},
-    {"", nullptr},
+    {"v", ReadVector},   {"p", ReadPoint}, {"m", ReadMatrix}, {"q", ReadQuaternion},
+    {"r", ReadRotation}, {"s", ReadScale}, {"", nullptr},
 };
 
 namespace {
@@ -93,8 +96,26 @@ constexpr CaNameIndex OperatorIndex(CaOperatorTable);
 constexpr CaNameIndex FunctionIndex(CaFunctionTable);
 constexpr CaNameIndex SpecifierIndex(CaSpecifierTable);
 
+/// The positions in the table of the operators of one byte; past its end for the other bytes.
+constexpr std::array<std::uint8_t, 256> ShortOperators = [] {
+  std::array<std::uint8_t, 256> positions{};
+  positions.fill(static_cast<std::uint8_t>(std::size(CaOperatorTable)));
+  for (std::size_t i = 0; i < std::size(CaOperatorTable); ++i) {
+    const std::string_view name = CaOperatorTable[i].name;
+    if (name.size() == 1)
+      positions[static_cast<unsigned char>(name[0])] = static_cast<std::uint8_t>(i);
+  }
+  return positions;
+}();
+
 }  // namespace
 
 const CaOperatorEntry* FindOperator(std::string_view name) { return OperatorIndex.Find(name); }
+
+const CaOperatorEntry* FindOperator(char name) {
+  const std::size_t position = ShortOperators[static_cast<unsigned char>(name)];
+  return position < std::size(CaOperatorTable) ? CaOperatorTable + position : nullptr;
+}
+
 const CaOperatorEntry* FindFunction(std::string_view name) { return FunctionIndex.Find(name); }
 const CaSpecifierEntry* FindSpecifier(std::string_view name) { return SpecifierIndex.Find(name); }

@@ -6,7 +6,7 @@ struct CaInterpreter;
 /// string, with ".3dc" behind it when there is no point anywhere in it.
 
 int WriteVariablesFile(CaInterpreter& interpreter);  // name ;write
-int ReadProgramFile(CaInterpreter& interpreter);   // name ;read
+int ReadProgramFile(CaInterpreter& interpreter);     // name ;read
 
 /// Writes all variables to the file at `path`, the most recent one first, as a program that
 /// defines them again. Returns 1, or 0 without a message when `path` is null or empty, when the

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "calc/character_source.h"
 #include "calc/object.h"
@@ -46,20 +47,19 @@ void CaInterpreter::PushCopy(const CaObject& object) {
       *copy = static_cast<const CaValue&>(object);
       return PushOwned(copy.release());
     }
-    case KindVariable: return PushOwned(new CaVariable(object.Name(), object.Value()));
+    case KindVariable:
+      return PushOwned(new CaVariable(object.Name(), object.Value()));
     case KindOperator:
       return PushOwned(new CaOperator(static_cast<const CaOperator&>(object)));
-    default: return;
+    default:
+      return;
   }
 }
 
-void CaInterpreter::PushOwned(CaObject* object) {
-  if (stack.PushFront(object) < 0) DestroyAsValue(object);
-}
-
 void CaInterpreter::Replace(int count, CaValue* result) {
-  PopValues(count);
-  PushOwned(result);
+  // The result takes over the node of its deepest operand.
+  PopValues(count - 1);
+  DestroyAsValue(std::exchange(stack.head->payload, result));
 }
 
 const CaValue* CaInterpreter::FindVariable(const char* name) const {
@@ -90,8 +90,8 @@ void CaInterpreter::DefineVariable(CaPooledName name, const CaValue& value) {
     variables.Unlink(old);
   }
   if (variables.PushFront(stored.get()) > 0) {
-    stored.release();
-    index.Store(variables);
+    static_cast<void>(stored.release());
+    index.Store(variables, name);
   } else {
     index.Forget();
   }

@@ -6,13 +6,11 @@
 
 #include "calc/list.h"
 #include "calc/name_pool.h"
+#include "calc/object.h"
 #include "calc/variable_index.h"
 
 class CaCharacterSource;
 class CaFailureObserver;
-class CaObject;
-class CaValue;
-class CaVariable;
 
 /// The run-time state of the language: what is being read, the variables and the operand stack.
 /// Everything runs on the caller's thread; only one interpreter may run at a time.
@@ -41,9 +39,12 @@ struct CaInterpreter {
   void PushCopy(const CaObject& object);
 
   /// Pushes `object` itself, which the stack then owns. For results that were made for it.
-  void PushOwned(CaObject* object);
+  void PushOwned(CaObject* object) {
+    if (stack.PushFront(object) < 0) DestroyAsValue(object);
+  }
 
-  /// Pops `count` operands and pushes their result, which the stack then owns.
+  /// Pops `count` operands, of which there are at least one, and pushes their result, which the
+  /// stack then owns.
   void Replace(int count, CaValue* result);
 
   // The variables, most recently defined first.

@@ -15,7 +15,8 @@ CyMatrix MatrixOf(const CyRotation& rotation) {
 }
 
 CaValue ProductOfIntegers(const CaValue& a, const CaValue& b) {
-  const auto product = static_cast<std::uint32_t>(a.integer) * static_cast<std::uint32_t>(b.integer);
+  const auto product =
+      static_cast<std::uint32_t>(a.integer) * static_cast<std::uint32_t>(b.integer);
   return CaValue(static_cast<std::int32_t>(product));
 }
 CaValue ProductOfReals(const CaValue& a, const CaValue& b) { return CaValue(a.real * b.real); }

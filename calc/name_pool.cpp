@@ -1,5 +1,8 @@
 #include "calc/name_pool.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -7,11 +10,13 @@
 
 namespace {
 
-/// Stands in storage directly before the characters of a name.
+/// Stands in storage directly before the characters of a name, the number last.
 struct NameHead {
   std::uint32_t hash;
   std::uint32_t length;
+  std::uint32_t number;
 };
+static_assert(offsetof(NameHead, number) + sizeof(std::uint32_t) == sizeof(NameHead));
 
 NameHead HeadOf(const char* pooledName) {
   NameHead head;
@@ -29,11 +34,14 @@ std::uint32_t HashOf(std::string_view name) {
 /// Open addressing with linear probing, at most half full; names are never taken out.
 class NamePool {
  public:
+  constexpr NamePool() = default;
+
   const char* Find(std::string_view name, std::uint32_t hash) const {
-    return slots_[SlotFor(name, hash)];
+    return slots_.empty() ? nullptr : slots_[SlotFor(name, hash)];
   }
 
   const char* FindOrAdd(std::string_view name) {
+    if (slots_.empty()) slots_.resize(FirstSize);
     const std::uint32_t hash = HashOf(name);
     const std::size_t slot = SlotFor(name, hash);
     if (slots_[slot] != nullptr) return slots_[slot];
@@ -41,6 +49,8 @@ class NamePool {
   }
 
  private:
+  static constexpr std::size_t FirstSize = 256;
+
   std::size_t SlotFor(std::string_view name, std::uint32_t hash) const {
     std::size_t slot = hash & (slots_.size() - 1);
     while (slots_[slot] != nullptr && !Equal(slots_[slot], name, hash)) {
@@ -52,12 +62,13 @@ class NamePool {
   static bool Equal(const char* pooledName, std::string_view name, std::uint32_t hash) {
     const NameHead head = HeadOf(pooledName);
     return head.hash == hash && head.length == name.size() &&
-           std::memcmp(pooledName, name.data(), name.size()) == 0;
+           std::equal(name.begin(), name.end(), pooledName);
   }
 
   const char* Add(std::string_view name, std::uint32_t hash, std::size_t slot) {
     auto storage = std::make_unique<char[]>(sizeof(NameHead) + name.size() + 1);
-    const NameHead head{hash, static_cast<std::uint32_t>(name.size())};
+    const NameHead head{hash, static_cast<std::uint32_t>(name.size()),
+                        static_cast<std::uint32_t>(names_.size())};
     std::memcpy(storage.get(), &head, sizeof head);
     char* characters = storage.get() + sizeof head;
     std::memcpy(characters, name.data(), name.size());
@@ -79,18 +90,13 @@ class NamePool {
   }
 
   std::vector<std::unique_ptr<char[]>> names_;
-  std::vector<const char*> slots_ = std::vector<const char*>(256);
+  std::vector<const char*> slots_;
 };
 
-NamePool& Pool() {
-  static NamePool pool;
-  return pool;
-}
+constinit NamePool Pool;
 
 }  // namespace
 
-CaPooledName PooledName(std::string_view name) { return {Pool().FindOrAdd(name)}; }
+CaPooledName PooledName(std::string_view name) { return {Pool.FindOrAdd(name)}; }
 
-CaPooledName FindPooledName(std::string_view name) { return {Pool().Find(name, HashOf(name))}; }
-
-std::uint32_t HashOf(CaPooledName name) { return HeadOf(name.text).hash; }
+CaPooledName FindPooledName(std::string_view name) { return {Pool.Find(name, HashOf(name))}; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 /// The names of variables, each kept once.
@@ -20,5 +21,9 @@ CaPooledName PooledName(std::string_view name);
 /// The pooled copy if there is one already, else no name.
 CaPooledName FindPooledName(std::string_view name);
 
-/// The hash that the pool keeps with each of its names.
-std::uint32_t HashOf(CaPooledName name);
+/// The number of a pooled name: 0 for the first, and so on.
+inline std::uint32_t NumberOf(CaPooledName name) {
+  std::uint32_t number = 0;
+  std::memcpy(&number, name.text - sizeof number, sizeof number);
+  return number;
+}

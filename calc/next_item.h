@@ -40,13 +40,11 @@ class CaItemReader {
       PushBackChar(interpreter_);
       return ReadNamed();
     }
-    if (c == '-') return BeginsNumber(PeekChar(interpreter_)) ? ReadReal(true) : ReadOperator("-");
+    if (c == '-' && BeginsNumber(PeekChar(interpreter_))) return ReadReal(true);
     if (c == ';') return ReadFunction();
     if (c == '"') return ReadLiteral();
     if (c == '[') SkipComment(interpreter_);
-    if ((CaCharClass[static_cast<unsigned>(c)] & OpChar) == 0) return false;
-    PushBackChar(interpreter_);
-    return ReadOperator({});
+    return HasClass(c, OpChar) && ReadOperator(static_cast<char>(c));
   }
 
   bool ReadReal(bool negate) {
@@ -69,10 +67,18 @@ class CaItemReader {
     return HandOver(FindFunction(name.View()), name);
   }
 
-  bool ReadOperator(std::string_view prefix) {
+  /// Most operators are one byte and need no text.
+  bool ReadOperator(char first) {
+    const std::string_view text = interpreter_.input->AtHand();
+    if (!text.empty() && !HasClass(text[0], OpChar) && text[0] != EndOfTransmission) {
+      if (const CaOperatorEntry* entry = FindOperator(first); entry != nullptr) {
+        receiver_.Operator(*entry);
+        return true;
+      }
+    }
     CaTokenText name;
-    name.Refer(prefix);
-    ReadRun(interpreter_, OpChar, name);
+    name.Append({&first, 1});
+    AppendRun(interpreter_, OpChar, name);
     return HandOver(FindOperator(name.View()), name);
   }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -73,7 +74,39 @@ bool ReadCollected(CaCharacterSource& source, double& number) {
   return true;
 }
 
-/// The usual case: the whole number and a byte behind it are at hand.
+constexpr double PowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                  1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+constexpr std::size_t ExactDigits = std::size(PowersOfTen) - 1;
+
+/// Up to 15 digits without an exponent, at hand with a byte behind them. The digits and the power
+/// of ten are exact doubles, so that one division rounds once, just as the full conversion does.
+bool ReadShort(CaCharacterSource& source, double& number) {
+  const std::string_view text = source.AtHand();
+  std::uint64_t digits = 0;
+  std::size_t at = 0;
+  const auto takeDigits = [&] {
+    const std::size_t first = at;
+    for (; at < text.size() && IsDigit(text[at]); ++at) {
+      digits = digits * 10 + static_cast<std::uint64_t>(text[at] - '0');
+    }
+    return at - first;
+  };
+  const std::size_t whole = takeDigits();
+  std::size_t decimals = 0;
+  if (at < text.size() && text[at] == '.') {
+    ++at;
+    decimals = takeDigits();
+  }
+  const std::size_t count = whole + decimals;
+  if (at == text.size() || count == 0 || count > ExactDigits || IsExponentMark(text[at])) {
+    return false;
+  }
+  source.Skip(at);
+  number = static_cast<double>(static_cast<std::int64_t>(digits)) / PowersOfTen[decimals];
+  return true;
+}
+
+/// The whole number and a byte behind it are at hand.
 bool ReadAtHand(CaCharacterSource& source, double& number) {
   const std::string_view text = source.AtHand();
   if (text.empty() || (!IsDigit(text[0]) && text[0] != '.')) return false;
@@ -84,10 +117,14 @@ bool ReadAtHand(CaCharacterSource& source, double& number) {
   return true;
 }
 
+[[gnu::noinline]] bool ReadLong(CaCharacterSource& source, double& number) {
+  return ReadAtHand(source, number) || ReadCollected(source, number);
+}
+
 }  // namespace
 
 bool ReadUnsigned(CaCharacterSource& source, double& number) {
-  return ReadAtHand(source, number) || ReadCollected(source, number);
+  return ReadShort(source, number) || ReadLong(source, number);
 }
 
 bool ReadSigned(CaCharacterSource& source, double& number) {

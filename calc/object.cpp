@@ -13,11 +13,15 @@ const CyVector Origin(0.0, 0.0, 0.0);
 
 #ifdef KEL_CHECKS_ADDRESSES
 // Deliberate: the texts of popped values are never freed; see the head of object.h. The leak
-// checker, which looks for this function, is told the one that makes them.
-// NOLINTNEXTLINE(bugprone-reserved-identifier)
+// checker, which looks for these functions, is told the one that makes them.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
   return "leak:DuplicateText\n";
 }
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_options() {
+  return "print_suppressions=0";
+}
+// NOLINTEND(bugprone-reserved-identifier)
 #endif
 
 char* DuplicateText(const char* text) {
@@ -37,10 +41,17 @@ CaValue::CaValue(const char* content) : type(TypeString), text(DuplicateText(con
 
 CaValue::CaValue(CaType tag, const CyVector& content) : type(tag) {
   switch (tag) {
-    case TypeVector: vector = content; break;
-    case TypePoint: point = content; break;
-    case TypeScale: scale = content; break;
-    default: type = TypeNothing;
+    case TypeVector:
+      vector = content;
+      break;
+    case TypePoint:
+      point = content;
+      break;
+    case TypeScale:
+      scale = content;
+      break;
+    default:
+      type = TypeNothing;
   }
 }
 
@@ -51,16 +62,35 @@ CaValue& CaValue::operator=(const CaValue& source) {
   if (type == TypeString && text != nullptr) std::free(text);
   type = source.type;
   switch (source.type) {
-    case TypeInteger: integer = source.integer; break;
-    case TypeString: text = DuplicateText(source.text); break;
-    case TypeReal: real = source.real; break;
-    case TypeVector: vector = source.vector; break;
-    case TypePoint: point = source.point; break;
-    case TypeMatrix: matrix = source.matrix; break;
-    case TypeQuaternion: quaternion = source.quaternion; break;
-    case TypeRotation: rotation = source.rotation; break;
-    case TypeScale: scale = source.scale; break;
-    default: type = TypeNothing;
+    case TypeInteger:
+      integer = source.integer;
+      break;
+    case TypeString:
+      text = DuplicateText(source.text);
+      break;
+    case TypeReal:
+      real = source.real;
+      break;
+    case TypeVector:
+      vector = source.vector;
+      break;
+    case TypePoint:
+      point = source.point;
+      break;
+    case TypeMatrix:
+      matrix = source.matrix;
+      break;
+    case TypeQuaternion:
+      quaternion = source.quaternion;
+      break;
+    case TypeRotation:
+      rotation = source.rotation;
+      break;
+    case TypeScale:
+      scale = source.scale;
+      break;
+    default:
+      type = TypeNothing;
   }
   return *this;
 }
@@ -99,11 +129,18 @@ void CaOperator::Print(std::FILE* stream) const { std::fprintf(stream, " %s", na
 
 void DestroyAsValue(CaObject* object) {
   switch (object->Kind()) {
-    case KindValue: delete static_cast<CaValue*>(object); break;
+    case KindValue:
+      delete static_cast<CaValue*>(object);
+      break;
     // Deliberate: one would expect the name to go with the variable. It stays readable, because
     // the pool keeps it. Held by NamesOutliveTheirVariables in objects_test.cpp.
-    case KindVariable: delete static_cast<CaVariable*>(object); break;
-    case KindOperator: delete static_cast<CaOperator*>(object); break;
-    default: break;
+    case KindVariable:
+      delete static_cast<CaVariable*>(object);
+      break;
+    case KindOperator:
+      delete static_cast<CaOperator*>(object);
+      break;
+    default:
+      break;
   }
 }

@@ -13,8 +13,6 @@ namespace {
 constexpr int Nul = 0x00;
 constexpr int LastByte = 0xFF;
 
-bool HasClass(int c, CaCharBit bits) { return (CaCharClass[static_cast<unsigned>(c)] & bits) != 0; }
-
 }  // namespace
 
 void EndInput(CaInterpreter& interpreter) {
@@ -27,18 +25,14 @@ void EndInput(CaInterpreter& interpreter) {
   throw EndOfInput();
 }
 
-int PeekChar(CaInterpreter& interpreter) {
-  const int c = ReadChar(interpreter);
-  PushBackChar(interpreter);
-  return c;
-}
-
-int ReadPastBlanks(CaInterpreter& interpreter) {
+int ReadPastComments(CaInterpreter& interpreter) {
   for (;;) {
-    int c = ReadChar(interpreter);
-    while (HasClass(c, BlankChar)) c = ReadChar(interpreter);
-    if (c != '[') return c;
-    SkipComment(interpreter);
+    const int c = ReadChar(interpreter);
+    if (c == '[') {
+      SkipComment(interpreter);
+    } else if (!HasClass(c, BlankChar)) {
+      return c;
+    }
   }
 }
 
@@ -72,26 +66,13 @@ const char* CaTokenText::Text() {
   return copy_;
 }
 
-void ReadRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token) {
-  CaCharacterSource& input = *interpreter.input;
-  for (;;) {
-    const std::string_view text = input.AtHand();
-    std::size_t length = 0;
-    while (length < text.size() && HasClass(static_cast<unsigned char>(text[length]), bits)) {
-      ++length;
-    }
-    const bool complete = length < text.size();
-    if (complete && token.View().empty()) {
-      token.Refer(text.substr(0, length));
-    } else {
-      token.Append(text.substr(0, length));
-    }
-    input.Skip(length);
-    if (complete) return;
-    // The run reached the end of the block: the next byte brings another one, or ends the input.
-    ReadChar(interpreter);
-    PushBackChar(interpreter);
+void AppendRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token) {
+  int c = ReadChar(interpreter);
+  for (; HasClass(c, bits); c = ReadChar(interpreter)) {
+    const char byte = static_cast<char>(c);
+    token.Append({&byte, 1});
   }
+  PushBackChar(interpreter);
 }
 
 namespace {
@@ -99,7 +80,7 @@ namespace {
 char* ReadNewText(CaInterpreter& interpreter, CaCharBit bits, const char* prefix) {
   CaTokenText token;
   if (prefix != nullptr) token.Append(prefix);
-  ReadRun(interpreter, bits, token);
+  AppendRun(interpreter, bits, token);
   return DuplicateText(token.Text());
 }
 

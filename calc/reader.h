@@ -73,10 +73,26 @@ inline int ReadChar(CaInterpreter& interpreter) {
 inline void PushBackChar(CaInterpreter& interpreter) { interpreter.input->PushBack(); }
 
 /// The next byte, which stays unread.
-int PeekChar(CaInterpreter& interpreter);
+inline int PeekChar(CaInterpreter& interpreter) {
+  const int c = ReadChar(interpreter);
+  PushBackChar(interpreter);
+  return c;
+}
 
 /// Consumes blanks and comments and the byte behind them, which it returns.
-int ReadPastBlanks(CaInterpreter& interpreter);
+int ReadPastComments(CaInterpreter& interpreter);
+
+/// The same, quick when there is no comment.
+inline int ReadPastBlanks(CaInterpreter& interpreter) {
+  CaCharacterSource& input = *interpreter.input;
+  input.SkipWhile([](char c) { return HasClass(c, BlankChar) && c != EndOfTransmission; });
+  const std::string_view text = input.AtHand();
+  if (text.empty() || text[0] == '[' || text[0] == EndOfTransmission) {
+    return ReadPastComments(interpreter);
+  }
+  input.Skip(1);
+  return static_cast<unsigned char>(text[0]);
+}
 
 /// Consumes blanks and comments; the byte behind them stays unread.
 void SkipBlanks(CaInterpreter& interpreter);
@@ -86,7 +102,19 @@ void SkipBlanks(CaInterpreter& interpreter);
 void SkipComment(CaInterpreter& interpreter);
 
 /// The run of bytes of the class `bits` that follows, as many as there are, appended to `token`.
-void ReadRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token);
+void AppendRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token);
+
+/// The same for an empty `token`.
+inline void ReadRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token) {
+  const std::string_view text = interpreter.input->AtHand();
+  std::size_t length = 0;
+  while (length < text.size() && HasClass(static_cast<unsigned char>(text[length]), bits)) ++length;
+  if (length == text.size() || text[length] == EndOfTransmission) {
+    return AppendRun(interpreter, bits, token);
+  }
+  token.Refer(text.substr(0, length));
+  interpreter.input->Skip(length);
+}
 
 /// The same as new texts, which the caller frees with std::free. `prefix` may be null.
 char* ReadName(CaInterpreter& interpreter, const char* prefix);

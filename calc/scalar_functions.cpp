@@ -14,7 +14,8 @@ constexpr double Build = 16.0;
 /// The one row of a function of a real.
 template <double (*Function)(double)>
 CaValue OfReal(CaOperands s) {
-  return CaValue(Function(s[0]->real));
+  const double result = Function(s[0]->real);
+  return CaValue(result);
 }
 
 template <double (*Function)(double)>

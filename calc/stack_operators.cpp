@@ -51,12 +51,9 @@ constexpr CaTopRule MagnitudeRules[] = {
 // Deliberate: points and scales might be expected to be negated like vectors; they fail. Held by
 // the type rules of "~".
 constexpr CaTopRule NegateRules[] = {
-    Replaced(TypeInteger, NegatedInteger),
-    Replaced(TypeReal, NegatedReal),
-    Replaced(TypeVector, NegatedVector),
-    Replaced(TypeMatrix, InverseMatrix),
-    Replaced(TypeQuaternion, InverseQuaternion),
-    Replaced(TypeRotation, NegatedRotation),
+    Replaced(TypeInteger, NegatedInteger),       Replaced(TypeReal, NegatedReal),
+    Replaced(TypeVector, NegatedVector),         Replaced(TypeMatrix, InverseMatrix),
+    Replaced(TypeQuaternion, InverseQuaternion), Replaced(TypeRotation, NegatedRotation),
 };
 
 static_assert(NamesEachTypeOnce(MagnitudeRules));
@@ -139,8 +136,9 @@ int Swap(CaInterpreter& interpreter) {
 
 int Assign(CaInterpreter& interpreter) {
   if (interpreter.Depth() < 2) return 0;
-  if (interpreter.Peek(0)->Kind() != KindVariable) return 0;
-  interpreter.DefineVariable({interpreter.Peek(0)->Name()}, *interpreter.Peek(1)->Value());
+  const CaListNode* top = interpreter.stack.head;
+  if (top->payload->Kind() != KindVariable) return 0;
+  interpreter.DefineVariable({top->payload->Name()}, *top->next->payload->Value());
   interpreter.PopValues(2);
   return 1;
 }

@@ -87,15 +87,25 @@ void PrintRotation(std::FILE* stream, const CyRotation& r) {
 
 void PrintValue(std::FILE* stream, const CaValue& value) {
   switch (value.type) {
-    case TypeInteger: return PrintInteger(stream, value.integer);
-    case TypeString: return PrintString(stream, value.text);
-    case TypeReal: return Line<1>().Text(" ").Real(value.real).Text("\n").WriteTo(stream);
-    case TypeVector: return PrintVector(stream, " v(", value.vector);
-    case TypePoint: return PrintVector(stream, " p(", value.point);
-    case TypeMatrix: return PrintMatrix(stream, value.matrix);
-    case TypeQuaternion: return PrintQuaternion(stream, value.quaternion);
-    case TypeRotation: return PrintRotation(stream, value.rotation);
-    case TypeScale: return PrintVector(stream, " s(", value.scale);
-    default: return;
+    case TypeInteger:
+      return PrintInteger(stream, value.integer);
+    case TypeString:
+      return PrintString(stream, value.text);
+    case TypeReal:
+      return Line<1>().Text(" ").Real(value.real).Text("\n").WriteTo(stream);
+    case TypeVector:
+      return PrintVector(stream, " v(", value.vector);
+    case TypePoint:
+      return PrintVector(stream, " p(", value.point);
+    case TypeMatrix:
+      return PrintMatrix(stream, value.matrix);
+    case TypeQuaternion:
+      return PrintQuaternion(stream, value.quaternion);
+    case TypeRotation:
+      return PrintRotation(stream, value.rotation);
+    case TypeScale:
+      return PrintVector(stream, " s(", value.scale);
+    default:
+      return;
   }
 }

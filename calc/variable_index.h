@@ -4,40 +4,42 @@
 #include <cstdint>
 #include <vector>
 
+#include "calc/list.h"
 #include "calc/name_pool.h"
 
-class CaList;
-struct CaListNode;
-
-/// Finds a variable by its pooled name without walking the table, with the same answer as the
-/// walk: the most recent variable of that name.
+/// Finds a variable by the number of its pooled name without walking the table, with the same
+/// answer as the walk: the most recent variable of that name.
 ///
 /// It is a copy of what the list says and is made anew whenever the list has been changed behind
 /// its back, which shows in the number of entries or in the head.
 class CaVariableIndex {
  public:
   /// The node of the variable called `name`, or null.
-  CaListNode* Find(const CaList& variables, CaPooledName name);
+  CaListNode* Find(const CaList& variables, CaPooledName name) {
+    if (variables.head != head_ || variables.count != count_) Rebuild(variables);
+    const std::size_t number = NumberOf(name);
+    return number < nodes_.size() ? nodes_[number] : nullptr;
+  }
 
-  /// Takes in the new head of `variables`; an older entry of that name has been removed.
-  void Store(const CaList& variables);
+  /// Takes in the new head of `variables`, called `name`; an older one of that name is gone.
+  void Store(const CaList& variables, CaPooledName name) {
+    Put(variables.head, name);
+    head_ = variables.head;
+    count_ = variables.count;
+  }
 
   /// Starts again from nothing.
   void Forget();
 
  private:
-  struct Slot {
-    CaPooledName name{nullptr};
-    CaListNode* node = nullptr;
-  };
-
-  Slot& SlotFor(CaPooledName name);
-  void Put(CaPooledName name, CaListNode* node);
+  void Put(CaListNode* node, CaPooledName name) {
+    const std::size_t number = NumberOf(name);
+    if (number >= nodes_.size()) nodes_.resize(number * 2 + 1);
+    nodes_[number] = node;
+  }
   void Rebuild(const CaList& variables);
-  void Grow();
 
-  std::vector<Slot> slots_;              // a power of two, at most half full
-  std::size_t used_ = 0;
-  const CaListNode* head_ = nullptr;     // the list as it was last seen
+  std::vector<CaListNode*> nodes_;    // by the number of the name; null where there is none
+  const CaListNode* head_ = nullptr;  // the list as it was last seen
   std::int32_t count_ = 0;
 };

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <type_traits>
 
+#include "geometry/pair.h"
 #include "geometry/quaternion.h"
 #include "geometry/rotation.h"
 
@@ -51,16 +52,22 @@ CyVector Moved(const CyMatrix& a, const CyVector& v, const CyVector& t) {
           m[2][0] * v.x + m[2][1] * v.y + m[2][2] * v.z + t.z};
 }
 
-CyMatrix FullProduct(const CyMatrix& a, const CyMatrix& b) {
+/// The row of a product that belongs to `row` of its left operand.
+void ProductRow(const double (&row)[4], const CyMatrix& b, double (&result)[4]) {
+  const Pair first =
+      row[0] * LoadPair(b.m[0]) + row[1] * LoadPair(b.m[1]) + row[2] * LoadPair(b.m[2]);
+  const Pair second =
+      row[0] * LoadPair(b.m[0] + 2) + row[1] * LoadPair(b.m[1] + 2) + row[2] * LoadPair(b.m[2] + 2);
+  // A negative zero is what leaves every number as it is when added.
+  const Pair moved = second + Pair{-0.0, row[3]};
+  StorePair(first, result);
+  StorePair(moved, result + 2);
+}
+
+inline CyMatrix FullProduct(const CyMatrix& a, const CyMatrix& b) {
   CyMatrix product;
-  for (int r = 0; r < 3; ++r) {
-    const double* row = a.m[r];
-    for (int c = 0; c < 4; ++c) {
-      product.m[r][c] = row[0] * b.m[0][c] + row[1] * b.m[1][c] + row[2] * b.m[2][c];
-    }
-    product.m[r][3] += row[3];
-  }
   product.kind = KindOfProduct(a.kind, b.kind);
+  for (int r = 0; r < 3; ++r) ProductRow(a.m[r], b, product.m[r]);
   return product;
 }
 
@@ -163,6 +170,26 @@ void CyMatrix::RotVec(const CyVector& axis, double degrees) noexcept {
 
 void CyMatrix::SetRotation(const CyRotation& rotation) noexcept {
   RotVec(rotation.axis, rotation.angle);
+}
+
+void XformPoints(const CyMatrix& matrix, const CyVector* points, CyVector* results,
+                 std::size_t count) noexcept {
+  if (matrix.kind < MatRigid || matrix.kind > MatGeneral) {
+    const CyMatrix local = matrix;  // which no result can overwrite
+    for (std::size_t i = 0; i < count; ++i) results[i] = local.XformPoint(points[i]);
+    return;
+  }
+  // Two rows at a time, column by column: each sum is formed as in XformPoint.
+  const auto& m = matrix.m;
+  const Pair columns[4] = {
+      {m[0][0], m[1][0]}, {m[0][1], m[1][1]}, {m[0][2], m[1][2]}, {m[0][3], m[1][3]}};
+  const double last[4] = {m[2][0], m[2][1], m[2][2], m[2][3]};
+  for (std::size_t i = 0; i < count; ++i) {
+    const CyVector p = points[i];
+    const Pair xy = columns[0] * p.x + columns[1] * p.y + columns[2] * p.z + columns[3];
+    const double z = last[0] * p.x + last[1] * p.y + last[2] * p.z + last[3];
+    results[i].Set(xy[0], xy[1], z);
+  }
 }
 
 CyMatrix operator*(const CyMatrix& a, const CyMatrix& b) noexcept {

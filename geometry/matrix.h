@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "geometry/vector.h"
@@ -129,6 +130,10 @@ struct CyMatrix {
   }
 };
 
+/// XformPoint of `count` points, from `points` to `results`, which may be the same place.
+void XformPoints(const CyMatrix& matrix, const CyVector* points, CyVector* results,
+                 std::size_t count) noexcept;
+
 /// The transform that applies `b` first and then `a`.
 CyMatrix operator*(const CyMatrix& a, const CyMatrix& b) noexcept;
 
@@ -140,9 +145,20 @@ inline CyVector CyMatrix::XformVec(const CyVector& v) const noexcept {
 }
 
 inline CyVector CyMatrix::XformPoint(const CyVector& p) const noexcept {
-  const CyVector t(m[0][3], m[1][3], m[2][3]);
-  if (kind == MatIdentity) return p;
-  if (kind == MatTranslate) return p + t;
-  if (kind == MatRotate || kind == MatScale) return XformVec(p);
-  return XformVec(p) + t;
+  switch (kind) {
+    case MatIdentity:
+      return p;
+    case MatTranslate:
+      return {p.x + m[0][3], p.y + m[1][3], p.z + m[2][3]};
+    case MatRotate:
+    case MatScale:
+      return XformVec(p);  // these have no translation
+    case MatRigid:
+    case MatScaled:
+    case MatGeneral:
+      break;
+  }
+  return {m[0][0] * p.x + m[0][1] * p.y + m[0][2] * p.z + m[0][3],
+          m[1][0] * p.x + m[1][1] * p.y + m[1][2] * p.z + m[1][3],
+          m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z + m[2][3]};
 }

@@ -50,8 +50,9 @@ struct Elimination {
   /// Clears column `p` of row `i`, small entries excepted; false when the row is left empty.
   bool ClearRow(int i, int p) {
     double* row = rows[i];
-    if (IsSmall(row[p])) return true;
-    for (int j = p + 1; j < 8; ++j) row[j] -= row[p] * rows[p][j];
+    const double factor = row[p];
+    if (IsSmall(factor)) return true;
+    for (int j = p + 1; j < 8; ++j) row[j] -= factor * rows[p][j];
     row[p] = 0.0;
     return !IsLeftHalfSmall(i);
   }
@@ -94,11 +95,11 @@ int CyMatrix::InvertGauss4(double (&a)[4][4]) noexcept {
 }
 
 void CyMatrix::InvertRigid() noexcept {
-  std::swap(m[0][1], m[1][0]);
-  std::swap(m[0][2], m[2][0]);
-  std::swap(m[1][2], m[2][1]);
   const CyVector t(m[0][3], m[1][3], m[2][3]);
-  for (auto& row : m) row[3] = -(row[0] * t.x + row[1] * t.y + row[2] * t.z);
+  *this = {kind,
+           {{m[0][0], m[1][0], m[2][0], -(m[0][0] * t.x + m[1][0] * t.y + m[2][0] * t.z)},
+            {m[0][1], m[1][1], m[2][1], -(m[0][1] * t.x + m[1][1] * t.y + m[2][1] * t.z)},
+            {m[0][2], m[1][2], m[2][2], -(m[0][2] * t.x + m[1][2] * t.y + m[2][2] * t.z)}}};
 }
 
 void CyMatrix::Invert() noexcept {

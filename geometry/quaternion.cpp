@@ -36,7 +36,8 @@ void CyQuaternion::FromMatrix(const CyMatrix& matrix) noexcept {
   if (t > LengthThreshold) {
     const double root = std::sqrt(t);
     const double d = 4.0 * root;
-    return Set(root, (m[2][1] - m[1][2]) / d, (m[0][2] - m[2][0]) / d, (m[1][0] - m[0][1]) / d);
+    const Pair xy = Pair{m[2][1] - m[1][2], m[0][2] - m[2][0]} / d;
+    return Set(root, xy[0], xy[1], (m[1][0] - m[0][1]) / d);
   }
   t = (m[1][1] + m[2][2]) * -0.5;
   if (t > LengthThreshold) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geometry/pair.h"
 #include "geometry/vector.h"
 
 struct CyMatrix;
@@ -31,8 +32,9 @@ struct CyQuaternion {
   CyQuaternion& Normalize() noexcept {
     const double length = std::sqrt(w * w + v.x * v.x + v.y * v.y + v.z * v.z);
     if (length < LengthThreshold) return *this;
-    w /= length;
-    v = v / length;
+    const Pair wx = Pair{w, v.x} / length;
+    const Pair yz = Pair{v.y, v.z} / length;
+    Set(wx[0], wx[1], yz[0], yz[1]);
     return *this;
   }
 
@@ -82,9 +84,13 @@ constexpr CyQuaternion operator*(const CyQuaternion& q, double s) noexcept {
 /// not-a-numbers come out differently. Held by ProductRules in quaternion_test.cpp.
 inline CyQuaternion operator*(const CyQuaternion& a, const CyQuaternion& b) noexcept {
   if (a.w == 0.0 && b.w == 0.0) return {-1.0 * Dot(a.v, b.v), Cross(a.v, b.v)};
-  if (a.v.Mag() == 0.0) return {a.w * b.w, a.w * b.v};
-  if (b.v.Mag() == 0.0) return {b.w * a.w, b.w * a.v};
-  return {a.w * b.w - Dot(a.v, b.v), (a.w * b.v + b.w * a.v) + Cross(a.v, b.v)};
+  if (a.v.IsZeroLength()) return {a.w * b.w, a.w * b.v};
+  if (b.v.IsZeroLength()) return {b.w * a.w, b.w * a.v};
+  const Pair xy =
+      (a.w * Pair{b.v.x, b.v.y} + b.w * Pair{a.v.x, a.v.y}) +
+      (Pair{a.v.y, a.v.z} * Pair{b.v.z, b.v.x} - Pair{a.v.z, a.v.x} * Pair{b.v.y, b.v.z});
+  const double z = (a.w * b.v.z + b.w * a.v.z) + (a.v.x * b.v.y - a.v.y * b.v.x);
+  return {a.w * b.w - Dot(a.v, b.v), {xy[0], xy[1], z}};
 }
 
 /// `q` times the reciprocal of `s`.

@@ -30,6 +30,13 @@ struct CyVector {
   /// The length: the square root of the sum of the squares.
   double Mag() const noexcept { return std::sqrt(x * x + y * y + z * z); }
 
+  /// Whether Mag is exactly 0, as it also is where the squares are too small for a double. The
+  /// square root is not needed for that, nor most often the squares.
+  constexpr bool IsZeroLength() const noexcept {
+    constexpr double SurelyLonger = 1e-100;
+    return !(x > SurelyLonger) && !(x < -SurelyLonger) && x * x + y * y + z * z == 0.0;
+  }
+
   /// Makes the length 1 and returns this vector; one shorter than LengthThreshold stays as it is.
   /// A length that is not a number makes all three components such.
   CyVector& Normalize() noexcept {

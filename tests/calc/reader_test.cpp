@@ -36,6 +36,8 @@ constexpr Program EndsOfInput[] = {
     {"5 ? ;build", " 5.000000\n", ""},
     {"5 # \x04 6 # ", " 5.000000\n", ""},
     {"5 #\x04 ", "", ""},
+    {"5 ? ;build\x04# ", " 5.000000\n", ""},
+    {"5 ? [ \x04 ] # ", " 5.000000\n", ""},
     {"\"a\x04\" # ", "", ""},
     {"[ \x04 ] 5 # ", "", ""},
 };
@@ -50,6 +52,10 @@ TEST(Reader, LastTokenThatNeedsNoCharacterBehindItIsPushed) {
       {"-6.5e0", " -6.500000\n", ""},
       {"s(1,2,3)", " s(1.000000, 2.000000, 3.000000)\n", ""},
       {"1e+", "", "Problem in format of number\n"},
+      {"6 x", " 6.000000\n", ""},
+      {"6 x\x04 ", " 6.000000\n", ""},
+      {"6 ;build\x04", " 6.000000\n", ""},
+      {"6\x04", " 6.000000\n", ""},
   };
   for (const Program& row : Rows) {
     Calculator calculator;

@@ -1,0 +1,313 @@
+#include "platform/compound_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <new>
+
+namespace {
+
+constexpr std::size_t PieceSize = CompoundFile::PieceSize;
+constexpr std::uint64_t SmallestGrowth = 256 * 1024;
+constexpr std::uint64_t LargestGrowth = 64 * 1024 * 1024;
+alignas(4096) constexpr std::byte Zeros[64 * 1024] = {};
+
+struct ErrorCode {
+  int error;
+  HRESULT result;
+};
+
+constexpr ErrorCode WriteErrors[] = {
+    {ENOSPC, STG_E_MEDIUMFULL},
+    {EDQUOT, STG_E_MEDIUMFULL},
+    {EFBIG, STG_E_MEDIUMFULL},
+    {ENOMEM, E_OUTOFMEMORY},
+};
+
+constexpr ErrorCode OpenErrors[] = {
+    {ENOENT, STG_E_PATHNOTFOUND},        {ENOTDIR, STG_E_PATHNOTFOUND},
+    {ENAMETOOLONG, STG_E_INVALIDNAME},   {EMFILE, STG_E_TOOMANYOPENFILES},
+    {ENFILE, STG_E_TOOMANYOPENFILES},    {ENOSPC, STG_E_MEDIUMFULL},
+    {EDQUOT, STG_E_MEDIUMFULL},          {ENOMEM, E_OUTOFMEMORY},
+    {EWOULDBLOCK, STG_E_SHAREVIOLATION},
+};
+
+template <std::size_t Size>
+HRESULT ResultOf(int error, const ErrorCode (&table)[Size], HRESULT otherwise) {
+  for (const ErrorCode& row : table) {
+    if (row.error == error) return row.result;
+  }
+  return otherwise;
+}
+
+/// While it lives, growing beyond the process's file-size limit is an error (EFBIG) and does not
+/// raise SIGXFSZ in a host that has not asked for it.
+class FileSizeSignalBlocked {
+ public:
+  FileSizeSignalBlocked() {
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGXFSZ);
+    sigset_t pending;
+    sigpending(&pending);
+    wasPending = sigismember(&pending, SIGXFSZ) == 1;
+    pthread_sigmask(SIG_BLOCK, &signals, &before);
+  }
+  ~FileSizeSignalBlocked() {
+    const timespec now = {0, 0};
+    const int error = errno;
+    while (!wasPending && sigtimedwait(&signals, nullptr, &now) < 0 && errno == EINTR) {
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    errno = error;
+  }
+  FileSizeSignalBlocked(const FileSizeSignalBlocked&) = delete;
+  FileSizeSignalBlocked& operator=(const FileSizeSignalBlocked&) = delete;
+
+ private:
+  sigset_t signals;
+  sigset_t before;
+  bool wasPending;
+};
+
+bool WriteAll(int descriptor, const std::byte* data, std::size_t size, std::uint64_t offset) {
+  while (size > 0) {
+    const ssize_t written = pwrite(descriptor, data, size, static_cast<off_t>(offset));
+    if (written < 0 && errno == EINTR) continue;
+    if (written == 0) errno = EIO;
+    if (written <= 0) return false;
+    data += written;
+    size -= static_cast<std::size_t>(written);
+    offset += static_cast<std::uint64_t>(written);
+  }
+  return true;
+}
+
+/// Takes the space [from, to). Where the file system cannot take space without writing, writes.
+bool TakeSpace(int descriptor, std::uint64_t from, std::uint64_t to) {
+  const FileSizeSignalBlocked blocked;
+  int result = 0;
+  do {
+    result = fallocate(descriptor, 0, static_cast<off_t>(from), static_cast<off_t>(to - from));
+  } while (result != 0 && errno == EINTR);
+  if (result == 0) return true;
+  if (errno != EOPNOTSUPP && errno != ENOSYS) return false;
+  for (std::uint64_t at = from; at < to;) {
+    const std::size_t size = std::min<std::uint64_t>(to - at, sizeof Zeros);
+    if (!WriteAll(descriptor, Zeros, size, at)) return false;
+    at += size;
+  }
+  return true;
+}
+
+std::uint64_t PieceOf(std::uint64_t offset) { return offset & ~std::uint64_t{PieceSize - 1}; }
+
+/// Opens and empties the file; the lock comes before anything of the old file is lost.
+HRESULT OpenEmpty(const char* path, int* descriptor) {
+  struct stat status = {};
+  if (stat(path, &status) == 0) {
+    if (!S_ISREG(status.st_mode) || (status.st_mode & S_IWUSR) == 0) return STG_E_ACCESSDENIED;
+  }
+  const int opened = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  if (opened < 0) return ResultOf(errno, OpenErrors, STG_E_ACCESSDENIED);
+  const bool busy = flock(opened, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  if (busy || ftruncate(opened, 0) != 0) {
+    const HRESULT result = ResultOf(errno, OpenErrors, STG_E_WRITEFAULT);
+    close(opened);
+    return result;
+  }
+  *descriptor = opened;
+  return S_OK;
+}
+
+}  // namespace
+
+CompoundFile::~CompoundFile() {
+  if (descriptor >= 0) close(descriptor);
+}
+
+HRESULT CompoundFile::Create(const char* path) { return OpenEmpty(path, &descriptor); }
+
+HRESULT CompoundFile::Reserve(std::uint64_t size) { return size <= reserved ? S_OK : Grow(size); }
+
+HRESULT CompoundFile::Grow(std::uint64_t size) {
+  const std::uint64_t ahead = std::clamp(reserved / 2, SmallestGrowth, LargestGrowth);
+  const std::uint64_t generous = PieceOf(std::max(size, reserved + ahead) + PieceSize - 1);
+  // A disk that is nearly full still takes what is really needed.
+  for (const std::uint64_t to : {generous, size}) {
+    if (TakeSpace(descriptor, reserved, to)) {
+      reserved = to;
+      return S_OK;
+    }
+  }
+  return ResultOf(errno, WriteErrors, STG_E_WRITEFAULT);
+}
+
+HRESULT CompoundFile::Write(std::uint64_t offset, const void* data, std::size_t size) {
+  auto* from = static_cast<const std::byte*>(data);
+  while (size > 0) {
+    const std::size_t within = offset & (PieceSize - 1);
+    std::size_t part = std::min(size, PieceSize - within);
+    HRESULT result = S_OK;
+    if (part == PieceSize) {
+      part = size & ~(PieceSize - 1);
+      result = WriteDirect(offset, from, part);
+    } else {
+      result = Gather(offset, from, part);
+    }
+    if (FAILED(result)) return result;
+    from += part;
+    offset += part;
+    size -= part;
+  }
+  return S_OK;
+}
+
+HRESULT CompoundFile::WriteZeros(std::uint64_t offset, std::uint64_t size) {
+  if (offset >= touched) return S_OK;
+  size = std::min(size, touched - offset);
+  while (size > 0) {
+    const std::size_t part = std::min<std::uint64_t>(size, sizeof Zeros);
+    const HRESULT result = Write(offset, Zeros, part);
+    if (FAILED(result)) return result;
+    offset += part;
+    size -= part;
+  }
+  return S_OK;
+}
+
+HRESULT CompoundFile::Gather(std::uint64_t offset, const std::byte* data, std::size_t size) {
+  const std::uint64_t pieceOffset = PieceOf(offset);
+  const std::size_t within = offset - pieceOffset;
+  Piece* piece = Find(pieceOffset);
+  if (piece == nullptr) {
+    const HRESULT result = Take(pieceOffset, &piece);
+    if (FAILED(result)) return result;
+    piece->begin = piece->end = within;
+  }
+  if (within > piece->end && pieceOffset + piece->end >= touched) {
+    std::memset(&piece->bytes[piece->end], 0, within - piece->end);
+    piece->end = within;
+  }
+  if (within > piece->end || within + size < piece->begin) {
+    const HRESULT result = WriteOut(*piece);
+    if (FAILED(result)) return result;
+    piece->begin = piece->end = within;
+  }
+  std::memcpy(&piece->bytes[within], data, size);
+  piece->begin = std::min(piece->begin, within);
+  piece->end = std::max(piece->end, within + size);
+  touched = std::max(touched, offset + size);
+  // A failure is reported now, but the piece stays and is tried again.
+  if (piece->begin == 0 && piece->end == PieceSize) return WriteOut(*piece);
+  return S_OK;
+}
+
+CompoundFile::Piece* CompoundFile::Find(std::uint64_t pieceOffset) {
+  for (Piece& piece : pieces) {
+    if (piece.offset == pieceOffset && piece.begin != piece.end) {
+      piece.lastUse = ++clock;
+      return &piece;
+    }
+  }
+  return nullptr;
+}
+
+HRESULT CompoundFile::Take(std::uint64_t pieceOffset, Piece** piece) {
+  Piece* oldest = &pieces[0];
+  for (Piece& candidate : pieces) {
+    if (candidate.lastUse < oldest->lastUse) oldest = &candidate;
+  }
+  const HRESULT result = WriteOut(*oldest);
+  if (FAILED(result)) return result;
+  if (!oldest->bytes) {
+    oldest->bytes.reset(new (std::nothrow) std::byte[PieceSize]);
+    if (!oldest->bytes) return E_OUTOFMEMORY;
+  }
+  oldest->offset = pieceOffset;
+  oldest->lastUse = ++clock;
+  *piece = oldest;
+  return S_OK;
+}
+
+HRESULT CompoundFile::WriteOut(Piece& piece) {
+  if (piece.begin == piece.end) return S_OK;
+  if (!WriteAll(descriptor, &piece.bytes[piece.begin], piece.end - piece.begin,
+                piece.offset + piece.begin)) {
+    return ResultOf(errno, WriteErrors, STG_E_WRITEFAULT);
+  }
+  piece.begin = piece.end = 0;
+  piece.lastUse = 0;
+  return S_OK;
+}
+
+HRESULT CompoundFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
+  if (!WriteAll(descriptor, data, size, offset)) {
+    return ResultOf(errno, WriteErrors, STG_E_WRITEFAULT);
+  }
+  for (Piece& piece : pieces) {
+    if (piece.offset >= offset && piece.offset < offset + size) piece.begin = piece.end = 0;
+  }
+  touched = std::max(touched, offset + size);
+  return S_OK;
+}
+
+HRESULT CompoundFile::Read(std::uint64_t offset, void* data, std::size_t size) {
+  auto* to = static_cast<std::byte*>(data);
+  while (size > 0) {
+    const std::size_t within = offset & (PieceSize - 1);
+    const std::size_t part = std::min(size, PieceSize - within);
+    const Piece* piece = Find(PieceOf(offset));
+    const bool covered = piece != nullptr && within >= piece->begin && within + part <= piece->end;
+    if (!covered) {
+      const HRESULT result = ReadDirect(offset, to, part);
+      if (FAILED(result)) return result;
+    }
+    if (piece != nullptr) {
+      const std::size_t begin = std::max(within, piece->begin);
+      const std::size_t end = std::min(within + part, piece->end);
+      if (begin < end) std::memcpy(to + (begin - within), &piece->bytes[begin], end - begin);
+    }
+    to += part;
+    offset += part;
+    size -= part;
+  }
+  return S_OK;
+}
+
+HRESULT CompoundFile::ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size) {
+  while (size > 0) {
+    const ssize_t got = pread(descriptor, data, size, static_cast<off_t>(offset));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return STG_E_READFAULT;
+    if (got == 0) {
+      std::memset(data, 0, size);
+      return S_OK;
+    }
+    data += got;
+    size -= static_cast<std::size_t>(got);
+    offset += static_cast<std::uint64_t>(got);
+  }
+  return S_OK;
+}
+
+HRESULT CompoundFile::Flush(bool toDisk) {
+  for (Piece& piece : pieces) {
+    const HRESULT result = WriteOut(piece);
+    if (FAILED(result)) return result;
+  }
+  return !toDisk || fdatasync(descriptor) == 0 ? S_OK : STG_E_WRITEFAULT;
+}
+
+void CompoundFile::Close(std::uint64_t size) {
+  while (ftruncate(descriptor, static_cast<off_t>(size)) != 0 && errno == EINTR) {
+  }
+  close(descriptor);
+  descriptor = -1;
+}

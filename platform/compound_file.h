@@ -1,0 +1,68 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "platform/storage.h"
+
+/// A file that is written in large aligned pieces. Small writes gather in a few pieces of memory;
+/// what covers a whole piece goes from the caller's memory straight to the file.
+///
+/// Space is taken first (Reserve), so that a later write into it cannot fail for lack of space.
+/// Bytes that were reserved and never written read as zeros.
+class CompoundFile {
+ public:
+  static constexpr std::size_t PieceSize = 512 * 1024;
+
+  CompoundFile() = default;
+  ~CompoundFile();
+  CompoundFile(const CompoundFile&) = delete;
+  CompoundFile& operator=(const CompoundFile&) = delete;
+
+  /// Creates or replaces the file. Refuses what is not a plain file, what its owner may not write
+  /// and what is open here already.
+  HRESULT Create(const char* path);
+
+  /// Makes sure that the file has space for its first `size` bytes.
+  HRESULT Reserve(std::uint64_t size);
+
+  /// Both lie within the reserved size. A write that fails has changed nothing that was reported
+  /// as written before.
+  HRESULT Write(std::uint64_t offset, const void* data, std::size_t size);
+  HRESULT WriteZeros(std::uint64_t offset, std::uint64_t size);
+
+  /// Bytes beyond the end of the file read as zeros.
+  HRESULT Read(std::uint64_t offset, void* data, std::size_t size);
+
+  /// Hands everything gathered to the system; with `toDisk` also waits for the disk.
+  HRESULT Flush(bool toDisk);
+
+  /// Cuts the file to its real size and closes it.
+  void Close(std::uint64_t size);
+
+ private:
+  /// The bytes [begin, end) of one aligned part of the file, newer than what the file has.
+  struct Piece {
+    std::unique_ptr<std::byte[]> bytes;
+    std::uint64_t offset = 0;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    std::uint64_t lastUse = 0;
+  };
+
+  HRESULT Gather(std::uint64_t offset, const std::byte* data, std::size_t size);
+  Piece* Find(std::uint64_t pieceOffset);
+  HRESULT Take(std::uint64_t pieceOffset, Piece** piece);
+  HRESULT WriteOut(Piece& piece);
+  HRESULT WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size);
+  HRESULT ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size);
+  HRESULT Grow(std::uint64_t size);
+
+  int descriptor = -1;
+  std::uint64_t reserved = 0;  // the file has space up to here
+  std::uint64_t touched = 0;   // nothing was ever written from here on
+  std::uint64_t clock = 0;
+  std::array<Piece, 4> pieces;
+};

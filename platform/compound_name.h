@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/compound_format.h"
+#include "platform/storage.h"
+
+/// The name of an element as the directory keeps it.
+struct CompoundName {
+  std::uint8_t length = 0;  // UTF-16 units
+  std::uint32_t hash = 0;   // the same for names that differ only in case
+  char16_t units[MaxNameUnits] = {};
+};
+
+/// Converts and checks a name: STG_E_INVALIDNAME when it is null, empty, longer than 31 units, no
+/// valid text, or has one of / \ : !
+HRESULT MakeName(const OLECHAR* text, CompoundName* name);
+
+/// The format's order: shorter names first, then by upper-cased units. Negative, 0 or positive.
+int CompareNames(const char16_t* a, std::size_t aLength, const char16_t* b, std::size_t bLength);
+
+/// The name as wide text from the task allocator; null without memory.
+OLECHAR* NewWideName(const char16_t* units, std::size_t length);
+
+/// Wide text as UTF-8, for the file system. U+DC80 to U+DCFF stand for single bytes 80 to FF of a
+/// path that is no UTF-8. False when it is no valid text otherwise.
+bool ToUtf8(const wchar_t* text, std::string* utf8);

@@ -1,0 +1,51 @@
+#pragma once
+
+/// The narrow and the wide string class of the host's utility library, with what a save uses of
+/// them. On every system they are these ones.
+///
+/// The host's character set is that of the system: on Windows the process's code page, elsewhere
+/// UTF-8.
+
+#include <string>
+
+#include "platform/base_types.h"
+
+/// A narrow text that owns its copy.
+class KEL_PLATFORM_API CStr {
+ public:
+  /// A copy of `text`; null counts as the empty text.
+  explicit CStr(const char* text);
+  CStr(const CStr&) = default;
+  CStr& operator=(const CStr&) = default;
+  ~CStr();
+
+  /// Index of the last `wanted`, negative when there is none.
+  int last(char wanted) const;
+
+  /// Removes `count` bytes from `position` on, as far as there are any; returns this text.
+  CStr& remove(int position, int count);
+
+  /// The text; good until this object is changed or gone.
+  operator char*();  // NOLINT(google-explicit-constructor): callers pass it on as a text
+
+ private:
+  std::string text_;
+};
+
+/// A wide text that owns its copy.
+class KEL_PLATFORM_API WStr {
+ public:
+  /// `text` converted from the host's character set; null counts as the empty text. Bytes that
+  /// are no UTF-8 become U+DC80 to U+DCFF, one each, which no valid text holds: the conversion
+  /// loses nothing, and the way back gives the same file name.
+  explicit WStr(const char* text);
+  WStr(const WStr&) = default;
+  WStr& operator=(const WStr&) = default;
+  ~WStr();
+
+  /// The text; good until this object is changed or gone.
+  operator wchar_t*();  // NOLINT(google-explicit-constructor): callers pass it on as a text
+
+ private:
+  std::wstring text_;
+};

@@ -1,0 +1,75 @@
+#include <cstdlib>
+#include <cwchar>
+#include <string>
+
+#include "platform/path.h"
+#include "platform/storage_storage.h"
+
+namespace {
+
+constexpr DWORD CreationMode = STGM_CREATE | STGM_SHARE_EXCLUSIVE | STGM_READWRITE;
+
+HRESULT SectorSizeOf(const STGOPTIONS* options, std::uint32_t* sectorSize) {
+  if (options == nullptr) return S_OK;
+  const bool known = options->usVersion == 1 && options->reserved == 0 &&
+                     (options->ulSectorSize == 512 || options->ulSectorSize == 4096);
+  if (!known) return STG_E_INVALIDPARAMETER;
+  *sectorSize = options->ulSectorSize;
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
+                           const CompoundParameters& parameters, IStorage** storage) {
+  const std::size_t length = std::wcslen(name) + 1;
+  auto rootName = std::make_unique<OLECHAR[]>(length);
+  std::wmemcpy(rootName.get(), name, length);
+  auto document = std::make_unique<CompoundDocument>(parameters);
+  auto* root = new CompoundStorage(document.get(), document->Directory().Root(), STGM_READWRITE);
+  const HRESULT result = document->Create(path);
+  if (FAILED(result)) {
+    // Before it owns the document, the root finishes nothing when it goes.
+    root->Release();
+    return result;
+  }
+  Touch(root->entry);
+  root->mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+  root->owned = std::move(document);
+  root->rootName = std::move(rootName);
+  *storage = root;
+  return S_OK;
+}
+
+HRESULT StgCreateStorageEx(const WCHAR* pwcsName, DWORD grfMode, DWORD stgfmt, DWORD grfAttrs,
+                           STGOPTIONS* pStgOptions, PSECURITY_DESCRIPTOR /*unused*/, REFIID riid,
+                           void** ppObjectOpen) {
+  if (ppObjectOpen == nullptr) return STG_E_INVALIDPOINTER;
+  *ppObjectOpen = nullptr;
+  if (stgfmt != STGFMT_DOCFILE || grfAttrs != 0) return STG_E_INVALIDPARAMETER;
+  if (grfMode != CreationMode) return STG_E_INVALIDFLAG;
+  if (riid != IID_IStorage && riid != IID_IUnknown) return E_NOINTERFACE;
+  CompoundParameters parameters;
+  const HRESULT options = SectorSizeOf(pStgOptions, &parameters.sectorSize);
+  if (FAILED(options)) return options;
+  if (pwcsName == nullptr || *pwcsName == 0) return STG_E_INVALIDNAME;
+  return Guarded([&]() -> HRESULT {
+    std::string path;
+    if (!ToUtf8(pwcsName, &path)) return STG_E_INVALIDNAME;
+    IStorage* storage = nullptr;
+    const HRESULT result =
+        CreateCompoundFile(NativePath(path.c_str()).c_str(), pwcsName, parameters, &storage);
+    *ppObjectOpen = storage;
+    return result;
+  });
+}
+
+LPVOID CoTaskMemAlloc(SIZE_T cb) { return std::malloc(cb == 0 ? 1 : cb); }
+
+LPVOID CoTaskMemRealloc(LPVOID pv, SIZE_T cb) {
+  if (cb > 0 || pv == nullptr) return std::realloc(pv, cb == 0 ? 1 : cb);
+  std::free(pv);
+  return nullptr;
+}
+
+void CoTaskMemFree(LPVOID pv) { std::free(pv); }

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/storage_object.h"
+
+/// The object behind an IEnumSTATSTG: the elements of a storage as they were when it was made.
+class CompoundEnumerator final : public IEnumSTATSTG, public OpenObject {
+ public:
+  struct Element {
+    CompoundName name;
+    STATSTG stat;  // without its name
+  };
+
+  CompoundEnumerator(CompoundDocument* openedDocument, CompoundEntry* openedEntry,
+                     std::vector<Element> snapshot)
+      : OpenObject(openedDocument, openedEntry), elements(std::move(snapshot)) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) override;
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE Release() override;
+  HRESULT STDMETHODCALLTYPE Next(ULONG celt, STATSTG* rgelt, ULONG* pceltFetched) override;
+  HRESULT STDMETHODCALLTYPE Skip(ULONG celt) override;
+  HRESULT STDMETHODCALLTYPE Reset() override;
+  HRESULT STDMETHODCALLTYPE Clone(IEnumSTATSTG** ppenum) override;
+
+ private:
+  std::vector<Element> elements;
+  std::size_t position = 0;
+};
+
+/// May throw std::bad_alloc.
+IEnumSTATSTG* NewEnumerator(CompoundDocument* document, CompoundEntry* storage);

@@ -1,0 +1,247 @@
+#include "platform/storage_storage.h"
+
+#include <cstring>
+#include <cwchar>
+
+#include "platform/storage_enumerator.h"
+#include "platform/storage_stream.h"
+
+namespace {
+
+constexpr DWORD AccessMask = 3;
+constexpr DWORD ShareMask = 0x70;
+constexpr DWORD CommitFlags = STGC_OVERWRITE | STGC_ONLYIFCURRENT |
+                              STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE | STGC_CONSOLIDATE;
+
+/// Elements are opened directly and exclusively; creating may replace.
+HRESULT CheckMode(DWORD mode, DWORD allowed) {
+  const bool known = (mode & ~(AccessMask | ShareMask | allowed)) == 0;
+  if (!known || (mode & AccessMask) == 3) return STG_E_INVALIDFLAG;
+  return (mode & ShareMask) == STGM_SHARE_EXCLUSIVE ? S_OK : STG_E_INVALIDFLAG;
+}
+
+std::uint64_t TimeOf(const FILETIME& time) {
+  return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+}
+
+}  // namespace
+
+HRESULT CompoundStorage::QueryInterface(REFIID riid, void** ppvObject) {
+  if (ppvObject == nullptr) return E_POINTER;
+  *ppvObject = nullptr;
+  if (riid != IID_IUnknown && riid != IID_IStorage && riid != IID_CompoundStorage) {
+    return E_NOINTERFACE;
+  }
+  *ppvObject = static_cast<IStorage*>(this);
+  AddRef();
+  return S_OK;
+}
+
+ULONG CompoundStorage::AddRef() { return ++references; }
+
+ULONG CompoundStorage::Release() {
+  const ULONG left = --references;
+  if (left > 0) return left;
+  if (owned) {
+    RevertTree(owned->Directory().Root());
+    owned->Finish();
+  }
+  delete this;
+  return 0;
+}
+
+HRESULT CompoundStorage::Find(const OLECHAR* text, CompoundName* name,
+                              CompoundEntry** found) const {
+  if (IsReverted()) return STG_E_REVERTED;
+  const HRESULT result = MakeName(text, name);
+  if (FAILED(result)) return result;
+  *found = document->Directory().Find(entry, *name);
+  return *found != nullptr ? S_OK : STG_E_FILENOTFOUND;
+}
+
+HRESULT CompoundStorage::FindOpenable(const OLECHAR* text, bool stream,
+                                      CompoundEntry** found) const {
+  CompoundName name;
+  const HRESULT result = Find(text, &name, found);
+  if (FAILED(result)) return result;
+  if ((*found)->IsStream() != stream) return STG_E_FILENOTFOUND;
+  return (*found)->opened == nullptr ? S_OK : STG_E_ACCESSDENIED;
+}
+
+HRESULT CompoundStorage::Create(const OLECHAR* text, DWORD createMode, bool stream,
+                                CompoundEntry** made) {
+  CompoundName name;
+  CompoundEntry* existing = nullptr;
+  HRESULT result = Find(text, &name, &existing);
+  if (FAILED(result) && result != STG_E_FILENOTFOUND) return result;
+  result = CheckMode(createMode, STGM_CREATE);
+  if (FAILED(result)) return result;
+  if (!IsWritable()) return STG_E_ACCESSDENIED;
+  if (existing != nullptr) {
+    if ((createMode & STGM_CREATE) == 0) return STG_E_FILEALREADYEXISTS;
+    RevertTree(existing);
+    document->Destroy(existing);
+  }
+  result = document->AddEntry(entry, name, stream, made);
+  if (SUCCEEDED(result)) Touch(entry);
+  return result;
+}
+
+HRESULT CompoundStorage::CreateStream(const OLECHAR* pwcsName, DWORD grfMode, DWORD reserved1,
+                                      DWORD reserved2, IStream** ppstm) {
+  if (ppstm == nullptr) return STG_E_INVALIDPOINTER;
+  *ppstm = nullptr;
+  if (reserved1 != 0 || reserved2 != 0) return STG_E_INVALIDPARAMETER;
+  return Guarded([&] {
+    CompoundEntry* made = nullptr;
+    const HRESULT result = Create(pwcsName, grfMode, true, &made);
+    if (FAILED(result)) return result;
+    auto* stream = new (std::nothrow) CompoundStream(document, made, grfMode & ~STGM_CREATE);
+    if (stream == nullptr) document->Destroy(made);
+    *ppstm = stream;
+    return stream != nullptr ? S_OK : E_OUTOFMEMORY;
+  });
+}
+
+HRESULT CompoundStorage::OpenStream(const OLECHAR* pwcsName, void* reserved1, DWORD grfMode,
+                                    DWORD reserved2, IStream** ppstm) {
+  if (ppstm == nullptr) return STG_E_INVALIDPOINTER;
+  *ppstm = nullptr;
+  if (IsReverted()) return STG_E_REVERTED;
+  if (reserved1 != nullptr || reserved2 != 0) return STG_E_INVALIDPARAMETER;
+  HRESULT result = CheckMode(grfMode, 0);
+  CompoundEntry* found = nullptr;
+  if (SUCCEEDED(result)) result = FindOpenable(pwcsName, true, &found);
+  if (FAILED(result)) return result;
+  *ppstm = new (std::nothrow) CompoundStream(document, found, grfMode);
+  return *ppstm != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT CompoundStorage::CreateStorage(const OLECHAR* pwcsName, DWORD grfMode, DWORD reserved1,
+                                       DWORD reserved2, IStorage** ppstg) {
+  if (ppstg == nullptr) return STG_E_INVALIDPOINTER;
+  *ppstg = nullptr;
+  if (reserved1 != 0 || reserved2 != 0) return STG_E_INVALIDPARAMETER;
+  return Guarded([&] {
+    CompoundEntry* made = nullptr;
+    const HRESULT result = Create(pwcsName, grfMode, false, &made);
+    if (FAILED(result)) return result;
+    made->storage->created = made->storage->modified = TimeNow();
+    auto* storage = new (std::nothrow) CompoundStorage(document, made, grfMode & ~STGM_CREATE);
+    if (storage == nullptr) document->Destroy(made);
+    *ppstg = storage;
+    return storage != nullptr ? S_OK : E_OUTOFMEMORY;
+  });
+}
+
+HRESULT CompoundStorage::OpenStorage(const OLECHAR* pwcsName, IStorage* pstgPriority, DWORD grfMode,
+                                     SNB snbExclude, DWORD reserved, IStorage** ppstg) {
+  if (ppstg == nullptr) return STG_E_INVALIDPOINTER;
+  *ppstg = nullptr;
+  if (IsReverted()) return STG_E_REVERTED;
+  if (pstgPriority != nullptr || snbExclude != nullptr || reserved != 0) {
+    return STG_E_INVALIDPARAMETER;
+  }
+  HRESULT result = CheckMode(grfMode, 0);
+  CompoundEntry* found = nullptr;
+  if (SUCCEEDED(result)) result = FindOpenable(pwcsName, false, &found);
+  if (FAILED(result)) return result;
+  *ppstg = new (std::nothrow) CompoundStorage(document, found, grfMode);
+  return *ppstg != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT CompoundStorage::Commit(DWORD grfCommitFlags) {
+  if (IsReverted()) return STG_E_REVERTED;
+  if ((grfCommitFlags & ~CommitFlags) != 0) return STG_E_INVALIDFLAG;
+  const bool toDisk =
+      owned != nullptr && (grfCommitFlags & STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE) == 0;
+  return Guarded([&] { return document->Flush(toDisk); });
+}
+
+HRESULT CompoundStorage::Revert() { return IsReverted() ? STG_E_REVERTED : S_OK; }
+
+HRESULT CompoundStorage::EnumElements(DWORD reserved1, void* reserved2, DWORD reserved3,
+                                      IEnumSTATSTG** ppenum) {
+  if (ppenum == nullptr) return STG_E_INVALIDPOINTER;
+  *ppenum = nullptr;
+  if (IsReverted()) return STG_E_REVERTED;
+  if (reserved1 != 0 || reserved2 != nullptr || reserved3 != 0) return STG_E_INVALIDPARAMETER;
+  return Guarded([&] {
+    *ppenum = NewEnumerator(document, entry);
+    return S_OK;
+  });
+}
+
+HRESULT CompoundStorage::DestroyElement(const OLECHAR* pwcsName) {
+  CompoundName name;
+  CompoundEntry* found = nullptr;
+  const HRESULT result = Find(pwcsName, &name, &found);
+  if (FAILED(result)) return result;
+  if (!IsWritable()) return STG_E_ACCESSDENIED;
+  RevertTree(found);
+  document->Destroy(found);
+  Touch(entry);
+  return S_OK;
+}
+
+HRESULT CompoundStorage::RenameElement(const OLECHAR* pwcsOldName, const OLECHAR* pwcsNewName) {
+  CompoundName name;
+  CompoundName newName;
+  CompoundEntry* found = nullptr;
+  CompoundEntry* other = nullptr;
+  HRESULT result = Find(pwcsOldName, &name, &found);
+  if (FAILED(result)) return result;
+  result = Find(pwcsNewName, &newName, &other);
+  if (FAILED(result) && result != STG_E_FILENOTFOUND) return result;
+  if (!IsWritable() || found->opened != nullptr) return STG_E_ACCESSDENIED;
+  if (other != nullptr && other != found) return STG_E_FILEALREADYEXISTS;
+  document->Directory().Move(found, entry, newName);
+  Touch(entry);
+  return S_OK;
+}
+
+HRESULT CompoundStorage::SetElementTimes(const OLECHAR* pwcsName, const FILETIME* pctime,
+                                         const FILETIME* /*patime*/, const FILETIME* pmtime) {
+  if (IsReverted()) return STG_E_REVERTED;
+  CompoundName name;
+  CompoundEntry* found = entry;
+  const HRESULT result = pwcsName == nullptr ? S_OK : Find(pwcsName, &name, &found);
+  if (FAILED(result)) return result;
+  if (!IsWritable()) return STG_E_ACCESSDENIED;
+  if (found->IsStream()) return S_OK;
+  if (pctime != nullptr) found->storage->created = TimeOf(*pctime);
+  if (pmtime != nullptr) found->storage->modified = TimeOf(*pmtime);
+  return S_OK;
+}
+
+HRESULT CompoundStorage::SetClass(REFCLSID clsid) {
+  if (IsReverted()) return STG_E_REVERTED;
+  if (!IsWritable()) return STG_E_ACCESSDENIED;
+  entry->storage->clsid = clsid;
+  Touch(entry);
+  return S_OK;
+}
+
+HRESULT CompoundStorage::SetStateBits(DWORD grfStateBits, DWORD grfMask) {
+  if (IsReverted()) return STG_E_REVERTED;
+  if (!IsWritable()) return STG_E_ACCESSDENIED;
+  DWORD& bits = entry->storage->stateBits;
+  bits = (bits & ~grfMask) | (grfStateBits & grfMask);
+  Touch(entry);
+  return S_OK;
+}
+
+HRESULT CompoundStorage::Stat(STATSTG* pstatstg, DWORD grfStatFlag) {
+  if (IsReverted()) return STG_E_REVERTED;
+  if (pstatstg == nullptr) return STG_E_INVALIDPOINTER;
+  if (grfStatFlag > STATFLAG_NONAME) return STG_E_INVALIDFLAG;
+  if (!owned || grfStatFlag == STATFLAG_NONAME) {
+    return StatEntry(*entry, grfStatFlag, mode, pstatstg);
+  }
+  StatEntry(*entry, STATFLAG_NONAME, mode, pstatstg);
+  const std::size_t bytes = (std::wcslen(rootName.get()) + 1) * sizeof(OLECHAR);
+  pstatstg->pwcsName = static_cast<OLECHAR*>(CoTaskMemAlloc(bytes));
+  if (pstatstg->pwcsName == nullptr) return E_OUTOFMEMORY;
+  std::memcpy(pstatstg->pwcsName, rootName.get(), bytes);
+  return S_OK;
+}

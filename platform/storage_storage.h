@@ -1,0 +1,66 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/storage_object.h"
+
+/// Our own storages answer to it, so that they know one another among foreign ones.
+constexpr IID IID_CompoundStorage = {
+    0x8B0A6D52, 0x3F1E, 0x4C77, {0x9A, 0x41, 0x6E, 0xD2, 0x05, 0xB8, 0x77, 0x1C}};
+
+/// The object behind an IStorage. The root's owns the document.
+class CompoundStorage final : public IStorage, public OpenObject {
+ public:
+  CompoundStorage(CompoundDocument* openedDocument, CompoundEntry* openedEntry, DWORD openMode)
+      : OpenObject(openedDocument, openedEntry), mode(openMode) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) override;
+  ULONG STDMETHODCALLTYPE AddRef() override;
+  ULONG STDMETHODCALLTYPE Release() override;
+  HRESULT STDMETHODCALLTYPE CreateStream(const OLECHAR* pwcsName, DWORD grfMode, DWORD reserved1,
+                                         DWORD reserved2, IStream** ppstm) override;
+  HRESULT STDMETHODCALLTYPE OpenStream(const OLECHAR* pwcsName, void* reserved1, DWORD grfMode,
+                                       DWORD reserved2, IStream** ppstm) override;
+  HRESULT STDMETHODCALLTYPE CreateStorage(const OLECHAR* pwcsName, DWORD grfMode, DWORD reserved1,
+                                          DWORD reserved2, IStorage** ppstg) override;
+  HRESULT STDMETHODCALLTYPE OpenStorage(const OLECHAR* pwcsName, IStorage* pstgPriority,
+                                        DWORD grfMode, SNB snbExclude, DWORD reserved,
+                                        IStorage** ppstg) override;
+  HRESULT STDMETHODCALLTYPE CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB snbExclude,
+                                   IStorage* pstgDest) override;
+  HRESULT STDMETHODCALLTYPE MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDest,
+                                          const OLECHAR* pwcsNewName, DWORD grfFlags) override;
+  HRESULT STDMETHODCALLTYPE Commit(DWORD grfCommitFlags) override;
+  HRESULT STDMETHODCALLTYPE Revert() override;
+  HRESULT STDMETHODCALLTYPE EnumElements(DWORD reserved1, void* reserved2, DWORD reserved3,
+                                         IEnumSTATSTG** ppenum) override;
+  HRESULT STDMETHODCALLTYPE DestroyElement(const OLECHAR* pwcsName) override;
+  HRESULT STDMETHODCALLTYPE RenameElement(const OLECHAR* pwcsOldName,
+                                          const OLECHAR* pwcsNewName) override;
+  HRESULT STDMETHODCALLTYPE SetElementTimes(const OLECHAR* pwcsName, const FILETIME* pctime,
+                                            const FILETIME* patime,
+                                            const FILETIME* pmtime) override;
+  HRESULT STDMETHODCALLTYPE SetClass(REFCLSID clsid) override;
+  HRESULT STDMETHODCALLTYPE SetStateBits(DWORD grfStateBits, DWORD grfMask) override;
+  HRESULT STDMETHODCALLTYPE Stat(STATSTG* pstatstg, DWORD grfStatFlag) override;
+
+ private:
+  friend HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
+                                    const CompoundParameters& parameters, IStorage** storage);
+
+  bool IsWritable() const { return (mode & 3) != STGM_READ; }
+  HRESULT Find(const OLECHAR* text, CompoundName* name, CompoundEntry** found) const;
+  HRESULT FindOpenable(const OLECHAR* text, bool stream, CompoundEntry** found) const;
+  HRESULT Create(const OLECHAR* text, DWORD createMode, bool stream, CompoundEntry** made);
+  HRESULT CopyElement(const CompoundEntry& element, IStorage* to, const OLECHAR* newName);
+  bool IsWithin(const CompoundEntry* ancestor) const;
+
+  DWORD mode;
+  std::unique_ptr<CompoundDocument> owned;  // of the root only
+  std::unique_ptr<OLECHAR[]> rootName;      // of the root only: the file's name
+};
+
+/// Creates the file with parameters of any kind and gives its root storage to the caller. `name`
+/// is what the root's Stat tells. May throw std::bad_alloc.
+HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
+                           const CompoundParameters& parameters, IStorage** storage);

@@ -1,0 +1,72 @@
+#include "save/backup.h"
+
+#include <cstddef>
+
+#include "platform/files.h"
+#include "platform/host_strings.h"
+#include "platform/resources.h"
+#include "save/kelsave.h"
+#include "save/path_buffer.h"
+
+namespace {
+
+constexpr UINT SparedNameText = 60121;
+constexpr UINT BackupNameText = 60122;
+constexpr UINT AlternateBackupNameText = 63348;
+constexpr std::size_t SparedLength = 7;
+constexpr int BackupDirectory = 13;
+constexpr int ReadAndWrite = 0x180;
+
+/// A host string of at most 511 bytes; empty when there is none.
+struct HostText {
+  char text[512] = "";
+  int length;
+
+  explicit HostText(UINT id)
+      : length(LoadStringA(GetModuleHandleA(nullptr), id, text, sizeof text)) {}
+};
+
+const unsigned char* Bytes(const char* text) {
+  return reinterpret_cast<const unsigned char*>(text);
+}
+
+// Deliberate: only the backslash counts, so a path with '/' keeps its folders in the bare name.
+// Held by the rows "forward slash" in save_driver_test.cpp.
+CStr BareName(const char* fileName) {
+  CStr name(fileName);
+  const int separator = name.last('\\');
+  if (separator >= 0) name.remove(0, separator + 1);
+  return name;
+}
+
+/// Whether files of this name are never backed up. Without a text to compare with none is made.
+bool IsSpared(const char* fileName) {
+  const HostText spared(SparedNameText);
+  CStr bareName = BareName(fileName);
+  return spared.length <= 0 ||
+         files::_mbsnbicmp(Bytes(spared.text), Bytes(bareName), SparedLength) == 0;
+}
+
+/// Composes folder, one backslash and name; false when that does not fit.
+// Deliberate: the backslash is added after a folder that ends in one, too.
+bool Compose(SaveInterface& host, PathBuffer& path) {
+  const bool folderFits = path.Append(host.GetDirectory(BackupDirectory)) && path.Append("\\");
+  const HostText name(host.UseAlternateBackupName() ? AlternateBackupNameText : BackupNameText);
+  return folderFits && path.Append(name.text);
+}
+
+// Deliberate: no result is looked at. If the move fails the save overwrites the old file in place.
+// Held by the rows "rename refused" in save_driver_test.cpp.
+void Replace(const char* backupPath, const char* fileName) {
+  files::remove(backupPath);
+  files::rename(fileName, backupPath);
+  files::_chmod(backupPath, ReadAndWrite);
+}
+
+}  // namespace
+
+void KeepBackup(SaveInterface& host, const char* fileName) {
+  if (IsSpared(fileName)) return;
+  PathBuffer backupPath;
+  if (Compose(host, backupPath)) Replace(backupPath.Text(), fileName);
+}

@@ -1,0 +1,19 @@
+#include <algorithm>
+#include <iterator>
+
+#include "platform/window.h"
+#include "save/kelsave.h"
+
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): copying a record onto itself does no harm
+HelpSys& HelpSys::operator=(const HelpSys& source) {
+  clickHelp = source.clickHelp;
+  helpWindow = source.helpWindow;
+  std::copy(std::begin(source.hostOwned), std::end(source.hostOwned), hostOwned);
+  return *this;
+}
+
+int HelpSys::getClickHelp() { return clickHelp; }
+
+HWND HelpSys::getHelpHWnd() { return helpWindow; }
+
+void HelpSys::setHelpHWnd(HWND window) { helpWindow = window; }

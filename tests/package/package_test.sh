@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Installs the library, moves the installed folder, and builds and runs the host of the README
+# against it, once with CMake and once with pkg-config. The installed files are compared with
+# installed_files.txt.
+#   package_test.sh SOURCE_FOLDER BUILD_FOLDER CMAKE COMPILER SANITIZERS
+set -euo pipefail
+source=$1 build=$2 cmake=$3 compiler=$4 sanitizers=$5
+here=$source/tests/package
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+"$cmake" --install "$build" --prefix "$work/first" >"$work/log"
+mv "$work/first" "$work/moved"
+(cd "$work/moved" && find . -type f -o -type l) |
+  sed -E 's/^\.\///; s/(Targets)-[a-z]+(\.cmake)$/\1-CONFIG\2/' | LC_ALL=C sort |
+  diff -u "$here/installed_files.txt" -
+
+# The host is the README's example, word for word.
+cp -r "$here/consumer" "$work/consumer"
+sed -n '/^```cpp$/,/^```$/{/^```/d;p}' "$source/README.md" >"$work/consumer/main.cpp"
+flags=(-Wall -Wextra -Wpedantic -Werror)
+[ -z "$sanitizers" ] || flags+=("-fsanitize=$sanitizers")
+
+run_host() { # COMMAND: runs it in a new folder and looks at what it left
+  local folder
+  folder=$(mktemp -d "$work/run-XXXXXX")
+  (cd "$folder" && "$1")
+  [ "$(head -c 4 "$folder/scene.kel" | od -An -tx1 | tr -d ' ')" = d0cf11e0 ]
+}
+
+CXX=$compiler CXXFLAGS="${flags[*]}" "$cmake" -G Ninja -S "$work/consumer" -B "$work/with_cmake" \
+  -DCMAKE_PREFIX_PATH="$work/moved" >"$work/log"
+"$cmake" --build "$work/with_cmake" >"$work/log" || { cat "$work/log"; exit 1; }
+run_host "$work/with_cmake/host"
+
+export PKG_CONFIG_PATH
+PKG_CONFIG_PATH=$(dirname "$(find "$work/moved" -name kelsave.pc)")
+read -ra package < <(pkg-config --cflags --libs kelsave)
+"$compiler" -std=c++17 "${flags[@]}" "$work/consumer/main.cpp" -o "$work/with_pkg_config" \
+  "${package[@]}" -Wl,-rpath,"$(pkg-config --variable=libdir kelsave)"
+run_host "$work/with_pkg_config"

@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <climits>
+#include <filesystem>
+#include <string>
+
+#include "platform/files.h"
+#include "tests/save/folder.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+mode_t ModeOf(const std::string& path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
+}
+
+TEST(PlatformFiles, AccessLooksAtTheFileItself) {
+  const Folder folder;
+  struct {
+    mode_t mode;
+    int access;
+    int result;
+  } const rows[] = {{0644, 0, 0},  {0644, 2, 0},  {0444, 0, 0},  {0444, 4, 0},
+                    {0444, 2, -1}, {0444, 6, -1}, {0466, 2, -1}, {0200, 6, 0}};
+  for (const auto& row : rows) {
+    const std::string path = folder.Put("file", "x", row.mode);
+    EXPECT_EQ(files::_access(path.c_str(), row.access), row.result)
+        << row.mode << " " << row.access;
+    chmod(path.c_str(), 0644);
+  }
+  chmod(folder.Root().c_str(), 0555);
+  EXPECT_EQ(files::_access(folder.Root().c_str(), 2), 0);
+  chmod(folder.Root().c_str(), 0755);
+  EXPECT_EQ(files::_access((folder.Root() + "\\file").c_str(), 0), 0);
+  EXPECT_EQ(files::_access((folder.Root() + "\\none").c_str(), 0), -1);
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(files::_access(nullptr, 0), -1);
+}
+
+TEST(PlatformFiles, ChmodChangesOnlyWritePermission) {
+  const Folder folder;
+  struct {
+    mode_t before;
+    int mode;
+    mode_t after;
+  } const rows[] = {{0666, 0x100, 0444}, {0751, 0x100, 0551}, {0444, 0x180, 0644},
+                    {0551, 0x80, 0751},  {0640, 0x180, 0640}, {04755, 0, 04555}};
+  for (const auto& row : rows) {
+    const std::string path = folder.Put("file", "x", row.before);
+    EXPECT_EQ(files::_chmod(path.c_str(), row.mode), 0);
+    EXPECT_EQ(ModeOf(path), row.after) << row.before << " " << row.mode;
+    chmod(path.c_str(), 0644);
+  }
+  EXPECT_EQ(files::_chmod(folder.Root().c_str(), 0x100), 0);
+  EXPECT_EQ(ModeOf(folder.Root()), 0700U);
+  EXPECT_EQ(files::_chmod(folder.Path("none").c_str(), 0x100), -1);
+}
+
+TEST(PlatformFiles, RemoveRefusesWhatIsReadOnly) {
+  const Folder folder;
+  folder.Put("file", "x");
+  folder.Put("locked", "x", 0444);
+  fs::create_directory(folder.Path("empty"));
+  EXPECT_EQ(files::remove((folder.Root() + "\\file").c_str()), 0);
+  EXPECT_EQ(files::remove((folder.Root() + "\\file").c_str()), -1);
+  EXPECT_EQ(files::remove((folder.Root() + "\\locked").c_str()), -1);
+  EXPECT_EQ(errno, EACCES);
+  EXPECT_EQ(files::remove((folder.Root() + "\\empty").c_str()), -1);
+  EXPECT_EQ(folder.List(), "empty/ locked=x!");
+}
+
+TEST(PlatformFiles, RenameReplacesNothing) {
+  const Folder folder;
+  const std::string from = folder.Put("from", "scene", 0444);
+  folder.Put("taken", "other");
+  EXPECT_EQ(files::rename(from.c_str(), (folder.Root() + "\\taken").c_str()), -1);
+  EXPECT_EQ(errno, EEXIST);
+  EXPECT_EQ(files::rename(from.c_str(), (folder.Path("none/to")).c_str()), -1);
+  EXPECT_EQ(folder.Text("taken") + folder.Text("from"), "otherscene");
+  EXPECT_EQ(files::rename(from.c_str(), (folder.Root() + "\\to").c_str()), 0);
+  EXPECT_EQ(folder.List(), "taken=other to=scene!");
+}
+
+// Between two file systems; /dev/shm is one of its own wherever there is one.
+TEST(PlatformFiles, RenameAcrossFileSystems) {
+  const Folder here;
+  const Folder there(fs::is_directory("/dev/shm") ? "/dev/shm" : here.Root());
+  struct stat a;
+  struct stat b;
+  if (stat(here.Root().c_str(), &a) != 0 || stat(there.Root().c_str(), &b) != 0 ||
+      a.st_dev == b.st_dev) {
+    GTEST_SKIP() << "there is only one file system";
+  }
+  std::string scene(3000000, 's');
+  scene.back() = 'e';
+  const std::string from = here.Put("from", scene, 0440);
+  there.Put("taken", "other");
+  EXPECT_EQ(files::rename(from.c_str(), (there.Path("taken")).c_str()), -1);
+  EXPECT_EQ(there.Text("taken"), "other");
+  EXPECT_EQ(files::rename(from.c_str(), (there.Path("none/to")).c_str()), -1);
+  EXPECT_EQ(here.Text("from"), scene);
+  EXPECT_EQ(files::rename(from.c_str(), (there.Root() + "\\to").c_str()), 0);
+  EXPECT_EQ(there.Text("to"), scene);
+  EXPECT_EQ(ModeOf(there.Path("to")), 0440U);
+  EXPECT_EQ(here.List(), "");
+}
+
+TEST(PlatformFiles, ComparisonIgnoresCase) {
+  struct {
+    const char* a;
+    const char* b;
+    std::size_t count;
+    int sign;
+  } const rows[] = {
+      {"KelBack", "kELbACK-1", 7, 0},
+      {"KelBack", "KelBacX", 7, -1},
+      {"KelBack", "KelBacX", 6, 0},
+      {"abc", "ABC", 7, 0},
+      {"abc", "abcd", 7, -1},
+      {"abcd", "abc", 7, 1},
+      {"a", "b", 0, 0},
+      {"[", "{", 1, -1},
+      {"\xC3\xA9", "\xC3\x89", 2, 1},
+  };
+  for (const auto& row : rows) {
+    const int result = files::_mbsnbicmp(reinterpret_cast<const unsigned char*>(row.a),
+                                         reinterpret_cast<const unsigned char*>(row.b), row.count);
+    EXPECT_EQ((result > 0) - (result < 0), row.sign) << row.a << " " << row.b;
+  }
+  EXPECT_EQ(files::_mbsnbicmp(nullptr, nullptr, 7), INT_MAX);
+}
+
+}  // namespace

@@ -1,0 +1,518 @@
+#include "tests/platform/storage_model.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <vector>
+
+namespace model {
+namespace {
+
+constexpr DWORD Exclusive = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+constexpr std::uint64_t LimitOfBytes = 4 << 20;  // growth stops here, for the time it takes
+
+struct OpenStream {
+  IStream* stream;
+  std::shared_ptr<Node> node;
+  std::uint64_t position;
+};
+
+struct OpenStorage {
+  IStorage* storage;
+  std::shared_ptr<Node> node;
+};
+
+bool AnyOpen(const Node& node) {
+  return node.opened != 0 || std::any_of(node.children.begin(), node.children.end(),
+                                         [](const auto& child) { return AnyOpen(*child.second); });
+}
+
+bool Holds(const Node& node, const Node* sought) {
+  return &node == sought ||
+         std::any_of(node.children.begin(), node.children.end(),
+                     [&](const auto& child) { return Holds(*child.second, sought); });
+}
+
+std::uint64_t BytesIn(const Node& node) {
+  std::uint64_t total = node.bytes.size();
+  for (const auto& [name, child] : node.children) total += BytesIn(*child);
+  return total;
+}
+
+/// What IStorage::CopyTo does: streams replace what has their name, storages are merged.
+void Merge(const Node& from, Node& to) {
+  if (from.isStorage) to.classId = from.classId, to.stateBits = from.stateBits;
+  to.bytes = from.bytes;
+  for (const auto& [name, child] : from.children) {
+    std::shared_ptr<Node>& place = to.children[name];
+    const bool merged = place && place->isStorage && child->isStorage;
+    if (!merged) place = std::make_shared<Node>(Node{child->isStorage, {}, {}, {}, 0, 0, 0, 0});
+    Merge(*child, *place);
+  }
+}
+
+class Run {
+ public:
+  Run(IStorage* root, const std::string& file, unsigned seed) : random(seed), fileName(file) {
+    rootNode->isStorage = true;
+    storages.push_back({root, rootNode});
+    rootNode->opened = 1;
+    for (int i = 0; i < 40; ++i) names.push_back(NewName());
+  }
+
+  std::shared_ptr<Node> Steps(int steps) {
+    static constexpr struct {
+      int weight;
+      void (Run::*apply)();
+    } operations[] = {{8, &Run::CreateStream},  {6, &Run::OpenElement}, {3, &Run::CreateStorage},
+                      {20, &Run::Write},        {10, &Run::Read},       {6, &Run::Seek},
+                      {6, &Run::SetSize},       {2, &Run::Clone},       {4, &Run::CopyBytes},
+                      {2, &Run::StatStream},    {3, &Run::Destroy},     {3, &Run::Rename},
+                      {3, &Run::Move},          {1, &Run::CopyStorage}, {2, &Run::SetProperties},
+                      {3, &Run::Enumerate},     {1, &Run::Commit},      {10, &Run::ReleaseStream},
+                      {2, &Run::ReleaseStorage}};
+    std::vector<int> weights;
+    for (const auto& operation : operations) weights.push_back(operation.weight);
+    std::discrete_distribution<std::size_t> choose(weights.begin(), weights.end());
+    for (step = 0; step < steps && !testing::Test::HasFailure(); ++step) {
+      SCOPED_TRACE("step " + std::to_string(step));
+      (this->*operations[choose(random)].apply)();
+    }
+    return Finish();
+  }
+
+ private:
+  // --- Choices ---
+
+  std::size_t Below(std::size_t limit) { return random() % limit; }
+  std::uint32_t Size() { return Sizes[Below(std::size(Sizes))]; }
+  OpenStorage& AnyStorage() { return storages[Below(storages.size())]; }
+  OpenStream* AnyStream() { return streams.empty() ? nullptr : &streams[Below(streams.size())]; }
+
+  std::wstring NewName() {
+    static constexpr std::wstring_view letters[] = {L"abcXYZ019 .-_", L"\x00E9\x00C9\x00FF\x0101",
+                                                    L"\x03C9\x03A3\x03C2", L"\x0434\x042F\x0451",
+                                                    L"\x6F22\x5B57"};
+    static constexpr std::size_t lengths[] = {1, 1, 2, 2, 3, 8, 30, 31};
+    std::wstring name;
+    const std::size_t length = lengths[Below(std::size(lengths))];
+    const std::wstring_view alphabet = letters[Below(8) < 4 ? 0 : 1 + Below(4)];
+    while (name.size() < length) name += alphabet[Below(alphabet.size())];
+    const std::wstring_view ends = L" .-";  // readers change these, or take them for an option
+    if (ends.find(name.back()) != ends.npos) name.back() = L'e';
+    if (ends.find(name.front()) != ends.npos) name.front() = L'b';
+    return name;
+  }
+
+  const std::wstring& AnyName() { return names[Below(names.size())]; }
+
+  std::shared_ptr<Node> Child(const OpenStorage& parent, const std::wstring& name) {
+    const auto found = parent.node->children.find(Utf16(name));
+    return found == parent.node->children.end() ? nullptr : found->second;
+  }
+
+  /// A name that exists in the storage, three times out of four if there is one.
+  std::wstring LikelyName(const OpenStorage& parent) {
+    if (parent.node->children.empty() || Below(4) == 0) return AnyName();
+    auto child = parent.node->children.begin();
+    std::advance(child, Below(parent.node->children.size()));
+    const auto same = [&](const std::wstring& name) { return Utf16(name) == child->first; };
+    const auto name = std::find_if(names.begin(), names.end(), same);
+    return name == names.end() ? AnyName() : *name;
+  }
+
+  std::shared_ptr<Node> NewNode(bool isStorage) {
+    auto node = std::make_shared<Node>();
+    node->isStorage = isStorage;
+    return node;
+  }
+
+  void Hold(IStream* stream, const std::shared_ptr<Node>& node, std::uint64_t position = 0) {
+    ++node->opened;
+    streams.push_back({stream, node, position});
+  }
+
+  // --- Elements ---
+
+  void CreateStream() {
+    OpenStorage& parent = AnyStorage();
+    const std::wstring name = AnyName();
+    const bool replace = Below(4) == 0;
+    const std::shared_ptr<Node> old = Child(parent, name);
+    if (old && replace && AnyOpen(*old)) return;
+    IStream* stream = nullptr;
+    const HRESULT result = parent.storage->CreateStream(
+        name.c_str(), Exclusive | (replace ? STGM_CREATE : 0), 0, 0, &stream);
+    ASSERT_EQ(old && !replace ? STG_E_FILEALREADYEXISTS : S_OK, result);
+    if (FAILED(result)) return;
+    parent.node->children.erase(Utf16(name));
+    Hold(stream, parent.node->children[Utf16(name)] = NewNode(false));
+  }
+
+  void CreateStorage() {
+    OpenStorage& parent = AnyStorage();
+    const std::wstring name = AnyName();
+    const std::shared_ptr<Node> old = Child(parent, name);
+    IStorage* storage = nullptr;
+    const HRESULT result = parent.storage->CreateStorage(name.c_str(), Exclusive, 0, 0, &storage);
+    ASSERT_EQ(old ? STG_E_FILEALREADYEXISTS : S_OK, result);
+    if (old) return;
+    const std::shared_ptr<Node> node = parent.node->children[Utf16(name)] = NewNode(true);
+    ++node->opened;
+    storages.push_back({storage, node});
+  }
+
+  void OpenElement() {
+    OpenStorage& parent = AnyStorage();
+    const std::wstring name = LikelyName(parent);
+    const std::shared_ptr<Node> node = Child(parent, name);
+    const bool asStorage = node ? node->isStorage != (Below(8) == 0) : Below(2) == 0;
+    IStorage* storage = nullptr;
+    IStream* stream = nullptr;
+    const HRESULT result =
+        asStorage
+            ? parent.storage->OpenStorage(name.c_str(), nullptr, Exclusive, nullptr, 0, &storage)
+            : parent.storage->OpenStream(name.c_str(), nullptr, Exclusive, 0, &stream);
+    const bool missing = !node || node->isStorage != asStorage;
+    ASSERT_EQ(missing ? STG_E_FILENOTFOUND : node->opened != 0 ? STG_E_ACCESSDENIED : S_OK, result);
+    if (FAILED(result)) return;
+    if (!asStorage) return Hold(stream, node);
+    ++node->opened;
+    storages.push_back({storage, node});
+  }
+
+  void Destroy() {
+    OpenStorage& parent = AnyStorage();
+    const std::wstring name = LikelyName(parent);
+    const std::shared_ptr<Node> node = Child(parent, name);
+    if (node && AnyOpen(*node)) return;
+    ASSERT_EQ(node ? S_OK : STG_E_FILENOTFOUND, parent.storage->DestroyElement(name.c_str()));
+    parent.node->children.erase(Utf16(name));
+  }
+
+  void Rename() {
+    OpenStorage& parent = AnyStorage();
+    const std::wstring name = LikelyName(parent);
+    const std::wstring other = AnyName();
+    const std::shared_ptr<Node> node = Child(parent, name);
+    const std::shared_ptr<Node> taken = Child(parent, other);
+    if ((node && AnyOpen(*node)) || node == taken) return;
+    const HRESULT result = parent.storage->RenameElement(name.c_str(), other.c_str());
+    ASSERT_EQ(node && !taken, result == S_OK) << std::hex << result;
+    if (!node || taken) return;
+    parent.node->children.erase(Utf16(name));
+    parent.node->children[Utf16(other)] = node;
+  }
+
+  void Move() {
+    OpenStorage& parent = AnyStorage();
+    OpenStorage& target = AnyStorage();
+    const std::wstring name = LikelyName(parent);
+    const std::wstring other = AnyName();
+    const bool copy = Below(2) == 0;
+    const std::shared_ptr<Node> node = Child(parent, name);
+    if (!node || AnyOpen(*node) || Child(target, other)) return;
+    if (copy && BytesIn(*rootNode) + BytesIn(*node) > LimitOfBytes) return;
+    ASSERT_EQ(S_OK, parent.storage->MoveElementTo(name.c_str(), target.storage, other.c_str(),
+                                                  copy ? STGMOVE_COPY : STGMOVE_MOVE));
+    const auto moved = NewNode(node->isStorage);
+    Merge(*node, *moved);
+    if (!copy) parent.node->children.erase(Utf16(name));
+    target.node->children[Utf16(other)] = moved;
+  }
+
+  void CopyStorage() {
+    OpenStorage& from = AnyStorage();
+    OpenStorage& to = AnyStorage();
+    if (Holds(*from.node, to.node.get()) || Holds(*to.node, from.node.get())) return;
+    if (from.node->opened + to.node->opened != 2) return;
+    for (const Node* node : {from.node.get(), to.node.get()}) {
+      for (const auto& child : node->children) {
+        if (AnyOpen(*child.second)) return;
+      }
+    }
+    if (BytesIn(*rootNode) + BytesIn(*from.node) > LimitOfBytes) return;
+    ASSERT_EQ(S_OK, from.storage->CopyTo(0, nullptr, nullptr, to.storage));
+    Merge(*from.node, *to.node);
+  }
+
+  void SetProperties() {
+    OpenStorage& parent = AnyStorage();
+    CLSID id{};
+    id.Data1 = static_cast<std::uint32_t>(random());
+    const DWORD bits = static_cast<DWORD>(random());
+    const DWORD mask = Below(2) == 0 ? 0xFFFFFFFF : 0x00FF00F0;
+    ASSERT_EQ(S_OK, parent.storage->SetClass(id));
+    ASSERT_EQ(S_OK, parent.storage->SetStateBits(bits, mask));
+    parent.node->classId = id;
+    parent.node->stateBits = (parent.node->stateBits & ~mask) | (bits & mask);
+  }
+
+  void Enumerate() {
+    OpenStorage& parent = AnyStorage();
+    IEnumSTATSTG* enumerator = nullptr;
+    ASSERT_EQ(S_OK, parent.storage->EnumElements(0, nullptr, 0, &enumerator));
+    std::map<std::u16string, std::pair<DWORD, std::uint64_t>, NameOrder> found, expected;
+    for (const auto& [name, child] : parent.node->children) {
+      expected[name] = {child->isStorage ? STGTY_STORAGE : STGTY_STREAM, child->bytes.size()};
+    }
+    STATSTG stat[3];
+    ULONG fetched = 0;
+    while (SUCCEEDED(enumerator->Next(3, stat, &fetched)) && fetched != 0) {
+      for (ULONG i = 0; i < fetched; ++i) {
+        found[Utf16(stat[i].pwcsName)] = {stat[i].type, stat[i].cbSize.QuadPart};
+        CoTaskMemFree(stat[i].pwcsName);
+      }
+    }
+    EXPECT_EQ(0U, enumerator->Release());
+    ASSERT_EQ(expected, found);
+  }
+
+  /// After a commit the file is complete as it stands.
+  void Commit() {
+    ASSERT_EQ(S_OK, AnyStorage().storage->Commit(STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE));
+    ExpectFileHolds(fileName, *rootNode);
+  }
+
+  // --- Bytes ---
+
+  void Write() {
+    OpenStream* open = AnyStream();
+    std::string bytes(Size(), '\0');
+    if (!open || BytesIn(*rootNode) + bytes.size() > LimitOfBytes) return;
+    std::uint32_t state = static_cast<std::uint32_t>(random());
+    for (char& byte : bytes) byte = static_cast<char>((state = state * 69069 + 1) >> 24);
+    ULONG written = 0;
+    const ULONG size = static_cast<ULONG>(bytes.size());
+    ASSERT_EQ(S_OK, open->stream->Write(bytes.data(), size, &written));
+    ASSERT_EQ(size, written);
+    PutBytes(*open, bytes);
+  }
+
+  /// A gap before the bytes reads as zeros.
+  void PutBytes(OpenStream& open, const std::string& bytes) {
+    std::string& all = open.node->bytes;
+    if (!bytes.empty() && all.size() < open.position + bytes.size()) {
+      all.resize(open.position + bytes.size());
+    }
+    std::copy(bytes.begin(), bytes.end(),
+              all.begin() + static_cast<std::ptrdiff_t>(bytes.empty() ? 0 : open.position));
+    open.position += bytes.size();
+  }
+
+  std::string Rest(const OpenStream& open, std::uint64_t size) {
+    const std::string& all = open.node->bytes;
+    return open.position < all.size() ? all.substr(open.position, size) : std::string();
+  }
+
+  void Read() {
+    OpenStream* open = AnyStream();
+    if (!open) return;
+    std::string bytes(Size(), '\0');
+    ULONG got = 0;
+    const HRESULT result = open->stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &got);
+    ASSERT_TRUE(SUCCEEDED(result)) << result;
+    const std::string expected = Rest(*open, bytes.size());
+    bytes.resize(got);
+    ASSERT_EQ(expected.size(), bytes.size());
+    ASSERT_TRUE(expected == bytes);
+    open->position += got;
+  }
+
+  void Seek() {
+    OpenStream* open = AnyStream();
+    if (!open) return;
+    const std::int64_t bases[] = {0, static_cast<std::int64_t>(open->position),
+                                  static_cast<std::int64_t>(open->node->bytes.size())};
+    const std::size_t origin = Below(3);
+    LARGE_INTEGER move;
+    move.QuadPart =
+        Below(2) == 0 ? static_cast<std::int64_t>(Size()) : -static_cast<std::int64_t>(Size());
+    if (Below(3) == 0) move.QuadPart = 0;
+    const std::int64_t target = bases[origin] + move.QuadPart;
+    ULARGE_INTEGER position;
+    const HRESULT result = open->stream->Seek(move, static_cast<DWORD>(origin), &position);
+    ASSERT_EQ(target < 0 ? STG_E_INVALIDFUNCTION : S_OK, result);
+    if (target < 0) return;
+    ASSERT_EQ(static_cast<std::uint64_t>(target), position.QuadPart);
+    open->position = position.QuadPart;
+  }
+
+  void SetSize() {
+    OpenStream* open = AnyStream();
+    ULARGE_INTEGER size;
+    size.QuadPart = Size();
+    if (!open || BytesIn(*rootNode) + size.QuadPart > LimitOfBytes) return;
+    ASSERT_EQ(S_OK, open->stream->SetSize(size));
+    open->node->bytes.resize(size.QuadPart);
+  }
+
+  void Clone() {
+    OpenStream* open = AnyStream();
+    IStream* clone = nullptr;
+    if (!open) return;
+    ASSERT_EQ(S_OK, open->stream->Clone(&clone));
+    Hold(clone, open->node, open->position);
+  }
+
+  void CopyBytes() {
+    OpenStream* from = AnyStream();
+    OpenStream* to = AnyStream();
+    if (!from || from->node == to->node) return;
+    ULARGE_INTEGER size, bytesRead, bytesWritten;
+    size.QuadPart = Size();
+    if (BytesIn(*rootNode) + size.QuadPart > LimitOfBytes) return;
+    const std::string bytes = Rest(*from, size.QuadPart);
+    ASSERT_EQ(S_OK, from->stream->CopyTo(to->stream, size, &bytesRead, &bytesWritten));
+    ASSERT_EQ(bytes.size(), bytesRead.QuadPart);
+    ASSERT_EQ(bytes.size(), bytesWritten.QuadPart);
+    from->position += bytes.size();
+    PutBytes(*to, bytes);
+  }
+
+  void StatStream() {
+    OpenStream* open = AnyStream();
+    STATSTG stat;
+    if (!open) return;
+    ASSERT_EQ(S_OK, open->stream->Stat(&stat, STATFLAG_NONAME));
+    ASSERT_EQ(open->node->bytes.size(), stat.cbSize.QuadPart);
+    ASSERT_EQ(DWORD{STGTY_STREAM}, stat.type);
+  }
+
+  // --- Ends ---
+
+  void ReleaseStream() {
+    if (streams.empty()) return;
+    const std::size_t index = Below(streams.size());
+    EXPECT_EQ(0U, streams[index].stream->Release());
+    --streams[index].node->opened;
+    streams.erase(streams.begin() + static_cast<std::ptrdiff_t>(index));
+  }
+
+  /// Only a storage in which nothing is open; the root stays to the end.
+  void ReleaseStorage() {
+    const std::size_t index = Below(storages.size());
+    const Node& node = *storages[index].node;
+    if (index == 0) return;
+    for (const auto& child : node.children) {
+      if (AnyOpen(*child.second)) return;
+    }
+    EXPECT_EQ(0U, storages[index].storage->Release());
+    --storages[index].node->opened;
+    storages.erase(storages.begin() + static_cast<std::ptrdiff_t>(index));
+  }
+
+  void SetTimes() {
+    for (auto& [name, child] : rootNode->children) {
+      if (!child->isStorage) continue;
+      child->created = 0x01D0123400000005, child->modified = 0x01D1432100000006;
+      const auto time = [](std::uint64_t t) {
+        return FILETIME{static_cast<DWORD>(t), static_cast<DWORD>(t >> 32)};
+      };
+      const FILETIME created = time(child->created), modified = time(child->modified);
+      const std::wstring wide(name.begin(), name.end());  // the runs' names are of the basic plane
+      ASSERT_EQ(S_OK,
+                storages[0].storage->SetElementTimes(wide.c_str(), &created, nullptr, &modified));
+    }
+  }
+
+  std::shared_ptr<Node> Finish() {
+    while (!streams.empty()) ReleaseStream();
+    for (; storages.size() > 1; storages.pop_back()) {
+      EXPECT_EQ(0U, storages.back().storage->Release());
+    }
+    SetTimes();
+    EXPECT_EQ(0U, storages[0].storage->Release());
+    return rootNode;
+  }
+
+  std::mt19937 random;
+  const std::string fileName;
+  int step = 0;
+  std::vector<std::wstring> names;
+  std::vector<OpenStorage> storages;
+  std::vector<OpenStream> streams;
+  std::shared_ptr<Node> rootNode = std::make_shared<Node>();
+};
+
+/// The paths of the model, with the nodes behind them.
+void Flatten(const Node& node, const std::u16string& path,
+             std::map<std::u16string, const Node*>& all) {
+  all[path] = &node;
+  for (const auto& [name, child] : node.children) {
+    std::u16string inner = path;
+    if (!inner.empty()) inner += u'/';
+    Flatten(*child, inner += name, all);
+  }
+}
+
+}  // namespace
+
+std::u16string Utf16(std::wstring_view text) {
+  std::u16string units;
+  for (const wchar_t wide : text) {
+    const char32_t c = static_cast<char32_t>(wide);
+    if (c >= 0x10000) units += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));
+    units += static_cast<char16_t>(c >= 0x10000 ? 0xDC00 + (c & 0x3FF) : c);
+  }
+  return units;
+}
+
+IStorage* CreateFile(const std::string& fileName, ULONG sectorSize) {
+  STGOPTIONS options{};
+  options.usVersion = 1;
+  options.ulSectorSize = sectorSize;
+  void* storage = nullptr;
+  const std::wstring wide(fileName.begin(), fileName.end());
+  const HRESULT result =
+      StgCreateStorageEx(wide.c_str(), STGM_CREATE | STGM_READWRITE | STGM_SHARE_EXCLUSIVE,
+                         STGFMT_DOCFILE, 0, &options, nullptr, IID_IStorage, &storage);
+  return FAILED(result) ? nullptr : static_cast<IStorage*>(storage);
+}
+
+std::shared_ptr<Node> RandomRun(const std::string& fileName, unsigned seed, ULONG sectorSize,
+                                int steps) {
+  IStorage* root = CreateFile(fileName, sectorSize);
+  EXPECT_NE(nullptr, root);
+  return root ? Run(root, fileName, seed).Steps(steps) : std::make_shared<Node>();
+}
+
+void ExpectFileHolds(const std::string& fileName, const Node& root,
+                     const compound::Parameters& parameters) {
+  const compound::Findings findings = compound::CheckFile(fileName, parameters);
+  EXPECT_EQ("", findings.Text());
+  std::map<std::u16string, const Node*> expected;
+  Flatten(root, u"", expected);
+  EXPECT_EQ(expected.size(), findings.entries.size());
+  std::ifstream file(fileName, std::ios::binary);
+  for (const compound::Entry& entry : findings.entries) {
+    SCOPED_TRACE("entry " + compound::Utf8(entry.path));
+    const auto node = expected.find(entry.path);
+    ASSERT_NE(expected.end(), node);
+    ASSERT_EQ(node->second->isStorage, entry.type != compound::Stream);
+    EXPECT_EQ(0, std::memcmp(&node->second->classId, entry.classId.data(), 16));
+    EXPECT_EQ(node->second->stateBits, entry.stateBits);
+    if (node->second->created != 0) {
+      EXPECT_EQ(node->second->created, entry.created);
+      EXPECT_EQ(node->second->modified, entry.modified);
+    }
+    if (!node->second->isStorage) {
+      ASSERT_EQ(node->second->bytes.size(), entry.size);
+      EXPECT_TRUE(node->second->bytes == compound::Contents(file, entry));
+    }
+  }
+}
+
+void Unpack(const Node& root, const std::string& folder) {
+  std::filesystem::create_directories(folder);
+  for (const auto& [name, child] : root.children) {
+    const std::string path = folder + "/" + compound::Utf8(name);
+    if (child->isStorage) Unpack(*child, path);
+    if (!child->isStorage) std::ofstream(path, std::ios::binary) << child->bytes;
+  }
+}
+
+}  // namespace model

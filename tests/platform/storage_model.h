@@ -1,0 +1,57 @@
+#pragma once
+
+/// A simple in-memory model of a structured storage, and random runs of operations on a real
+/// storage and the model side by side.
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/storage.h"
+#include "tests/platform/compound_checker.h"
+#include "tests/platform/compound_names.h"
+
+namespace model {
+
+struct NameOrder {
+  bool operator()(std::u16string_view a, std::u16string_view b) const {
+    return compound::CompareNames(a, b) < 0;
+  }
+};
+
+/// A stream or a storage of the model.
+struct Node {
+  bool isStorage = false;
+  std::string bytes;
+  std::map<std::u16string, std::shared_ptr<Node>, NameOrder> children;
+  CLSID classId{};
+  DWORD stateBits = 0;
+  std::uint64_t created = 0, modified = 0;  // FILETIME; 0: not set by the run, not compared
+  int opened = 0;                           // interface pointers that a run holds
+};
+
+/// Sizes around every boundary of the format and of the writer's pieces.
+constexpr std::uint32_t Sizes[] = {0,    1,    63,    64,    65,    511,    512,    513,   4095,
+                                   4096, 4097, 65535, 65536, 65537, 262143, 262144, 262145};
+
+/// The UTF-16 of a wide text.
+std::u16string Utf16(std::wstring_view text);
+
+/// Creates an empty docfile for reading and writing; null when that fails.
+IStorage* CreateFile(const std::string& fileName, ULONG sectorSize);
+
+/// Applies `steps` random operations, comparing each result with the model's, and releases
+/// everything. Failures are reported to GoogleTest. Returns the model of what the file now holds.
+std::shared_ptr<Node> RandomRun(const std::string& fileName, unsigned seed, ULONG sectorSize,
+                                int steps);
+
+/// Checks the file's structure and compares its contents with the model.
+void ExpectFileHolds(const std::string& fileName, const Node& root,
+                     const compound::Parameters& parameters = {});
+
+/// Writes the model's streams as plain files and its storages as folders.
+void Unpack(const Node& root, const std::string& folder);
+
+}  // namespace model

@@ -1,0 +1,105 @@
+/// Random sequences of operations against the model, and the shapes that a random run seldom
+/// meets. With KEL_KEEP_FILES=FOLDER each file NAME stays there, unpacked in NAME.d beside it,
+/// for storage_reader_test.sh, which gives them to readers from elsewhere.
+
+#include "tests/platform/storage_model.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <vector>
+
+namespace {
+
+/// A file that a test makes; kept with the plain copy of its contents when somebody asked.
+class File {
+ public:
+  explicit File(const std::string& name)
+      : keep(std::getenv("KEL_KEEP_FILES")),
+        path((keep ? std::string(keep) : testing::TempDir()) + "/" + name) {}
+
+  void ExpectHolds(const model::Node& root) const {
+    model::ExpectFileHolds(path, root);
+    if (keep) model::Unpack(root, path + ".d");
+    if (!keep) std::filesystem::remove(path);
+  }
+
+  const char* keep;
+  const std::string path;
+};
+
+class StorageModel : public testing::TestWithParam<ULONG> {
+ protected:
+  static std::string Name(std::string stem, std::uint32_t number = 0) {
+    stem += std::to_string(number) += "_";
+    return stem += std::to_string(GetParam()) += ".cfb";
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(SectorSizes, StorageModel, testing::Values(512, 4096));
+
+TEST_P(StorageModel, RandomRuns) {
+  for (unsigned seed = 1; seed <= 24 && !HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const File file(Name("run", seed));
+    file.ExpectHolds(*model::RandomRun(file.path, seed, GetParam(), 100 * static_cast<int>(seed)));
+  }
+}
+
+void Put(IStorage* parent, model::Node& node, const std::u16string& name, std::string bytes) {
+  IStream* stream = nullptr;
+  const std::wstring wide(name.begin(), name.end());
+  ASSERT_EQ(S_OK, parent->CreateStream(wide.c_str(), STGM_READWRITE | STGM_SHARE_EXCLUSIVE, 0, 0,
+                                       &stream));
+  EXPECT_EQ(S_OK, stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr));
+  EXPECT_EQ(0U, stream->Release());
+  node.children[name] = std::make_shared<model::Node>();
+  node.children[name]->bytes = std::move(bytes);
+}
+
+std::u16string Numbered(std::u16string name, unsigned number) {
+  const std::string digits = std::to_string(number);
+  return name.append(digits.begin(), digits.end());
+}
+
+// A stream of each size alone, so that each meets the ends of the tables in its own way.
+TEST_P(StorageModel, OneStreamOfEachSize) {
+  for (const std::uint32_t size : model::Sizes) {
+    const File file(Name("size", size));
+    model::Node root{true, {}, {}, {}, 0, 0, 0, 0};
+    IStorage* storage = model::CreateFile(file.path, GetParam());
+    ASSERT_NE(nullptr, storage);
+    Put(storage, root, u"stream", std::string(size, 'x'));
+    EXPECT_EQ(0U, storage->Release());
+    file.ExpectHolds(root);
+  }
+}
+
+// Many small streams in one storage, more than 109 FAT sectors (with 512-byte sectors), and
+// storages within storages.
+TEST_P(StorageModel, WideTallAndDeep) {
+  const File file(Name("shapes"));
+  model::Node root{true, {}, {}, {}, 0, 0, 0, 0};
+  IStorage* storage = model::CreateFile(file.path, GetParam());
+  ASSERT_NE(nullptr, storage);
+  for (unsigned i = 0; i < 300; ++i) {
+    Put(storage, root, Numbered(u"Stream ", i * 7919 % 1000), std::string(i, 's'));
+  }
+  Put(storage, root, u"tall", std::string(8 << 20, 't'));
+  std::vector<IStorage*> storages{storage};
+  model::Node* node = &root;
+  for (unsigned depth = 0; depth < 40; ++depth) {
+    IStorage* inner = nullptr;
+    ASSERT_EQ(S_OK, storages.back()->CreateStorage(L"in", STGM_READWRITE | STGM_SHARE_EXCLUSIVE, 0,
+                                                   0, &inner));
+    node = (node->children[u"in"] = std::make_shared<model::Node>()).get();
+    node->isStorage = true;
+    storages.push_back(inner);
+    Put(inner, *node, Numbered(u"d", depth), std::string(depth, 'd'));
+  }
+  for (; !storages.empty(); storages.pop_back()) EXPECT_EQ(0U, storages.back()->Release());
+  file.ExpectHolds(root);
+}
+
+}  // namespace
