@@ -41,7 +41,7 @@ class ScreenEditor final : public LineEditor {
     el_set(editor, EL_SIGNAL, 1);  // the terminal is put right before a signal's handler runs
     el_set(editor, EL_EDITOR, "emacs");
     el_set(editor, EL_HIST, history, lines);
-    el_set(editor, EL_ADDFN, "kelcalc-complete", "Completes a name", &ScreenEditor::CompleteKey);
+    el_wset(editor, EL_ADDFN, L"kelcalc-complete", L"Completes a name", &ScreenEditor::CompleteKey);
     el_set(editor, EL_BIND, "\t", "kelcalc-complete", nullptr);
     el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
     el_wset(editor, EL_GETCFN, &ScreenEditor::ReadKey);
