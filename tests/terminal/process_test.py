@@ -104,7 +104,8 @@ class OptionsTest(unittest.TestCase):
                 self.assertEqual(run(*options, "-e", text)[:2], (status, output))
 
     def test_digits_change_what_is_shown_and_nothing_else(self):
-        program = '1 3 / x : x # x ? "out" ;write ## v(1,2,0.1) # nothing # m(1,2,3,4,5,6,7,8,9,10,11,12) #'
+        program = ('1 3 / x : x # x ? "out" ;write ## v(1,2,0.1) # nothing # '
+                   "m(1,2,3,4,5,6,7,8,9,10,11,12) #")
         status, output, errors = run("--digits", "3", text=program + " ")
         self.assertEqual((status, errors), (0, ""))
         self.assertEqual(output, " 0.333\n 0.333\n 0.333\n v(1, 2, 0.1)\n"
@@ -131,7 +132,8 @@ class OptionsTest(unittest.TestCase):
 
     def test_a_session_may_be_asked_for(self):
         status, output, _ = run("-i", text="1 2\n+ #\n")
-        self.assertEqual((status, output), (0, "0>   1  real       1\n  0  real       2\n2>  3.000000\n0> \n"))
+        self.assertEqual((status, output), (0, "0>   1  real       1\n  0  real       2\n"
+                                               "2>  3.000000\n0> \n"))
 
     def test_programs_before_a_session(self):
         self.assertIn(" 5.000000\n", run("-i", "-e", "5 x :", text="x #\n")[1])
@@ -140,7 +142,8 @@ class OptionsTest(unittest.TestCase):
         script = ROOT / "examples/checked.3dc"
         self.assertTrue(os.access(script, os.X_OK))
         environment = {**os.environ, "PATH": os.path.dirname(KELCALC) + ":" + os.environ["PATH"]}
-        done = subprocess.run([script], env=environment, capture_output=True, text=True, check=False)
+        done = subprocess.run([script], env=environment, capture_output=True, text=True,
+                              check=False)
         self.assertEqual((done.returncode, done.stdout, done.stderr),
                          (0, script.with_suffix(".out").read_text(), ""))
 

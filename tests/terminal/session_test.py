@@ -1,10 +1,12 @@
 """kelcalc at a terminal: editing, history, completion, interrupts, the end of the input.
 
-Run as: session_test.py KELCALC EDITING, where EDITING is 1 when it was built with line editing.
+Run as: session_test.py KELCALC EDITING ROOT, where EDITING is 1 when it was built with line
+editing and ROOT is the top of the sources.
 """
 
 import os
 import pathlib
+import re
 import stat
 import sys
 import tempfile
@@ -13,7 +15,6 @@ import unittest
 from terminal import Terminal
 
 KELCALC = ""
-EDITING = False
 TAB, LEFT, UP, CTRL_C, CTRL_D = "\t", "\x1b[D", "\x1b[A", "\x03", "\x04"
 
 needs_editing = unittest.skipUnless(len(sys.argv) > 2 and sys.argv[2] == "1",
@@ -181,8 +182,20 @@ class Session(unittest.TestCase):
         self.ends(terminal)
         self.assertNotIn(b"\x1b", terminal.raw)
 
+    # What the documents show
+
+    def test_the_session_in_the_readme(self):
+        readme = (pathlib.Path(sys.argv[3]) / "README.md").read_text()
+        shown = re.search(r"```console\n\$ kelcalc\n(.*?)```", readme, re.DOTALL)[1]
+        prompts = re.findall(r"^(\d+[>{\"\[]) ?(.*)$", shown, re.MULTILINE)
+        terminal = self.start(term="dumb")
+        for (_, typed), (prompt, _) in zip(prompts, prompts[1:]):
+            terminal.line(typed, prompt + " ")
+        seen = "\n".join(line.rstrip() for line in terminal.seen.replace("\a", "␇").split("\n"))
+        self.assertEqual(seen, shown.rstrip())
+        self.ends(terminal)
+
 
 if __name__ == "__main__":
     KELCALC = sys.argv[1]
-    EDITING = sys.argv[2] == "1"
     unittest.main(argv=sys.argv[:1], verbosity=2)

@@ -5,7 +5,6 @@ import pty
 import re
 import select
 import signal
-import sys
 import time
 
 PATIENCE = 20  # seconds until a test gives up; passing tests never wait for it
@@ -74,14 +73,3 @@ class Terminal:
             os.kill(self.pid, signal.SIGKILL)
             os.waitpid(self.pid, 0)
             os.close(self.master)
-
-
-if __name__ == "__main__":  # a transcript of the lines on standard input, for the documents
-    terminal = Terminal(sys.argv[1:], {"HOME": "/nonexistent", "NO_COLOR": "1"}, "dumb")
-    for typed in sys.stdin:
-        terminal.expect("> ")
-        terminal.send(typed)
-    terminal.expect("> ")
-    terminal.send("\x04")
-    terminal.finish()
-    print(terminal.seen, end="")

@@ -36,6 +36,10 @@ void AddText(Options& options, const char* text) {
   options.programs.push_back({Program::Text, text});
 }
 
+void AddStandardInput(Options& options) {
+  options.programs.push_back({Program::StandardInput, ""});
+}
+
 void SetDigits(Options& options, const char* text) {
   const std::string_view digits = text;
   const auto end = std::from_chars(digits.begin(), digits.end(), options.digits);
@@ -72,7 +76,7 @@ constexpr Flag Flags[] = {
     {"--list",     [](Options& options) { SetTask(options, Task::List); }},
     {"--help",     [](Options& options) { SetTask(options, Task::Help); }},
     {"--version",  [](Options& options) { SetTask(options, Task::Version); }},
-    {"-",          [](Options& options) { options.programs.push_back({Program::StandardInput, ""}); }},
+    {"-",          AddStandardInput},
 };
 
 constexpr Setting Settings[] = {
@@ -120,16 +124,12 @@ Options ParseOptions(int count, const char* const* arguments) {
   bool onlyFiles = false;
   for (int at = 1; at < count && options.error.empty(); ++at) {
     const std::string_view argument = arguments[at];
-    if (onlyFiles) {
+    if (onlyFiles || !argument.starts_with('-')) {
       options.programs.push_back({Program::File, arguments[at]});
     } else if (argument == "--") {
       onlyFiles = true;
-    } else if (TakeFlag(options, argument) || TakeSetting(options, count, arguments, at)) {
-      continue;
-    } else if (argument.starts_with('-')) {
+    } else if (!TakeFlag(options, argument) && !TakeSetting(options, count, arguments, at)) {
       options.error = "unknown option " + std::string(argument);
-    } else {
-      options.programs.push_back({Program::File, arguments[at]});
     }
   }
   return options;

@@ -27,7 +27,7 @@ std::string Padded(std::string text, std::size_t width) {
 }
 
 std::string GivenText(const Combination& combination, const std::string& name) {
-  const std::string taken = CombinationText(combination, name);
+  std::string taken = CombinationText(combination, name);
   if (combination.result.empty()) return taken;
   return Joined({taken, " -> ", combination.result});
 }

@@ -25,6 +25,7 @@
 #include "tools/kelcalc/interrupt.h"
 #include "tools/kelcalc/line_editor.h"
 #include "tools/kelcalc/open_text.h"
+#include "tools/kelcalc/output.h"
 #include "tools/kelcalc/stack_display.h"
 
 namespace kelcalc {
@@ -71,6 +72,7 @@ class Session {
   /// before has been run. Throws CaInterruption when the line is dropped.
   std::size_t Fill(char* block, std::size_t size) {
     if (rest.empty()) {
+      EndIfOutputFailed();
       if (settings.showStack && typed && open.Opening() == '\0') {
         ShowStack(interpreter, style, stdout);
       }

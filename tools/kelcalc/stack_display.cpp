@@ -30,7 +30,7 @@ std::string Printable(std::string text, const std::string& lineBreak) {
 }
 
 std::string EntryText(const CaObject& entry, int digits, const std::string& lineBreak) {
-  const std::string value = Printable(ValueText(*entry.Value(), digits), lineBreak);
+  std::string value = Printable(ValueText(*entry.Value(), digits), lineBreak);
   if (entry.Kind() != KindVariable || entry.Name() == nullptr) return value;
   return value.empty() ? entry.Name() : value + "  " + entry.Name();
 }
