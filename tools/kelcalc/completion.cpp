@@ -1,5 +1,7 @@
 #include "tools/kelcalc/completion.h"
 
+#include <cstddef>
+
 namespace kelcalc {
 namespace {
 

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
-#include <string_view>
-#include <vector>
+#include <cstdio>
 
 #include "calc/character_source.h"
 #include "calc/help.h"

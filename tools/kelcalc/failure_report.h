@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdio>
+#include <span>
 #include <string>
 
 #include "calc/failure_observer.h"

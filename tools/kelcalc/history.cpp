@@ -1,5 +1,6 @@
 #include "tools/kelcalc/history.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <initializer_list>
+#include <string>
 
 #include "calc/interpreter.h"
 #include "calc/object.h"

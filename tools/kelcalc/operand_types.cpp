@@ -1,9 +1,11 @@
 #include "tools/kelcalc/operand_types.h"
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 #include "calc/dispatch.h"
 #include "calc/help.h"

@@ -1,6 +1,7 @@
 #include "tools/kelcalc/options.h"
 
 #include <charconv>
+#include <cstddef>
 #include <string_view>
 #include <system_error>
 
