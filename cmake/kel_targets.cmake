@@ -14,6 +14,11 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86|i[3-6]8
   add_compile_options(-msse2 -mfpmath=sse)
 endif()
 
+if(WIN32)
+  # A program looks for its libraries in its own folder.
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+endif()
+
 if(KEL_SANITIZE)
   add_compile_options(-fsanitize=${KEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KEL_SANITIZE})

@@ -13,7 +13,11 @@ set(kelsave_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kelsave)
 install(TARGETS ${kelsave_targets} EXPORT kelsaveTargets)
 install(FILES ${PROJECT_SOURCE_DIR}/save/kelsave.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kelsave)
-foreach(header base_types files host_strings resources storage window)
+set(kelsave_headers base_types resources storage window)
+if(NOT WIN32)
+  list(APPEND kelsave_headers files host_strings)
+endif()
+foreach(header ${kelsave_headers})
   install(FILES ${PROJECT_SOURCE_DIR}/platform/${header}.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kelsave/platform)
 endforeach()
@@ -27,6 +31,13 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/kelsaveConfigVersion.cmak
 install(FILES
   ${PROJECT_BINARY_DIR}/kelsaveConfig.cmake ${PROJECT_BINARY_DIR}/kelsaveConfigVersion.cmake
   DESTINATION ${kelsave_package_dir})
+
+if(WIN32)
+  # A folder to be handed on: with what its reader needs to know.
+  install(FILES ${PROJECT_SOURCE_DIR}/docs/embedding.md ${PROJECT_SOURCE_DIR}/docs/embedding-windows.md
+    ${PROJECT_SOURCE_DIR}/docs/language.md DESTINATION docs)
+  return()
+endif()
 
 # With relative folders the pkg-config file finds its prefix from where it lies.
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")

@@ -25,7 +25,7 @@
 
 #ifdef _WIN32
 #ifdef KELSAVE_BUILD
-#define KEL_EXPORT __declspec(dllexport)
+#define KEL_EXPORT  // the module definition file says what is exported
 #else
 #define KEL_EXPORT __declspec(dllimport)
 #endif
@@ -126,7 +126,8 @@ class SaveInterface {
 /// The host's record of its help system, shared with the library by layout: six words of 32 bits.
 /// A plain record that owns nothing; the host makes it and the library only sees it in these four
 /// functions.
-struct HelpSys {
+class HelpSys {
+ public:
   std::int32_t clickHelp;     // state of the click help
   HWND helpWindow;            // the help window
   std::int32_t hostOwned[4];  // never looked at by the library, only copied

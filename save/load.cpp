@@ -1,5 +1,17 @@
 /// What happens when the library is loaded and unloaded.
 
+#include "calc/object.h"
+#include "geometry/vector.h"
+
+namespace {
+
+// The calculator's two shared objects live in the library from load to unload, set up and destroyed
+// by the run-time as in any program. Naming them here is what brings them in.
+[[gnu::used]] const CaValue* const SharedValue = &NothingValue;
+[[gnu::used]] const CyVector* const SharedOrigin = &Origin;
+
+}  // namespace
+
 #ifdef _WIN32
 
 #include <windows.h>

@@ -18,6 +18,7 @@ import subprocess
 import sys
 import tempfile
 
+BLOCK = 1000  # lines that are made one by one; every size is a multiple of it
 SMALL, LARGE = 1000, 3000
 TIMED_SMALL, TIMED_LARGE = 20_000, 120_000
 VARIABLES = 10  # in rotation, times two
@@ -148,7 +149,7 @@ PEERS = {
 
 def program(lines, language, count, head="", tail=""):
     """The text of `count` lines in `language`, in chunks where a compiler has limits."""
-    text = [lines(i)[language] for i in range(count)]
+    text = [lines(i)[language] for i in range(BLOCK)] * (count // BLOCK)
     if language == "lua":  # a function has room for so many constants
         text = ["(function()\n" + "\n".join(text[i:i + 1000]) + "\nend)();"
                 for i in range(0, count, 1000)]
@@ -221,20 +222,23 @@ def compare(kelcalc, limit, measure, unit, sizes, only):
 
 
 def growth(kelcalc):
-    print("\nten times the lines: how many times the processor time (10 is linear)")
+    print("\nten times the text: how many times the processor time (10 is linear)")
     for workload, (lines, _) in WORKLOADS.items():
+        few = 5_000_000 // len(lines(0)["kelcalc"]) // BLOCK * BLOCK
         spent = [seconds([kelcalc, write("program", program(lines, "kelcalc", count))])
-                 for count in (50_000, 500_000)]
+                 for count in (few, 10 * few)]
         print(f"  {workload:12} {spent[0]:7.2f} s {spent[1]:7.2f} s {spent[1] / spent[0]:6.1f}")
-    print("\nthe walks of the variable table: microseconds to define one more variable, to read one")
+    print("\nthe variable table: instructions to define one more variable, to read the oldest, the "
+          "latest, to define the oldest again")
+    start = instructions([kelcalc, write("program", "")])
     for count in (1000, 10_000, 100_000):
         define = "".join(f"1 v{i} :\n" for i in range(count))
-        # The oldest variable is the last one that the walk meets.
-        reads = max(200, 2_000_000 // count)
-        base = seconds([kelcalc, write("program", define)])
-        spent = seconds([kelcalc, write("program", define + "v0 \\\n" * reads)])
-        print(f"  {count:7,} variables {base / count * 1e6:10.2f} {(spent - base) / reads * 1e6:10.2f}",
-              flush=True)
+        again = "".join(f"1 v{i} :\n" for i in range(2000 if count > 2000 else count))
+        base, *more = [instructions([kelcalc, write("program", define + extra)]) for extra in
+                       ("", "v0 \\\n" * 2000, f"v{count - 1} \\\n" * 2000, again)]
+        repeats = (2000, 2000, min(2000, count))
+        each = " ".join(f"{(m - base) / r:10,.0f}" for m, r in zip(more, repeats))
+        print(f"  {count:7,} variables {(base - start) / count:10,.0f} {each}", flush=True)
 
 
 def main():

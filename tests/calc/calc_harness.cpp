@@ -58,7 +58,7 @@ void WriteTextFile(const char* path, std::string_view text) {
 }
 
 std::string ReadTextFile(const char* path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(path);  // as text: where lines end differently, they read the same
   if (!file) return "(no file)";
   return {std::istreambuf_iterator<char>(file), {}};
 }

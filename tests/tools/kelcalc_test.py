@@ -37,6 +37,7 @@ class KelcalcTest(unittest.TestCase):
     def test_arguments(self):
         self.write("a.3dc", "5 x : \n")
         self.write("b.3dc", "x # \n")
+        self.write("-b.3dc", "x 1 + # \n")
         self.write("cut.3dc", "x # x #")
         self.write("script.3dc", "#!/usr/bin/env kelcalc\n1 # \n")
         self.write("mark.3dc", "1 #!\n2 # \n")
@@ -58,6 +59,7 @@ class KelcalcTest(unittest.TestCase):
             (["-e", "1 2 + #"], "7 # ", " 3.000000\n", ""),
             (["-e", "4 x :", "b.3dc"], "", " 4.000000\n", ""),
             (["a.3dc", "-e", "x #"], "", " 5.000000\n", ""),
+            (["a.3dc", "--", "-b.3dc"], "", " 6.000000\n", ""),
             (["script.3dc"], "", " 1.000000\n", ""),
             (["mark.3dc"], "", " 2.000000\n", "\nUnrecognized operator #!\n"),
             (["bang.3dc"], "", "", "\nUnrecognized operator #!\n"),
