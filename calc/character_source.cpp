@@ -80,8 +80,10 @@ std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(const char* path)
   // The system opens a folder like a file; only reading from it fails.
   char nothing = 0;
   if (file->Read(&nothing, 0) < 0) return nullptr;
-  return std::make_unique<CaCharacterSource>(
+  auto source = std::make_unique<CaCharacterSource>(
       Fill([file](char* block, std::size_t size) { return CountOrNone(file->Read(block, size)); }));
+  source->name = path;
+  return source;
 }
 
 CaCharacterSource& CaCharacterSource::StandardInput() {
@@ -104,7 +106,7 @@ void CaCharacterSource::Close() {
 
 bool CaCharacterSource::Refill() {
   if (!fill_) return false;
-  CountLines(end_, beginPosition_);
+  LetGoOfBlock();
   if (block_ == nullptr) {
     block_ = std::make_unique_for_overwrite<char[]>(BlockSize + 1);
   } else {
@@ -115,6 +117,30 @@ bool CaCharacterSource::Refill() {
   end_ = next_ + count;
   if (count == 0) fill_ = nullptr;
   return count != 0;
+}
+
+/// Counts what was read, so that only the position of the next byte is left of it.
+void CaCharacterSource::LetGoOfBlock() {
+  if (mark_ != nullptr) markedPosition_ = MarkedPosition();
+  mark_ = nullptr;
+  CountLines(end_, beginPosition_);
+  begin_ = end_;
+}
+
+/// Counts on from the last time it was asked, so that asking often costs no more than reading.
+CaPosition CaCharacterSource::MarkedPosition() {
+  if (mark_ == nullptr) return markedPosition_;
+  if (mark_ >= begin_) {
+    CountLines(mark_, beginPosition_);
+    begin_ = mark_;
+    markedPosition_ = beginPosition_;
+  }
+  return markedPosition_;
+}
+
+std::string_view CaCharacterSource::MarkedText() const {
+  if (mark_ == nullptr || mark_ > next_) return {};
+  return {mark_, static_cast<std::size_t>(next_ - mark_)};
 }
 
 CaPosition CaCharacterSource::Position() const {

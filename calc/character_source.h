@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
 
 /// Where the reader is, counted from 1. A column is a byte.
@@ -73,8 +74,19 @@ class CaCharacterSource {
   /// only once a block.
   CaPosition Position() const;
 
+  /// Remembers where the last byte that was read stands, until the next call.
+  void MarkLast() { mark_ = next_ - 1; }
+
+  /// Where that is, and what was read from there on as far as it is still at hand.
+  CaPosition MarkedPosition();
+  std::string_view MarkedText() const;
+
+  /// What messages call it: a path, or what stands for one.
+  std::string name;
+
  private:
   bool Refill();
+  void LetGoOfBlock();
   void CountLines(const char* until, CaPosition& position) const;
 
   Fill fill_;                      // empty once the end was met
@@ -83,4 +95,6 @@ class CaCharacterSource {
   const char* next_ = nullptr;
   const char* end_ = nullptr;
   CaPosition beginPosition_{1, 1};
+  const char* mark_ = nullptr;  // null once its block is gone
+  CaPosition markedPosition_{1, 1};
 };

@@ -6,9 +6,20 @@
 
 #include "calc/character_source.h"
 #include "calc/object.h"
+#include "calc/value_print.h"
+
+namespace {
+
+constinit const volatile std::sig_atomic_t NeverInterrupted = 0;
+
+}  // namespace
 
 CaInterpreter::CaInterpreter()
-    : input(&CaCharacterSource::StandardInput()), output(stdout), errors(stderr) {}
+    : input(&CaCharacterSource::StandardInput()),
+      output(stdout),
+      errors(stderr),
+      show(PrintValue),
+      interruptRequested(&NeverInterrupted) {}
 
 CaInterpreter::~CaInterpreter() {
   PopValues(Depth());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 
@@ -9,6 +10,7 @@
 #include "calc/variable_index.h"
 
 class CaCharacterSource;
+class CaFailureObserver;
 
 /// The run-time state of the language: what is being read, the variables and the operand stack.
 /// Everything runs on the caller's thread; only one interpreter may run at a time.
@@ -71,6 +73,14 @@ struct CaInterpreter {
 
   std::FILE* output;  // what programs print; standard output
   std::FILE* errors;  // every message of the engine; standard error
+
+  /// How programs print a value on `output`; files of variables keep their own form.
+  void (*show)(std::FILE* output, const CaValue& value);
+
+  CaFailureObserver* observer = nullptr;  // borrowed; may be null
+
+  /// Set from outside, as by a signal, to stop at the next token (interruption.h). Never null.
+  const volatile std::sig_atomic_t* interruptRequested;
 
   /// Where a variable stands in `variables`, so that finding one does not walk the table.
   mutable CaVariableIndex index;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "calc/character_source.h"
 #include "calc/dispatch.h"
+#include "calc/interpreter.h"
 #include "calc/reader.h"
 #include "calc/reports.h"
 
@@ -17,7 +19,10 @@ class CaItemReader {
 
   /// Reads on until an item was handed over. What is no item is reported or dropped.
   void ReadItem() {
-    while (!ReadFrom(ReadPastBlanks(interpreter_))) {
+    for (bool found = false; !found;) {
+      const int c = ReadPastBlanks(interpreter_);
+      interpreter_.input->MarkLast();
+      found = ReadFrom(c);
     }
   }
 

@@ -2,24 +2,37 @@
 
 #include <cstdio>
 
+#include "calc/failure_observer.h"
 #include "calc/interpreter.h"
+
+namespace {
+
+void Tell(const CaInterpreter& interpreter, CaFailure failure, const char* name) {
+  if (interpreter.observer != nullptr) interpreter.observer->Failed(interpreter, failure, name);
+}
+
+}  // namespace
 
 int ReportBadNumber(CaInterpreter& interpreter) {
   std::fputs("Problem in format of number\n", interpreter.errors);
+  Tell(interpreter, CaFailure::BadNumber, "");
   return 0;
 }
 
 int ReportBadCompound(CaInterpreter& interpreter, const char* name) {
   std::fprintf(interpreter.errors, "Problem in format of compound constant %s\n", name);
+  Tell(interpreter, CaFailure::BadCompound, name);
   return 0;
 }
 
 void ReportUnknownOperator(CaInterpreter& interpreter, const char* name) {
   std::fprintf(interpreter.errors, "\nUnrecognized operator %s\n", name);
+  Tell(interpreter, CaFailure::UnknownOperator, name);
 }
 
 void ReportUnknownSpecifier(CaInterpreter& interpreter, const char* name) {
   std::fprintf(interpreter.errors, "\nUnrecognized constant specifier %s\n", name);
+  Tell(interpreter, CaFailure::UnknownSpecifier, name);
 }
 
 int ReportTypeMismatch(CaInterpreter& interpreter, const char* name) {
@@ -32,4 +45,7 @@ int ReportUnopenedFile(CaInterpreter& interpreter, const char* path) {
   return 0;
 }
 
-void ReportFailure(CaInterpreter& interpreter) { std::fputs("\a \n", interpreter.errors); }
+void ReportFailure(CaInterpreter& interpreter, const char* name) {
+  std::fputs("\a \n", interpreter.errors);
+  Tell(interpreter, CaFailure::OperatorFailed, name);
+}

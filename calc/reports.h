@@ -3,6 +3,7 @@
 struct CaInterpreter;
 
 /// Every message of the language, each written in one place, all to the interpreter's `errors`.
+/// Failures of a program are told to its observer as well.
 /// Those that return a number return 0, the result of the operation that failed.
 
 /// A number that is none, as a lone point.
@@ -23,5 +24,6 @@ int ReportTypeMismatch(CaInterpreter& interpreter, const char* name);
 /// A file that cannot be opened, or is nested too deeply.
 int ReportUnopenedFile(CaInterpreter& interpreter, const char* path);
 
-/// The bell that follows every operator or function that failed.
-void ReportFailure(CaInterpreter& interpreter);
+/// The bell that follows every operator or function that failed; here it is called `name`, which
+/// only the observer is told.
+void ReportFailure(CaInterpreter& interpreter, const char* name);

@@ -3,8 +3,18 @@
 #include <algorithm>
 #include <memory>
 
+#include "calc/failure_observer.h"
 #include "calc/interpreter.h"
 #include "calc/reports.h"
+
+namespace {
+
+template <typename Rule>
+void TellNoRule(const CaInterpreter& interpreter, std::span<const Rule> rules) {
+  if (interpreter.observer != nullptr) interpreter.observer->NoRuleAmong(rules);
+}
+
+}  // namespace
 
 int ApplyRules(CaInterpreter& interpreter, const CaRuleGrid& rules, const char* name) {
   const CaListNode* top = interpreter.stack.head;
@@ -12,6 +22,7 @@ int ApplyRules(CaInterpreter& interpreter, const CaRuleGrid& rules, const char* 
   const CaValue& a = *top->next->payload->Value();
   const CaOutcome& outcome = rules.For(b.type, a.type);
   if (outcome.combine == nullptr) {
+    TellNoRule(interpreter, rules.Rules());
     return outcome.reports ? ReportTypeMismatch(interpreter, name) : 0;
   }
   std::unique_ptr<CaValue> result(new CaValue(outcome.combine(a, b)));
@@ -39,13 +50,20 @@ int ApplyTopRules(CaInterpreter& interpreter, std::span<const CaTopRule> rules, 
   const std::int32_t top = interpreter.Peek(0)->Value()->type;
   const auto rule = std::find_if(rules.begin(), rules.end(),
                                  [top](const CaTopRule& row) { return row.top == top; });
-  if (rule == rules.end()) return 0;
+  if (rule == rules.end()) {
+    TellNoRule(interpreter, rules);
+    return 0;
+  }
   if (rule->operands == 0) return 1;
-  if (interpreter.Depth() < rule->operands) return 0;
+  if (interpreter.Depth() < rule->operands) {
+    TellNoRule(interpreter, rules);
+    return 0;
+  }
 
   const auto count = static_cast<std::size_t>(rule->operands);
   std::array<const CaValue*, MostOperands> values{};
   if (!TakeOperands(interpreter, count, rule->further, values.data())) {
+    TellNoRule(interpreter, rules);
     return ReportTypeMismatch(interpreter, name);
   }
   interpreter.Replace(rule->operands, new CaValue(rule->make({values.data(), count})));

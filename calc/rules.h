@@ -64,7 +64,8 @@ constexpr bool CoversEveryPairOnce(std::span<const CaRule> rules) {
 /// The rules worked out for every pair, so that an operator finds its outcome at once.
 class CaRuleGrid {
  public:
-  explicit constexpr CaRuleGrid(std::span<const CaRule> rules) {
+  /// The table of `rules` must outlive the grid.
+  explicit constexpr CaRuleGrid(std::span<const CaRule> rules) : rules_(rules) {
     for (std::int32_t pair = 0; pair < TypeCount * TypeCount; ++pair) {
       std::size_t row = 0;
       while (!rules[row].Fits(pair / TypeCount, pair % TypeCount)) ++row;
@@ -77,12 +78,15 @@ class CaRuleGrid {
     return outcomes_[RowOf(top) * TypeCount + RowOf(beneath)];
   }
 
+  std::span<const CaRule> Rules() const { return rules_; }
+
  private:
   static std::size_t RowOf(std::int32_t type) {
     const auto row = static_cast<std::uint32_t>(type);
     return row < TypeCount ? row : std::size_t{TypeNothing};
   }
 
+  std::span<const CaRule> rules_;
   std::array<CaOutcome, TypeCount * TypeCount> outcomes_;
 };
 

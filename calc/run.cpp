@@ -4,6 +4,7 @@
 
 #include "calc/character_source.h"
 #include "calc/interpreter.h"
+#include "calc/interruption.h"
 #include "calc/name_pool.h"
 #include "calc/next_item.h"
 
@@ -44,7 +45,7 @@ class ItemRunner {
     const bool runs = !Skipping() || entry.alwaysRun != 0;
     const int done = runs ? entry.function(interpreter_) : 1;
     if (skippingOne && interpreter_.skipLevel == 0) interpreter_.skipLevel = -1;
-    if (done == 0) ReportFailure(interpreter_);
+    if (done == 0) ReportFailure(interpreter_, entry.name);
   }
 
  private:
@@ -57,7 +58,10 @@ void RunToTheEnd(CaInterpreter& interpreter) {
   ItemRunner runner(interpreter);
   CaItemReader<ItemRunner> reader(interpreter, runner);
   try {
-    for (;;) reader.ReadItem();
+    for (;;) {
+      if (*interpreter.interruptRequested != 0) throw CaInterruption();
+      reader.ReadItem();
+    }
   } catch (const EndOfInput&) {
     return;
   }
@@ -95,6 +99,7 @@ int RunFile(CaInterpreter& interpreter, const char* path) {
 int RunText(CaInterpreter& interpreter, std::string_view text, const char* name) {
   if (interpreter.nestDepth >= DeepestNesting) return ReportUnopenedFile(interpreter, name);
   CaCharacterSource source(text);
+  source.name = name;
   return RunSource(interpreter, source);
 }
 

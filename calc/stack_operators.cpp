@@ -80,13 +80,15 @@ int PrintAllAndClear(CaInterpreter& interpreter) {
 }
 
 int ShowTop(CaInterpreter& interpreter) {
-  interpreter.Peek(0)->Value()->Print(interpreter.output);
+  interpreter.show(interpreter.output, *interpreter.Peek(0)->Value());
   return 1;
 }
 
 int ShowAll(CaInterpreter& interpreter) {
   const CaListNode* node = interpreter.stack.tail;
-  for (; node != nullptr; node = node->previous) node->payload->Value()->Print(interpreter.output);
+  for (; node != nullptr; node = node->previous) {
+    interpreter.show(interpreter.output, *node->payload->Value());
+  }
   return 1;
 }
 

@@ -1,0 +1,166 @@
+"""The options of kelcalc that help people, from outside.
+
+Run as: process_test.py KELCALC ROOT, where ROOT is the top of the sources.
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+KELCALC = os.path.abspath(sys.argv[1])
+ROOT = pathlib.Path(sys.argv[2]).resolve()
+
+
+def run(*arguments, text=""):
+    done = subprocess.run([KELCALC, *arguments], input=text, capture_output=True, text=True,
+                          timeout=120, check=False)
+    return done.returncode, done.stdout, done.stderr
+
+
+class OptionsTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(folder.name)
+
+    def where(self, text, *arguments):
+        """The lines that --where adds to what `text` writes to standard error without it."""
+        before = run(*arguments, text=text)
+        after = run("--where", *arguments, text=text)
+        self.assertEqual(before[:2], after[:2])
+        plain = before[2].splitlines()
+        added = []
+        for line in after[2].splitlines():
+            if plain and line == plain[0]:
+                plain.pop(0)
+            else:
+                added.append(line)
+        self.assertEqual(plain, [])
+        return added
+
+    def test_where(self):
+        rows = [
+            ('1 2 + # ', []),
+            ('"a" 1 + ', ["1:7: + on (string, real): no rule; it takes real+real, vector+vector, "
+                          "point+vector, vector+point, quaternion+quaternion"]),
+            ('\n[ two\nlines ] 1 -  ', ["3:11: - on (real): too few entries; it takes real-real, "
+                                        "vector-vector, point-vector, point-point, "
+                                        "quaternion-quaternion"]),
+            ('"a" p(1,2,3) * ', ["1:14: * on (string, point): no rule; it takes real*real, "
+                                 "vector*real, quaternion*real, rotation*real, scale*real, "
+                                 "vector*vector, ..."]),
+            ('1 "a" 2 ;v ', ["1:9: ;v on (real, string, real): no rule; it takes 3 reals, vector, "
+                             "point, matrix, quaternion, rotation"]),
+            (';nope ;  1 -- ', ["1:1: ;nope is no operator or function, the stack holds 0 ()",
+                                "1:7: ; is no operator or function, the stack holds 0 ()",
+                                "1:12: -- is no operator or function, the stack holds 1 (real)"]),
+            ('. 1e+ ', ["1:1: . is no number, the stack holds 0 ()",
+                        "1:3: 1e+ is no number, the stack holds 0 ()"]),
+            ('v(1,\n2) ', ["1:1: v(1, 2 is no constant v(...), the stack holds 0 ()"]),
+            ('V(1) ', ["1:1: V( begins no constant; v( p( m( q( r( s( do, the stack holds 0 ()"]),
+            ('5 7 : ', ["1:5: : on (real, real): no rule; it takes any, variable"]),
+            ('"no" ;read ', ["1:6: ;read on (string): failed with these values"]),
+            ('1 2 9 \'\' ', ["1:7: '' on (real, real): the index that was on top is no position"]),
+            ('"a" 1 < ', ["1:7: < on (string, real): no rule; it takes real<real"]),
+        ]
+        for text, lines in rows:
+            with self.subTest(text=text):
+                self.assertEqual(self.where(text), ["<stdin>:" + line for line in lines])
+
+    def test_where_names_the_file_that_failed(self):
+        pathlib.Path("inner.3dc").write_text("\n  1 * \n")
+        pathlib.Path("outer.3dc").write_text('"inner" ;read \n"x" ;sin \n')
+        self.assertEqual([line.split(" on ")[0] for line in self.where("", "outer.3dc")],
+                         ["inner.3dc:2:5: *", "outer.3dc:2:5: ;sin"])
+        self.assertEqual(self.where("", "-e", "1 ;x")[0].split(" on ")[0], "-e:1:3: ;x")
+
+    def test_where_counts_across_blocks(self):
+        text = "1 # \n" * 40000 + "   ;nope " + " " * 70000 + ";nope "
+        lines = self.where(text)
+        self.assertEqual([line.split(" ")[0] for line in lines],
+                         ["<stdin>:40001:4:", f"<stdin>:40001:{4 + 6 + 70000}:"])
+
+    def test_strict_and_stop(self):
+        rows = [
+            # options, program, status, output
+            ([], "1 - 7 # ", 0, " 7.000000\n"),
+            (["--strict"], "7 # ", 0, " 7.000000\n"),
+            (["--strict"], "1 - 7 # ", 1, " 7.000000\n"),
+            (["--strict"], "nope( 7 # ", 1, " 7.000000\n"),
+            (["--strict"], "v(1) 7 # ", 1, " 7.000000\n"),
+            (["--strict"], ". 7 # ", 1, " 7.000000\n"),
+            (["--strict"], ";nope 7 # ", 1, " 7.000000\n"),
+            (["--strict"], "2 1 < { 1 - } 7 # ", 0, " 7.000000\n"),
+            (["--stop"], "7 # ", 0, " 7.000000\n"),
+            (["--stop"], "6 # 1 - 7 # ", 1, " 6.000000\n"),
+        ]
+        for options, text, status, output in rows:
+            with self.subTest(options=options, text=text):
+                self.assertEqual(run(*options, text=text)[:2], (status, output))
+                self.assertEqual(run(*options, "-e", text)[:2], (status, output))
+
+    def test_digits_change_what_is_shown_and_nothing_else(self):
+        program = ('1 3 / x : x # x ? "out" ;write ## v(1,2,0.1) # nothing # '
+                   "m(1,2,3,4,5,6,7,8,9,10,11,12) #")
+        status, output, errors = run("--digits", "3", text=program + " ")
+        self.assertEqual((status, errors), (0, ""))
+        self.assertEqual(output, " 0.333\n 0.333\n 0.333\n v(1, 2, 0.1)\n"
+                                 " m( 1,  2,  3,  4\n   5,  6,  7,  8\n   9, 10, 11, 12)\n")
+        self.assertEqual(pathlib.Path("out.3dc").read_text(), " 0.333333\nx : \n")
+
+    def test_list_and_explain(self):
+        status, listed, errors = run("--list")
+        self.assertEqual((status, errors), (0, ""))
+        names = [line.split()[0] for line in listed.splitlines() if line[:2] == "  " != line[1:3]]
+        self.assertEqual(len(names), 32 + 27)
+        for name in names:
+            status, text, errors = run("--explain", name)
+            self.assertEqual((status, errors), (0, ""))
+            self.assertTrue(text.startswith(name + "  "), name)
+        self.assertEqual(run("--explain", "nope"),
+                         (2, "", "kelcalc: no operator or function is called nope\n"
+                                 "Try 'kelcalc --help'.\n"))
+
+    def test_a_pipe_gets_no_extra_byte(self):
+        for arguments in ([], ["--no-stack"], ["--no-where"], ["-"]):
+            self.assertEqual(run(*arguments, text='1 "a" + # \n'), (0, ' "a"\n', run(
+                text='1 "a" + # \n')[2]))
+
+    def test_a_session_may_be_asked_for(self):
+        status, output, _ = run("-i", text="1 2\n+ #\n")
+        self.assertEqual((status, output), (0, "0>   1  real       1\n  0  real       2\n"
+                                               "2>  3.000000\n0> \n"))
+
+    def test_programs_before_a_session(self):
+        self.assertIn(" 5.000000\n", run("-i", "-e", "5 x :", text="x #\n")[1])
+
+    def test_executable_files(self):
+        script = ROOT / "examples/checked.3dc"
+        self.assertTrue(os.access(script, os.X_OK))
+        environment = {**os.environ, "PATH": os.path.dirname(KELCALC) + ":" + os.environ["PATH"]}
+        done = subprocess.run([script], env=environment, capture_output=True, text=True,
+                              check=False)
+        self.assertEqual((done.returncode, done.stdout, done.stderr),
+                         (0, script.with_suffix(".out").read_text(), ""))
+
+    def test_bash_completion(self):
+        def complete(*words):
+            script = (f'source "{ROOT}/tools/kelcalc/kelcalc.bash"; COMP_WORDS=("$@"); '
+                      'COMP_CWORD=$(($# - 1)); _kelcalc; printf "%s\\n" "${COMPREPLY[@]}"')
+            return subprocess.run(["bash", "-c", script, "bash", KELCALC, *words], check=True,
+                                  capture_output=True, text=True).stdout.split()
+        self.assertEqual(complete("--st"), ["--strict", "--stop"])
+        self.assertEqual(complete("--explain", ";sq"), ["\\;sqrt"])
+        self.assertIn("\\~==", complete("--explain", ""))
+        self.assertEqual(complete("--digits", "9"), ["9"])
+        pathlib.Path("a.3dc").touch()
+        pathlib.Path("b.txt").touch()
+        self.assertEqual(complete(""), ["a.3dc"])
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/kelcalc/line_editor.h"
+
+namespace kelcalc {
+
+/// The names that a line can hold.
+struct KnownNames {
+  std::vector<std::string> operators;
+  std::vector<std::string> functions;  // without their ";"
+  std::vector<std::string> variables;
+};
+
+/// The names that complete the word at the end of `beforeCursor`, in the order they are known in:
+/// functions after ";", variables for a name, operators for a run of operator characters. Nothing
+/// after a number or where no word stands.
+Completion Complete(std::string_view beforeCursor, const KnownNames& known);
+
+}  // namespace kelcalc

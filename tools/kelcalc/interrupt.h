@@ -1,0 +1,18 @@
+#pragma once
+
+#include <csignal>
+
+namespace kelcalc {
+
+/// Lets Ctrl-C end what is running instead of the process: from now on SIGINT only raises
+/// `InterruptRequested`, and breaks off a read that waits.
+void CatchInterrupts();
+
+/// Not 0 after a Ctrl-C; whoever acts on it sets it back.
+extern volatile std::sig_atomic_t InterruptRequested;
+
+/// Waits until standard input can be read without waiting, or has ended; returns false when
+/// Ctrl-C comes first. None is missed, however close to the call it comes.
+bool WaitForInput();
+
+}  // namespace kelcalc

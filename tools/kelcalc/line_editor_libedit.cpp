@@ -1,0 +1,159 @@
+#include <histedit.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+
+#include "tools/kelcalc/history.h"
+#include "tools/kelcalc/interrupt.h"
+#include "tools/kelcalc/line_editor.h"
+
+namespace kelcalc {
+namespace {
+
+constexpr char EndKey = 0x04;  // Ctrl-D
+
+/// The longest text that every one of `words` begins with. `words` is not empty.
+std::string CommonBeginning(const std::vector<std::string>& words) {
+  std::string common = words.front();
+  for (const std::string& word : words) {
+    const auto differs = std::mismatch(common.begin(), common.end(), word.begin(), word.end());
+    common.erase(differs.first, common.end());
+  }
+  return common;
+}
+
+class ScreenEditor final : public LineEditor {
+ public:
+  ScreenEditor(const History& allLines, const Completer& wordCompleter)
+      : completer(wordCompleter),
+        editor(el_init("kelcalc", stdin, stdout, stderr)),
+        lines(history_init()),
+        source(allLines) {
+    HistEvent event;
+    history(lines, &event, H_SETSIZE, static_cast<int>(History::MostLines));
+    el_set(editor, EL_CLIENTDATA, this);
+    el_set(editor, EL_PROMPT, &ScreenEditor::Prompt);
+    el_set(editor, EL_SIGNAL, 1);  // the terminal is put right before a signal's handler runs
+    el_set(editor, EL_EDITOR, "emacs");
+    el_set(editor, EL_HIST, history, lines);
+    el_wset(editor, EL_ADDFN, L"kelcalc-complete", L"Completes a name", &ScreenEditor::CompleteKey);
+    el_set(editor, EL_BIND, "\t", "kelcalc-complete", nullptr);
+    el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+    el_wset(editor, EL_GETCFN, &ScreenEditor::ReadKey);
+    el_source(editor, nullptr);  // the user's own bindings, ~/.editrc
+  }
+
+  ~ScreenEditor() override {
+    el_end(editor);
+    history_end(lines);
+  }
+
+  LineResult ReadLine(const std::string& prompt, std::string& line) override {
+    TakeNewHistory();
+    currentPrompt = prompt;
+    interrupted = false;
+    std::fflush(stdout);
+    int count = 0;
+    el_set(editor, EL_PREP_TERM, 1);  // before the prompt invites to type
+    const char* text = el_gets(editor, &count);
+    if (text == nullptr || count <= 0 || interrupted) {
+      line.clear();
+      std::putc('\n', stdout);
+      return interrupted || count < 0 ? LineResult::Interrupted : LineResult::Ended;
+    }
+    line.assign(text, static_cast<std::size_t>(count));
+    if (line.back() != '\n') line += '\n';
+    return LineResult::Read;
+  }
+
+ private:
+  static ScreenEditor& Of(EditLine* editLine) {
+    void* self = nullptr;
+    el_get(editLine, EL_CLIENTDATA, &self);
+    return *static_cast<ScreenEditor*>(self);
+  }
+
+  static char* Prompt(EditLine* editLine) { return Of(editLine).currentPrompt.data(); }
+
+  static unsigned char CompleteKey(EditLine* editLine, int) {
+    return Of(editLine).CompleteAtCursor();
+  }
+
+  /// One character; -1 when Ctrl-C came first, 0 at the end. libedit's own routine would miss a
+  /// Ctrl-C that comes between two reads.
+  static int ReadKey(EditLine* editLine, wchar_t* key) {
+    std::mbstate_t state{};
+    for (;;) {
+      char byte = 0;
+      if (!WaitForInput()) {
+        Of(editLine).interrupted = true;
+        return -1;
+      }
+      if (read(STDIN_FILENO, &byte, 1) <= 0) return 0;
+      // A Ctrl-D that was typed before the prompt came arrives as a NUL, which no key makes.
+      if (byte == '\0') byte = EndKey;
+      const std::size_t used = std::mbrtowc(key, &byte, 1, &state);
+      if (used <= 1) return 1;
+      if (used == static_cast<std::size_t>(-1)) state = {};  // no character: dropped
+    }
+  }
+
+  /// Types what is certain; when nothing is, lists what is possible below the line.
+  unsigned char CompleteAtCursor() {
+    const LineInfo* info = el_line(editor);
+    const std::string_view before(info->buffer,
+                                  static_cast<std::size_t>(info->cursor - info->buffer));
+    const Completion found = completer(before);
+    if (found.candidates.empty()) return CC_REFRESH_BEEP;
+    std::string certain = CommonBeginning(found.candidates).substr(found.wordLength);
+    if (found.candidates.size() == 1) certain += ' ';
+    if (certain.empty()) {
+      List(found.candidates);
+      return CC_REDISPLAY;
+    }
+    el_insertstr(editor, certain.c_str());
+    return CC_REFRESH;
+  }
+
+  void List(const std::vector<std::string>& words) {
+    std::fputc('\n', stdout);
+    for (const std::string& word : words) std::fprintf(stdout, "%s  ", word.c_str());
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+  }
+
+  /// Hands over the lines that the history has got since the last call.
+  void TakeNewHistory() {
+    HistEvent event;
+    const std::vector<std::string>& all = source.Lines();
+    for (; taken < all.size(); ++taken) history(lines, &event, H_ENTER, all[taken].c_str());
+  }
+
+  const Completer& completer;
+  EditLine* editor;  // owned
+  ::History* lines;  // owned; libedit's copy of `source`
+  const History& source;
+  std::size_t taken = 0;  // lines of `source` that `lines` has
+  std::string currentPrompt;
+  bool interrupted = false;  // while the line was being read
+};
+
+bool IsDumb(const char* terminal) {
+  return terminal == nullptr || *terminal == '\0' || std::strcmp(terminal, "dumb") == 0;
+}
+
+}  // namespace
+
+std::unique_ptr<LineEditor> OpenScreenEditor(const History& history, const Completer& completer) {
+  if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) return nullptr;
+  if (IsDumb(std::getenv("TERM"))) return nullptr;
+  std::setlocale(LC_CTYPE, "");  // what a character is; numbers keep their form
+  return std::make_unique<ScreenEditor>(history, completer);
+}
+
+}  // namespace kelcalc

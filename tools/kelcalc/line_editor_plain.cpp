@@ -1,0 +1,73 @@
+#include <cstddef>
+#include <cstdio>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "tools/kelcalc/interrupt.h"
+#include "tools/kelcalc/line_editor.h"
+
+namespace kelcalc {
+namespace {
+
+constexpr std::size_t BlockSize = 4096;  // a terminal never delivers more at once
+
+/// At most `BlockSize` bytes of standard input into `block`; 0 or less at the end.
+std::ptrdiff_t ReadBlock(char* block) {
+#ifdef _WIN32
+  return _read(0, block, BlockSize);
+#else
+  return read(STDIN_FILENO, block, BlockSize);
+#endif
+}
+
+class PlainEditor final : public LineEditor {
+ public:
+  LineResult ReadLine(const std::string& prompt, std::string& line) override {
+    std::fputs(prompt.c_str(), stdout);
+    std::fflush(stdout);
+    line.clear();
+    for (;;) {
+      const std::size_t length = unread.find('\n') + 1;  // 0 when the line is not whole
+      if (length > 0) return Deliver(length, line);
+      if (!WaitForInput()) return Drop();
+      char block[BlockSize];
+      const std::ptrdiff_t count = ReadBlock(block);
+      if (count <= 0) return DeliverLast(line);
+      unread.append(block, static_cast<std::size_t>(count));
+    }
+  }
+
+ private:
+  LineResult Deliver(std::size_t length, std::string& line) {
+    line.assign(unread, 0, length);
+    unread.erase(0, length);
+    return LineResult::Read;
+  }
+
+  LineResult DeliverLast(std::string& line) {
+    if (unread.empty()) {
+      std::putc('\n', stdout);  // the prompt stands there still
+      return LineResult::Ended;
+    }
+    unread += '\n';
+    return Deliver(unread.size(), line);
+  }
+
+  LineResult Drop() {
+    unread.clear();
+    std::putc('\n', stdout);  // the terminal has shown ^C
+    return LineResult::Interrupted;
+  }
+
+  std::string unread;
+};
+
+}  // namespace
+
+std::unique_ptr<LineEditor> OpenPlainEditor() { return std::make_unique<PlainEditor>(); }
+
+}  // namespace kelcalc

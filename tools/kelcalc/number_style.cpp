@@ -1,0 +1,114 @@
+#include "tools/kelcalc/number_style.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <cstdio>
+#include <initializer_list>
+#include <string>
+
+#include "calc/interpreter.h"
+#include "calc/object.h"
+#include "geometry/matrix.h"
+#include "geometry/vector.h"
+
+namespace kelcalc {
+namespace {
+
+std::string NumberText(double number, int digits) {
+  char text[MostDigits + 16];
+  const auto end =
+      std::to_chars(text, text + sizeof text, number, std::chars_format::general, digits);
+  return {text, end.ptr};
+}
+
+/// The constant that `specifier` begins.
+std::string Compound(char specifier, std::initializer_list<double> numbers, int digits) {
+  std::string text = {specifier, '('};
+  const char* separator = "";
+  for (const double number : numbers) {
+    text += separator + NumberText(number, digits);
+    separator = ", ";
+  }
+  return text + ')';
+}
+
+std::string Compound(char specifier, const CyVector& v, int digits) {
+  return Compound(specifier, {v.x, v.y, v.z}, digits);
+}
+
+std::string MatrixText(const CyMatrix& matrix, int digits) {
+  std::string elements[3][4];
+  std::size_t width = 0;
+  for (int row = 0; row < 3; ++row) {
+    for (int column = 0; column < 4; ++column) {
+      elements[row][column] = NumberText(matrix.m[row][column], digits);
+      width = std::max(width, elements[row][column].size());
+    }
+  }
+  std::string text = "m(";
+  for (int row = 0; row < 3; ++row) {
+    if (row > 0) text += "\n  ";
+    for (int column = 0; column < 4; ++column) {
+      const std::string& element = elements[row][column];
+      if (column > 0) text += ", ";
+      text += std::string(width - element.size(), ' ') + element;
+    }
+  }
+  return text + ')';
+}
+
+}  // namespace
+
+std::string ValueText(const CaValue& value, int digits) {
+  switch (value.type) {
+    case TypeInteger:
+      return std::to_string(value.integer);
+    case TypeString:
+      return std::string("\"") + value.text + '"';
+    case TypeReal:
+      return NumberText(value.real, digits);
+    case TypeVector:
+      return Compound('v', value.vector, digits);
+    case TypePoint:
+      return Compound('p', value.point, digits);
+    case TypeMatrix:
+      return MatrixText(value.matrix, digits);
+    case TypeQuaternion: {
+      const CyQuaternion& q = value.quaternion;
+      return Compound('q', {q.w, q.v.x, q.v.y, q.v.z}, digits);
+    }
+    case TypeRotation: {
+      const CyRotation& r = value.rotation;
+      return Compound('r', {r.axis.x, r.axis.y, r.axis.z, r.angle}, digits);
+    }
+    case TypeScale:
+      return Compound('s', value.scale, digits);
+    default:
+      return "";
+  }
+}
+
+namespace {
+
+int ShownDigits = MostDigits;  // the routine that shows values is a plain function
+
+void ShowValue(std::FILE* output, const CaValue& value) {
+  if (value.type != TypeNothing)
+    std::fprintf(output, " %s\n", ValueText(value, ShownDigits).c_str());
+}
+
+}  // namespace
+
+void SetShownDigits(CaInterpreter& interpreter, int digits) {
+  ShownDigits = digits;
+  interpreter.show = ShowValue;
+}
+
+const char* TypeName(int type) {
+  constexpr const char* Names[] = {"nothing", "integer", "string",     "real",     "vector",
+                                   "point",   "matrix",  "quaternion", "rotation", "scale"};
+  return type >= TypeNothing && type <= TypeScale ? Names[type] : Names[TypeNothing];
+}
+
+}  // namespace kelcalc

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string_view>
+
+namespace kelcalc {
+
+/// Follows text only as far as to know whether it ends inside a string or a comment, which may
+/// run over several lines.
+class OpenText {
+ public:
+  /// Goes on through `text`.
+  void Take(std::string_view text);
+
+  /// The quotation mark or the bracket that still waits for its end; 0 when none does.
+  char Opening() const;
+
+ private:
+  void TakeInString(char c);
+  void TakeInComment(char c);
+
+  bool inString = false;
+  bool escaped = false;  // by a backslash, in either
+  int comments = 0;      // open brackets
+  int stringLength = 0;
+};
+
+}  // namespace kelcalc

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kelcalc {
+
+/// What the command line asks for beside running programs; the first that is met wins.
+enum class Task { Run, Help, Version, List, Explain };
+
+/// One thing to run, in the order of the command line.
+struct Program {
+  enum Origin { File, Text, StandardInput };
+  Origin origin;
+  std::string text;  // the path or the program; empty for standard input
+};
+
+/// Yes or no, or whatever fits where kelcalc runs.
+enum class Choice { Default, On, Off };
+
+struct Options {
+  Task task = Task::Run;
+  std::string explained;          // the name for Task::Explain
+  std::vector<Program> programs;  // none: standard input
+  bool interactive = false;
+  bool showStack = true;
+  Choice where = Choice::Default;
+  bool strict = false;
+  bool stop = false;
+  int digits = 0;  // 0: the language's own form
+
+  std::string error;  // not empty: the command line is wrong, and this says why
+};
+
+Options ParseOptions(int count, const char* const* arguments);
+
+/// The text that --help prints.
+extern const char* const Usage;
+
+}  // namespace kelcalc

@@ -1,0 +1,159 @@
+#include "tools/kelcalc/session.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "calc/character_source.h"
+#include "calc/dispatch.h"
+#include "calc/interpreter.h"
+#include "calc/interruption.h"
+#include "calc/run.h"
+#include "tools/kelcalc/completion.h"
+#include "tools/kelcalc/history.h"
+#include "tools/kelcalc/interrupt.h"
+#include "tools/kelcalc/line_editor.h"
+#include "tools/kelcalc/open_text.h"
+#include "tools/kelcalc/output.h"
+#include "tools/kelcalc/stack_display.h"
+
+namespace kelcalc {
+namespace {
+
+bool IsTerminal(int descriptor) {
+#ifdef _WIN32
+  return _isatty(descriptor) != 0;
+#else
+  return isatty(descriptor) != 0;
+#endif
+}
+
+std::vector<std::string> NamesIn(const CaOperatorEntry* table) {
+  std::vector<std::string> names;
+  for (; *table->name != '\0'; ++table) names.emplace_back(table->name);
+  return names;
+}
+
+class Session {
+ public:
+  Session(CaInterpreter& engine, const SessionSettings& sessionSettings,
+          const DisplayStyle& displayStyle)
+      : interpreter(engine), settings(sessionSettings), style(displayStyle) {
+    if (settings.lineEditing) editor = OpenScreenEditor(history, completer);
+    if (editor == nullptr) editor = OpenPlainEditor();
+  }
+
+  void Run() {
+    CaCharacterSource terminal([this](char* block, std::size_t size) { return Fill(block, size); });
+    terminal.name = "<terminal>";
+    for (;;) {
+      interpreter.input = &terminal;
+      try {
+        return RunTopLevel(interpreter);
+      } catch (const CaInterruption&) {
+        StartAfresh();
+      }
+    }
+  }
+
+ private:
+  /// Hands the line that was typed to the reader, which asks for more only when all that came
+  /// before has been run. Throws CaInterruption when the line is dropped.
+  std::size_t Fill(char* block, std::size_t size) {
+    if (rest.empty()) {
+      EndIfOutputFailed();
+      if (settings.showStack && typed && open.Opening() == '\0') {
+        ShowStack(interpreter, style, stdout);
+      }
+      if (!ReadLine()) return 0;
+    }
+    const std::size_t count = std::min(size, rest.size());
+    std::memcpy(block, rest.data(), count);
+    rest.remove_prefix(count);
+    return count;
+  }
+
+  /// False at the end of the input.
+  bool ReadLine() {
+    InterruptRequested = 0;
+    const LineResult result = editor->ReadLine(Prompt(), line);
+    InterruptRequested = 0;
+    if (result == LineResult::Interrupted) throw CaInterruption();
+    if (result == LineResult::Ended) return false;
+    history.Add(line.substr(0, line.size() - 1));
+    open.Take(line);
+    rest = line;
+    typed = true;
+    return true;
+  }
+
+  /// The depth of the stack, and what is open: a string, a comment, a block that is skipped.
+  std::string Prompt() const {
+    char mark = open.Opening();
+    if (mark == '\0') mark = interpreter.skipLevel < 0 ? '>' : '{';
+    return std::to_string(interpreter.Depth()) + mark + ' ';
+  }
+
+  void StartAfresh() {
+    InterruptRequested = 0;
+    interpreter.nestDepth = 0;
+    interpreter.skipLevel = -1;
+    open = OpenText();
+    rest = {};
+    typed = false;
+  }
+
+  Completion CompleteNames(std::string_view beforeCursor) const {
+    OpenText here = open;
+    here.Take(beforeCursor);
+    if (here.Opening() != '\0') return {};
+    KnownNames known{NamesIn(CaOperatorTable), NamesIn(CaFunctionTable), {}};
+    for (const CaListNode* node = interpreter.variables.head; node != nullptr; node = node->next) {
+      known.variables.emplace_back(node->payload->Name());
+    }
+    return Complete(beforeCursor, known);
+  }
+
+  CaInterpreter& interpreter;
+  const SessionSettings& settings;
+  const DisplayStyle& style;
+  History history{HistoryPath()};
+  Completer completer = [this](std::string_view before) { return CompleteNames(before); };
+  std::unique_ptr<LineEditor> editor;
+  std::string line;
+  std::string_view rest;  // of `line`, not yet handed to the reader
+  OpenText open;          // all lines since the last interrupt
+  bool typed = false;     // something came since the stack was shown last
+};
+
+}  // namespace
+
+bool AtTerminal() { return IsTerminal(0) && IsTerminal(1); }
+
+bool ColoursWanted() {
+  const char* noColour = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  return IsTerminal(1) && (noColour == nullptr || *noColour == '\0') && terminal != nullptr &&
+         *terminal != '\0' && std::strcmp(terminal, "dumb") != 0;
+}
+
+void RunSession(CaInterpreter& interpreter, const SessionSettings& settings,
+                const DisplayStyle& style) {
+  CatchInterrupts();
+  interpreter.interruptRequested = &InterruptRequested;
+  Session(interpreter, settings, style).Run();
+}
+
+}  // namespace kelcalc

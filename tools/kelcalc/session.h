@@ -1,0 +1,27 @@
+#pragma once
+
+struct CaInterpreter;
+
+namespace kelcalc {
+
+struct DisplayStyle;
+
+/// How a session at a terminal looks.
+struct SessionSettings {
+  bool showStack = true;    // after each line
+  bool lineEditing = true;  // where the terminal allows it
+};
+
+/// True when a person sits at standard input and standard output both.
+bool AtTerminal();
+
+/// True when `NO_COLOR` and the kind of terminal leave room for colours.
+bool ColoursWanted();
+
+/// Runs what a person types until the end of the input, then what ends every top-level input.
+/// Ctrl-C drops the line that is being typed, the string or comment that it goes on, the blocks
+/// that are being skipped, and files that are being read; stack and variables stay.
+void RunSession(CaInterpreter& interpreter, const SessionSettings& settings,
+                const DisplayStyle& style);
+
+}  // namespace kelcalc
