@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/files.h"
-#include "tests/save/folder.h"
+#include "tests/folder.h"
 
 namespace fs = std::filesystem;
 

@@ -5,7 +5,7 @@
 
 #include "platform/resources.h"
 #include "save/kelsave.h"
-#include "tests/save/folder.h"
+#include "tests/folder.h"
 #include "tests/save/recording_host.h"
 
 namespace {

@@ -8,7 +8,7 @@
 
 #include "platform/window.h"
 #include "save/kelsave.h"
-#include "tests/save/folder.h"
+#include "tests/folder.h"
 #include "tests/save/recording_host.h"
 
 namespace {

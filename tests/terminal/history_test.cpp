@@ -6,6 +6,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/folder.h"
+
 namespace {
 
 using kelcalc::History;
@@ -13,16 +15,14 @@ namespace fs = std::filesystem;
 
 class HistoryTest : public testing::Test {
  protected:
-  HistoryTest() { fs::remove_all(folder); }
-  ~HistoryTest() override { fs::remove_all(folder); }
-
   std::string Stored() const {
     std::ostringstream content;
     content << std::ifstream(path).rdbuf();
     return content.str();
   }
 
-  const fs::path folder = fs::path(testing::TempDir()) / "kelcalc-history-test";
+  const Folder scratch;
+  const fs::path folder = scratch.Root();
   const std::string path = (folder / "state" / "history").string();
 };
 
