@@ -1,13 +1,13 @@
 /// The checker can fail: a file laid out by hand is accepted, and each way of spoiling one field
 /// of it draws its own complaint.
 
-#include "tests/platform/compound_checker.h"
+#include "tools/compound_check/compound_checker.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "tests/platform/compound_names.h"
+#include "tools/compound_check/compound_names.h"
 
 namespace {
 
@@ -242,6 +242,13 @@ TEST(CompoundChecker, SurvivesAnyByte) {
       file[offset] = value;
       EXPECT_LT(CheckText(file).complaints.size(), 100U);
     }
+  }
+}
+
+TEST(CompoundChecker, SurvivesEveryLength) {
+  const std::string good = GoodFile(512);
+  for (std::size_t length = 0; length < good.size(); ++length) {
+    EXPECT_FALSE(CheckText(good.substr(0, length)).Valid()) << length;
   }
 }
 

@@ -10,8 +10,8 @@
 #include <string_view>
 
 #include "platform/storage.h"
-#include "tests/platform/compound_checker.h"
-#include "tests/platform/compound_names.h"
+#include "tools/compound_check/compound_checker.h"
+#include "tools/compound_check/compound_names.h"
 
 namespace model {
 

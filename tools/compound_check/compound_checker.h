@@ -1,7 +1,7 @@
 #pragma once
 
 /// An independent reader and structural checker of compound files, versions 3 and 4, written from
-/// the published format. It shares no code with the layer that it tests.
+/// the published format. It shares no code with the layer that writes the files.
 
 #include <array>
 #include <cstdint>

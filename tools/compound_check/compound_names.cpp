@@ -1,4 +1,4 @@
-#include "tests/platform/compound_names.h"
+#include "tools/compound_check/compound_names.h"
 
 #include <cstdint>
 
