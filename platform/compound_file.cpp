@@ -297,17 +297,25 @@ HRESULT CompoundFile::ReadDirect(std::uint64_t offset, std::byte* data, std::siz
   return S_OK;
 }
 
-HRESULT CompoundFile::Flush(bool toDisk) {
+HRESULT CompoundFile::Flush(std::uint64_t size, bool toDisk) {
   for (Piece& piece : pieces) {
     const HRESULT result = WriteOut(piece);
     if (FAILED(result)) return result;
   }
+  if (!Cut(size)) return STG_E_WRITEFAULT;
   return !toDisk || fdatasync(descriptor) == 0 ? S_OK : STG_E_WRITEFAULT;
 }
 
-void CompoundFile::Close(std::uint64_t size) {
-  while (ftruncate(descriptor, static_cast<off_t>(size)) != 0 && errno == EINTR) {
+bool CompoundFile::Cut(std::uint64_t size) {
+  while (ftruncate(descriptor, static_cast<off_t>(size)) != 0) {
+    if (errno != EINTR) return false;
   }
+  reserved = std::min(reserved, size);
+  touched = std::min(touched, size);
+  return true;
+}
+
+void CompoundFile::Close() {
   close(descriptor);
   descriptor = -1;
 }

@@ -36,11 +36,11 @@ class CompoundFile {
   /// Bytes beyond the end of the file read as zeros.
   HRESULT Read(std::uint64_t offset, void* data, std::size_t size);
 
-  /// Hands everything gathered to the system; with `toDisk` also waits for the disk.
-  HRESULT Flush(bool toDisk);
+  /// Hands everything gathered to the system and cuts the file to `size`, giving back what was
+  /// reserved beyond; with `toDisk` also waits for the disk.
+  HRESULT Flush(std::uint64_t size, bool toDisk);
 
-  /// Cuts the file to its real size and closes it.
-  void Close(std::uint64_t size);
+  void Close();
 
  private:
   /// The bytes [begin, end) of one aligned part of the file, newer than what the file has.
@@ -59,6 +59,7 @@ class CompoundFile {
   HRESULT WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size);
   HRESULT ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size);
   HRESULT Grow(std::uint64_t size);
+  bool Cut(std::uint64_t size);
 
   int descriptor = -1;
   std::uint64_t reserved = 0;  // the file has space up to here
