@@ -8,7 +8,8 @@ CompoundDocument::CompoundDocument(const CompoundParameters& fileParameters)
     : parameters(fileParameters), space(LockedSector(fileParameters)), miniSpace(MarkFree) {}
 
 HRESULT CompoundDocument::Create(const char* path) {
-  const HRESULT result = file.Create(path);
+  const std::uint64_t sectors = CountTables(parameters, 0, 1, 0).total + 1;
+  const HRESULT result = file.Create(path, sectors * parameters.sectorSize);
   return FAILED(result) ? result : Secure(0, 1, 0);
 }
 

@@ -21,9 +21,8 @@ class CompoundFile {
   CompoundFile(const CompoundFile&) = delete;
   CompoundFile& operator=(const CompoundFile&) = delete;
 
-  /// Creates or replaces the file. Refuses what is not a plain file, what its owner may not write
-  /// and what is open here already.
-  HRESULT Create(const char* path);
+  /// Creates or replaces the file, with space for its first `size` bytes; see OpenEmpty.
+  HRESULT Create(const char* path, std::uint64_t size);
 
   /// Makes sure that the file has space for its first `size` bytes.
   HRESULT Reserve(std::uint64_t size);
@@ -59,7 +58,6 @@ class CompoundFile {
   HRESULT WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size);
   HRESULT ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size);
   HRESULT Grow(std::uint64_t size);
-  bool Cut(std::uint64_t size);
 
   int descriptor = -1;
   std::uint64_t reserved = 0;  // the file has space up to here
