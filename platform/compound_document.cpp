@@ -8,7 +8,8 @@ CompoundDocument::CompoundDocument(const CompoundParameters& fileParameters)
     : parameters(fileParameters), space(LockedSector(fileParameters)), miniSpace(MarkFree) {}
 
 HRESULT CompoundDocument::Create(const char* path) {
-  const HRESULT result = file.Create(path);
+  const std::uint64_t sectors = CountTables(parameters, 0, 1, 0).total + 1;
+  const HRESULT result = file.Create(path, sectors * parameters.sectorSize);
   return FAILED(result) ? result : Secure(0, 1, 0);
 }
 
@@ -59,18 +60,18 @@ HRESULT CompoundDocument::Flush(bool toDisk) {
   TrimMiniStream();
   CompoundWriter writer(*this);
   const HRESULT result = writer.Write();
-  return FAILED(result) ? result : file.Flush(toDisk);
+  if (FAILED(result)) return result;
+  // The file keeps no space beyond its end, so the next growth has to take it again.
+  securedEnd = securedEntries = securedMini = 0;
+  return file.Flush(writer.FileSize(), toDisk);
 }
 
 void CompoundDocument::Finish() {
-  TrimMiniStream();
-  CompoundWriter writer(*this);
   try {
-    writer.Write();
+    Flush(false);
   } catch (const std::bad_alloc&) {
     // Nobody is left to tell.
   }
-  file.Flush(false);
-  file.Close(writer.FileSize());
+  file.Close();
   miniStream.Free();
 }

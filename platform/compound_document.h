@@ -38,10 +38,10 @@ class CompoundDocument {
 
   HRESULT Resize(CompoundEntry& stream, std::uint64_t size);
 
-  /// Makes the file valid as it stands.
+  /// Makes the file valid as it stands and cuts it to its size.
   HRESULT Flush(bool toDisk);
 
-  /// Makes the file valid, cuts it to its size and closes it.
+  /// Flushes and closes the file.
   void Finish();
 
  private:

@@ -1,16 +1,13 @@
 #include "platform/compound_file.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
-#include <ctime>
 #include <new>
+
+#include "platform/file_space.h"
 
 namespace {
 
@@ -19,112 +16,7 @@ constexpr std::uint64_t SmallestGrowth = 256 * 1024;
 constexpr std::uint64_t LargestGrowth = 64 * 1024 * 1024;
 alignas(4096) constexpr std::byte Zeros[64 * 1024] = {};
 
-struct ErrorCode {
-  int error;
-  HRESULT result;
-};
-
-constexpr ErrorCode WriteErrors[] = {
-    {ENOSPC, STG_E_MEDIUMFULL},
-    {EDQUOT, STG_E_MEDIUMFULL},
-    {EFBIG, STG_E_MEDIUMFULL},
-    {ENOMEM, E_OUTOFMEMORY},
-};
-
-constexpr ErrorCode OpenErrors[] = {
-    {ENOENT, STG_E_PATHNOTFOUND},        {ENOTDIR, STG_E_PATHNOTFOUND},
-    {ENAMETOOLONG, STG_E_INVALIDNAME},   {EMFILE, STG_E_TOOMANYOPENFILES},
-    {ENFILE, STG_E_TOOMANYOPENFILES},    {ENOSPC, STG_E_MEDIUMFULL},
-    {EDQUOT, STG_E_MEDIUMFULL},          {ENOMEM, E_OUTOFMEMORY},
-    {EWOULDBLOCK, STG_E_SHAREVIOLATION},
-};
-
-template <std::size_t Size>
-HRESULT ResultOf(int error, const ErrorCode (&table)[Size], HRESULT otherwise) {
-  for (const ErrorCode& row : table) {
-    if (row.error == error) return row.result;
-  }
-  return otherwise;
-}
-
-/// While it lives, growing beyond the process's file-size limit is an error (EFBIG) and does not
-/// raise SIGXFSZ in a host that has not asked for it.
-class FileSizeSignalBlocked {
- public:
-  FileSizeSignalBlocked() {
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGXFSZ);
-    sigset_t pending;
-    sigpending(&pending);
-    wasPending = sigismember(&pending, SIGXFSZ) == 1;
-    pthread_sigmask(SIG_BLOCK, &signals, &before);
-  }
-  ~FileSizeSignalBlocked() {
-    const timespec now = {0, 0};
-    const int error = errno;
-    while (!wasPending && sigtimedwait(&signals, nullptr, &now) < 0 && errno == EINTR) {
-    }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    errno = error;
-  }
-  FileSizeSignalBlocked(const FileSizeSignalBlocked&) = delete;
-  FileSizeSignalBlocked& operator=(const FileSizeSignalBlocked&) = delete;
-
- private:
-  sigset_t signals;
-  sigset_t before;
-  bool wasPending;
-};
-
-bool WriteAll(int descriptor, const std::byte* data, std::size_t size, std::uint64_t offset) {
-  while (size > 0) {
-    const ssize_t written = pwrite(descriptor, data, size, static_cast<off_t>(offset));
-    if (written < 0 && errno == EINTR) continue;
-    if (written == 0) errno = EIO;
-    if (written <= 0) return false;
-    data += written;
-    size -= static_cast<std::size_t>(written);
-    offset += static_cast<std::uint64_t>(written);
-  }
-  return true;
-}
-
-/// Takes the space [from, to). Where the file system cannot take space without writing, writes.
-bool TakeSpace(int descriptor, std::uint64_t from, std::uint64_t to) {
-  const FileSizeSignalBlocked blocked;
-  int result = 0;
-  do {
-    result = fallocate(descriptor, 0, static_cast<off_t>(from), static_cast<off_t>(to - from));
-  } while (result != 0 && errno == EINTR);
-  if (result == 0) return true;
-  if (errno != EOPNOTSUPP && errno != ENOSYS) return false;
-  for (std::uint64_t at = from; at < to;) {
-    const std::size_t size = std::min<std::uint64_t>(to - at, sizeof Zeros);
-    if (!WriteAll(descriptor, Zeros, size, at)) return false;
-    at += size;
-  }
-  return true;
-}
-
 std::uint64_t PieceOf(std::uint64_t offset) { return offset & ~std::uint64_t{PieceSize - 1}; }
-
-/// Opens and empties the file; the lock comes before anything of the old file is lost.
-HRESULT OpenEmpty(const char* path, int* descriptor) {
-  struct stat status = {};
-  if (stat(path, &status) == 0) {
-    if (!S_ISREG(status.st_mode) || (status.st_mode & S_IWUSR) == 0) return STG_E_ACCESSDENIED;
-  }
-  const int opened = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-  if (opened < 0) return ResultOf(errno, OpenErrors, STG_E_ACCESSDENIED);
-  const bool busy = flock(opened, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-  if (busy || ftruncate(opened, 0) != 0) {
-    const HRESULT result = ResultOf(errno, OpenErrors, STG_E_WRITEFAULT);
-    close(opened);
-    return result;
-  }
-  *descriptor = opened;
-  return S_OK;
-}
 
 }  // namespace
 
@@ -132,7 +24,11 @@ CompoundFile::~CompoundFile() {
   if (descriptor >= 0) close(descriptor);
 }
 
-HRESULT CompoundFile::Create(const char* path) { return OpenEmpty(path, &descriptor); }
+HRESULT CompoundFile::Create(const char* path, std::uint64_t size) {
+  const HRESULT result = OpenEmpty(path, size, &descriptor);
+  if (SUCCEEDED(result)) reserved = size;
+  return result;
+}
 
 HRESULT CompoundFile::Reserve(std::uint64_t size) { return size <= reserved ? S_OK : Grow(size); }
 
@@ -146,7 +42,7 @@ HRESULT CompoundFile::Grow(std::uint64_t size) {
       return S_OK;
     }
   }
-  return ResultOf(errno, WriteErrors, STG_E_WRITEFAULT);
+  return WriteResult(errno);
 }
 
 HRESULT CompoundFile::Write(std::uint64_t offset, const void* data, std::size_t size) {
@@ -240,7 +136,7 @@ HRESULT CompoundFile::WriteOut(Piece& piece) {
   if (piece.begin == piece.end) return S_OK;
   if (!WriteAll(descriptor, &piece.bytes[piece.begin], piece.end - piece.begin,
                 piece.offset + piece.begin)) {
-    return ResultOf(errno, WriteErrors, STG_E_WRITEFAULT);
+    return WriteResult(errno);
   }
   piece.begin = piece.end = 0;
   piece.lastUse = 0;
@@ -249,7 +145,7 @@ HRESULT CompoundFile::WriteOut(Piece& piece) {
 
 HRESULT CompoundFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
   if (!WriteAll(descriptor, data, size, offset)) {
-    return ResultOf(errno, WriteErrors, STG_E_WRITEFAULT);
+    return WriteResult(errno);
   }
   for (Piece& piece : pieces) {
     if (piece.offset >= offset && piece.offset < offset + size) piece.begin = piece.end = 0;
@@ -297,17 +193,18 @@ HRESULT CompoundFile::ReadDirect(std::uint64_t offset, std::byte* data, std::siz
   return S_OK;
 }
 
-HRESULT CompoundFile::Flush(bool toDisk) {
+HRESULT CompoundFile::Flush(std::uint64_t size, bool toDisk) {
   for (Piece& piece : pieces) {
     const HRESULT result = WriteOut(piece);
     if (FAILED(result)) return result;
   }
+  if (!CutFile(descriptor, size)) return STG_E_WRITEFAULT;
+  reserved = std::min(reserved, size);
+  touched = std::min(touched, size);
   return !toDisk || fdatasync(descriptor) == 0 ? S_OK : STG_E_WRITEFAULT;
 }
 
-void CompoundFile::Close(std::uint64_t size) {
-  while (ftruncate(descriptor, static_cast<off_t>(size)) != 0 && errno == EINTR) {
-  }
+void CompoundFile::Close() {
   close(descriptor);
   descriptor = -1;
 }

@@ -21,9 +21,8 @@ class CompoundFile {
   CompoundFile(const CompoundFile&) = delete;
   CompoundFile& operator=(const CompoundFile&) = delete;
 
-  /// Creates or replaces the file. Refuses what is not a plain file, what its owner may not write
-  /// and what is open here already.
-  HRESULT Create(const char* path);
+  /// Creates or replaces the file, with space for its first `size` bytes; see OpenEmpty.
+  HRESULT Create(const char* path, std::uint64_t size);
 
   /// Makes sure that the file has space for its first `size` bytes.
   HRESULT Reserve(std::uint64_t size);
@@ -36,11 +35,11 @@ class CompoundFile {
   /// Bytes beyond the end of the file read as zeros.
   HRESULT Read(std::uint64_t offset, void* data, std::size_t size);
 
-  /// Hands everything gathered to the system; with `toDisk` also waits for the disk.
-  HRESULT Flush(bool toDisk);
+  /// Hands everything gathered to the system and cuts the file to `size`, giving back what was
+  /// reserved beyond; with `toDisk` also waits for the disk.
+  HRESULT Flush(std::uint64_t size, bool toDisk);
 
-  /// Cuts the file to its real size and closes it.
-  void Close(std::uint64_t size);
+  void Close();
 
  private:
   /// The bytes [begin, end) of one aligned part of the file, newer than what the file has.

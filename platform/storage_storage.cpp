@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <cwchar>
+#include <type_traits>
 
 #include "platform/storage_enumerator.h"
 #include "platform/storage_stream.h"
@@ -68,23 +69,40 @@ HRESULT CompoundStorage::FindOpenable(const OLECHAR* text, bool stream,
   return (*found)->opened == nullptr ? S_OK : STG_E_ACCESSDENIED;
 }
 
-HRESULT CompoundStorage::Create(const OLECHAR* text, DWORD createMode, bool stream,
-                                CompoundEntry** made) {
-  CompoundName name;
-  CompoundEntry* existing = nullptr;
-  HRESULT result = Find(text, &name, &existing);
+HRESULT CompoundStorage::FindReplaceable(const OLECHAR* text, DWORD createMode, CompoundName* name,
+                                         CompoundEntry** old) const {
+  HRESULT result = Find(text, name, old);
   if (FAILED(result) && result != STG_E_FILENOTFOUND) return result;
   result = CheckMode(createMode, STGM_CREATE);
   if (FAILED(result)) return result;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
-  if (existing != nullptr) {
-    if ((createMode & STGM_CREATE) == 0) return STG_E_FILEALREADYEXISTS;
-    RevertTree(existing);
-    document->Destroy(existing);
+  const bool refused = *old != nullptr && (createMode & STGM_CREATE) == 0;
+  return refused ? STG_E_FILEALREADYEXISTS : S_OK;
+}
+
+template <class Object, class Interface>
+HRESULT CompoundStorage::Create(const OLECHAR* text, DWORD createMode, Interface** created) {
+  CompoundName name;
+  CompoundEntry* old = nullptr;
+  HRESULT result = FindReplaceable(text, createMode, &name, &old);
+  if (FAILED(result)) return result;
+  CompoundEntry* made = nullptr;
+  result = document->AddEntry(entry, name, std::is_same_v<Interface, IStream>, &made);
+  if (FAILED(result)) return result;
+  auto* object = new (std::nothrow) Object(document, made, createMode & ~STGM_CREATE);
+  if (object == nullptr) {
+    document->Destroy(made);
+    return E_OUTOFMEMORY;
   }
-  result = document->AddEntry(entry, name, stream, made);
-  if (SUCCEEDED(result)) Touch(entry);
-  return result;
+  // Nothing can fail any more, so the old element may go.
+  if (old != nullptr) {
+    RevertTree(old);
+    document->Destroy(old);
+  }
+  Touch(entry);
+  if (!made->IsStream()) made->storage->created = made->storage->modified = TimeNow();
+  *created = object;
+  return S_OK;
 }
 
 HRESULT CompoundStorage::CreateStream(const OLECHAR* pwcsName, DWORD grfMode, DWORD reserved1,
@@ -92,15 +110,7 @@ HRESULT CompoundStorage::CreateStream(const OLECHAR* pwcsName, DWORD grfMode, DW
   if (ppstm == nullptr) return STG_E_INVALIDPOINTER;
   *ppstm = nullptr;
   if (reserved1 != 0 || reserved2 != 0) return STG_E_INVALIDPARAMETER;
-  return Guarded([&] {
-    CompoundEntry* made = nullptr;
-    const HRESULT result = Create(pwcsName, grfMode, true, &made);
-    if (FAILED(result)) return result;
-    auto* stream = new (std::nothrow) CompoundStream(document, made, grfMode & ~STGM_CREATE);
-    if (stream == nullptr) document->Destroy(made);
-    *ppstm = stream;
-    return stream != nullptr ? S_OK : E_OUTOFMEMORY;
-  });
+  return Guarded([&] { return Create<CompoundStream>(pwcsName, grfMode, ppstm); });
 }
 
 HRESULT CompoundStorage::OpenStream(const OLECHAR* pwcsName, void* reserved1, DWORD grfMode,
@@ -122,16 +132,7 @@ HRESULT CompoundStorage::CreateStorage(const OLECHAR* pwcsName, DWORD grfMode, D
   if (ppstg == nullptr) return STG_E_INVALIDPOINTER;
   *ppstg = nullptr;
   if (reserved1 != 0 || reserved2 != 0) return STG_E_INVALIDPARAMETER;
-  return Guarded([&] {
-    CompoundEntry* made = nullptr;
-    const HRESULT result = Create(pwcsName, grfMode, false, &made);
-    if (FAILED(result)) return result;
-    made->storage->created = made->storage->modified = TimeNow();
-    auto* storage = new (std::nothrow) CompoundStorage(document, made, grfMode & ~STGM_CREATE);
-    if (storage == nullptr) document->Destroy(made);
-    *ppstg = storage;
-    return storage != nullptr ? S_OK : E_OUTOFMEMORY;
-  });
+  return Guarded([&] { return Create<CompoundStorage>(pwcsName, grfMode, ppstg); });
 }
 
 HRESULT CompoundStorage::OpenStorage(const OLECHAR* pwcsName, IStorage* pstgPriority, DWORD grfMode,

@@ -51,7 +51,10 @@ class CompoundStorage final : public IStorage, public OpenObject {
   bool IsWritable() const { return (mode & 3) != STGM_READ; }
   HRESULT Find(const OLECHAR* text, CompoundName* name, CompoundEntry** found) const;
   HRESULT FindOpenable(const OLECHAR* text, bool stream, CompoundEntry** found) const;
-  HRESULT Create(const OLECHAR* text, DWORD createMode, bool stream, CompoundEntry** made);
+  HRESULT FindReplaceable(const OLECHAR* text, DWORD createMode, CompoundName* name,
+                          CompoundEntry** old) const;
+  template <class Object, class Interface>
+  HRESULT Create(const OLECHAR* text, DWORD createMode, Interface** created);
   HRESULT CopyElement(const CompoundEntry& element, IStorage* to, const OLECHAR* newName);
   bool IsWithin(const CompoundEntry* ancestor) const;
 

@@ -157,6 +157,7 @@ class ScriptRun {
 void ExpectDemands(const std::string& fileName, const Log& log) {
   if (FAILED(log.created)) {
     EXPECT_EQ(STG_E_MEDIUMFULL, log.created);
+    EXPECT_FALSE(std::filesystem::exists(fileName));
     return;
   }
   ASSERT_TRUE(log.finished);
@@ -240,6 +241,67 @@ TEST_P(StorageSpace, FileSizeLimit) {
   EXPECT_GT(refused, 0);
   EXPECT_GT(partial, 100);
   EXPECT_GT(complete, 0);
+}
+
+/// While it lives, no file of this process grows beyond `size`.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t size) {
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit limits{size, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limits);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before); }
+
+ private:
+  rlimit before{};
+};
+
+TEST_P(StorageSpace, RefusedReplacementKeepsTheOld) {
+  const std::string fileName = testing::TempDir() + "/kept" + std::to_string(GetParam()) + ".cfb";
+  const std::wstring wide(fileName.begin(), fileName.end());
+  STGOPTIONS options{1, 0, GetParam(), nullptr};
+  const auto create = [&](void** made) {
+    return StgCreateStorageEx(wide.c_str(), STGM_CREATE | Exclusive, STGFMT_DOCFILE, 0, &options,
+                              nullptr, IID_IStorage, made);
+  };
+  void* made = nullptr;
+  std::ofstream(fileName) << "old file";
+  {
+    const FileSizeLimit limit(1024);
+    EXPECT_EQ(STG_E_MEDIUMFULL, create(&made));
+  }
+  std::string left;
+  std::getline(std::ifstream(fileName), left);
+  EXPECT_EQ("old file", left);
+
+  ASSERT_EQ(S_OK, create(&made));
+  auto* root = static_cast<IStorage*>(made);
+  IStream* old = nullptr;
+  ASSERT_EQ(S_OK, root->CreateStream(L"old", Exclusive, 0, 0, &old));
+  ASSERT_EQ(S_OK, old->Write("bytes", 5, nullptr));
+  {
+    const FileSizeLimit limit(64 << 10);
+    IStream* more = nullptr;
+    for (int i = 0; root->CreateStream(std::to_wstring(i).c_str(), Exclusive, 0, 0, &more) == S_OK;
+         ++i) {
+      more->Release();
+    }
+    IStorage* storage = nullptr;
+    const DWORD mode = STGM_CREATE | Exclusive;
+    EXPECT_EQ(STG_E_MEDIUMFULL, root->CreateStream(L"OLD", mode, 0, 0, &more));
+    EXPECT_EQ(STG_E_MEDIUMFULL, root->CreateStorage(L"old", mode, 0, 0, &storage));
+  }
+  EXPECT_EQ(S_OK, old->Write("more", 4, nullptr));  // neither replaced nor cut off
+  old->Release();
+  root->Release();
+  const compound::Findings findings = compound::CheckFile(fileName);
+  EXPECT_EQ("", findings.Text());
+  ASSERT_NE(nullptr, findings.Find(u"old"));
+  EXPECT_EQ(9U, findings.Find(u"old")->size);
+  std::filesystem::remove(fileName);
 }
 
 /// A real file system of a given size, in a mount namespace of this process's own.
