@@ -19,7 +19,7 @@ HRESULT MakeName(const OLECHAR* text, CompoundName* name) {
     hash = (hash ^ Uppercase(unit)) * 16777619U;
   };
   for (; *text != 0; ++text) {
-    const auto c = static_cast<std::uint32_t>(*text);
+    const auto c = static_cast<char32_t>(*text);
     const std::size_t units = c < 0x10000 ? 1 : 2;
     if (length + units > MaxNameUnits || !IsCodePoint(c) || IsForbidden(c)) {
       return STG_E_INVALIDNAME;
@@ -60,7 +60,7 @@ OLECHAR* NewWideName(const char16_t* units, std::size_t length) {
 
 bool ToUtf8(const wchar_t* text, std::string* utf8) {
   for (; *text != 0; ++text) {
-    const auto c = static_cast<std::uint32_t>(*text);
+    const auto c = static_cast<char32_t>(*text);
     if (c >= 0xDC80 && c <= 0xDCFF) {  // a byte that was no UTF-8, as WStr keeps it
       *utf8 += static_cast<char>(c & 0xFFU);
       continue;

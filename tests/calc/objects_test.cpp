@@ -169,7 +169,7 @@ TEST(CharacterSource, BlocksMayEndAnywhere) {
     std::size_t at = 0;
     CaCharacterSource source(CaCharacterSource::Fill([&](char* block, std::size_t) {
       const std::size_t count = std::min(size, text.size() - at);
-      std::memcpy(block, text.data() + at, count);
+      std::copy_n(text.data() + at, count, block);
       at += count;
       return count;
     }));
