@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t PieceSize = CompoundFile::PieceSize;
 constexpr std::uint64_t SmallestGrowth = 256 * 1024;
-constexpr std::uint64_t LargestGrowth = 64 * 1024 * 1024;
+constexpr std::uint64_t LargestGrowth = 32 * 1024 * 1024;
 alignas(4096) constexpr std::byte Zeros[64 * 1024] = {};
 
 std::uint64_t PieceOf(std::uint64_t offset) { return offset & ~std::uint64_t{PieceSize - 1}; }
@@ -33,7 +33,7 @@ HRESULT CompoundFile::Create(const char* path, std::uint64_t size) {
 HRESULT CompoundFile::Reserve(std::uint64_t size) { return size <= reserved ? S_OK : Grow(size); }
 
 HRESULT CompoundFile::Grow(std::uint64_t size) {
-  const std::uint64_t ahead = std::clamp(reserved / 2, SmallestGrowth, LargestGrowth);
+  const std::uint64_t ahead = std::clamp(reserved / 8, SmallestGrowth, LargestGrowth);
   const std::uint64_t generous = PieceOf(std::max(size, reserved + ahead) + PieceSize - 1);
   // A disk that is nearly full still takes what is really needed.
   for (const std::uint64_t to : {generous, size}) {

@@ -20,6 +20,12 @@ HRESULT MakeName(const OLECHAR* text, CompoundName* name) {
   };
   for (; *text != 0; ++text) {
     const auto c = static_cast<char32_t>(*text);
+    const std::uint32_t letter = c | 0x20;  // nearly every name is letters and digits
+    if (length < MaxNameUnits && ((letter - 'a' < 26) || c - '0' < 10)) {
+      name->units[length++] = static_cast<char16_t>(c);
+      hash = (hash ^ (c >= 'a' ? c - 32 : c)) * 16777619U;
+      continue;
+    }
     const std::size_t units = c < 0x10000 ? 1 : 2;
     if (length + units > MaxNameUnits || !IsCodePoint(c) || IsForbidden(c)) {
       return STG_E_INVALIDNAME;

@@ -169,7 +169,8 @@ HRESULT CompoundWriter::WriteRecord(const CompoundEntry& entry, const TreeNode& 
 HRESULT CompoundWriter::PadDirectory() {
   CompoundEntryRecord unused = {};
   unused.left = unused.right = unused.child = NoStream;
-  const auto perSector = static_cast<std::uint32_t>(document.parameters.sectorSize / sizeof unused);
+  const std::uint32_t perSector =
+      static_cast<std::uint32_t>(document.parameters.sectorSize / sizeof unused);
   for (; writtenEntries < counts.directory * perSector; ++writtenEntries) {
     const std::uint64_t offset = std::uint64_t{writtenEntries} * sizeof unused;
     const HRESULT result = Put(directoryRuns, offset, &unused, sizeof unused);

@@ -15,6 +15,14 @@
 ///   an open element that is destroyed or replaced.
 /// - Whatever can fail for lack of space fails in the call that needs the space (STG_E_MEDIUMFULL)
 ///   and leaves the object usable: what a Write reported as written, the last Release keeps.
+/// - The last Release has no result. What can still go wrong there is an input/output error of the
+///   disk, and lack of memory for the tables (some bytes for each element and fragment). Commit
+///   makes the file valid and reports both: call it first where that has to be known.
+/// - Creating with STGM_CREATE replaces only when nothing can fail any more: a refused call leaves
+///   the old element or, when the file itself is refused for lack of space, the old file.
+/// - A stream that grows takes the sectors it needs and none ahead. Streams that grow in turns by
+///   small writes are valid but lie in many fragments, at 8 bytes of memory each; written one
+///   after the other they lie in one piece.
 /// - No operation throws; lack of memory is E_OUTOFMEMORY.
 
 #ifdef _WIN32
