@@ -69,7 +69,7 @@ const CaValue* CaInterpreter::FindVariable(const char* name) const {
 const CaValue* CaInterpreter::FindVariable(CaPooledName name) const {
   if (name.text == nullptr) return &NothingValue;
   const CaListNode* node = index.Find(variables, name);
-  return node == nullptr ? &NothingValue : node->payload->Value();
+  return node == nullptr ? &NothingValue : &static_cast<const CaVariable*>(node->payload)->value;
 }
 
 const char* CaInterpreter::VariableNameAt(int position) const {
@@ -83,14 +83,18 @@ void CaInterpreter::DefineVariable(const CaVariable& variable) {
 }
 
 void CaInterpreter::DefineVariable(CaPooledName name, const CaValue& value) {
+  if (name.text != nullptr) DefineOwned(std::make_unique<CaVariable>(name, value));
+}
+
+void CaInterpreter::DefineOwned(std::unique_ptr<CaVariable> variable) {
+  const CaPooledName name{variable->name};
   if (name.text == nullptr) return;
-  auto stored = std::make_unique<CaVariable>(name, value);
   if (CaListNode* old = index.Find(variables, name); old != nullptr) {
     delete static_cast<CaVariable*>(old->payload);
     variables.Unlink(old);
   }
-  if (variables.PushFront(stored.get()) > 0) {
-    static_cast<void>(stored.release());
+  if (variables.PushFront(variable.get()) > 0) {
+    static_cast<void>(variable.release());
     index.Store(variables, name);
   } else {
     index.Forget();

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 
 #include "calc/list.h"
 #include "calc/name_pool.h"
@@ -62,6 +63,9 @@ struct CaInterpreter {
   /// A variable without a name is not stored.
   void DefineVariable(const CaVariable& variable);
   void DefineVariable(CaPooledName name, const CaValue& value);
+
+  /// The same with `variable` itself, which the table then owns.
+  void DefineOwned(std::unique_ptr<CaVariable> variable);
 
   void DestroyVariables();
 

@@ -74,6 +74,8 @@ inline void PushBackChar(CaInterpreter& interpreter) { interpreter.input->PushBa
 
 /// The next byte, which stays unread.
 inline int PeekChar(CaInterpreter& interpreter) {
+  const std::string_view text = interpreter.input->AtHand();
+  if (!text.empty() && text[0] != EndOfTransmission) return static_cast<unsigned char>(text[0]);
   const int c = ReadChar(interpreter);
   PushBackChar(interpreter);
   return c;

@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <cstdint>
+#include <memory>
+#include <utility>
 
 #include "calc/angles.h"
 #include "calc/interpreter.h"
@@ -138,8 +140,12 @@ int Assign(CaInterpreter& interpreter) {
   if (interpreter.Depth() < 2) return 0;
   const CaListNode* top = interpreter.stack.head;
   if (top->payload->Kind() != KindVariable) return 0;
-  interpreter.DefineVariable({top->payload->Name()}, *top->next->payload->Value());
-  interpreter.PopValues(2);
+  // The variable on the stack is itself what the table gets.
+  const CaValue& value = *top->next->payload->Value();
+  std::unique_ptr<CaVariable> variable(static_cast<CaVariable*>(interpreter.stack.PopFront()));
+  variable->value = value;
+  interpreter.DefineOwned(std::move(variable));
+  interpreter.PopValues(1);
   return 1;
 }
 
