@@ -71,43 +71,28 @@ CyMatrix RandomGeometry::OfKind(CyMatrixKind kind) {
   return m;
 }
 
-CyMatrixKind LeastKind(const CyMatrix& m) {
-  const double tolerance = 1e-9;
+bool KeepsPromise(const CyMatrix& m) {
+  struct Promise {
+    bool still, upright, unit;  // no translation; no turn; length 1
+  };
+  constexpr Promise Promises[] = {{true, true, true},  {false, true, true},  {true, false, true},
+                                  {true, true, false}, {false, false, true}, {false, false, false}};
+  if (m.kind == MatGeneral) return true;
+  const Promise& promise = Promises[m.kind];
   const CyVector columns[3] = {{m.m[0][0], m.m[1][0], m.m[2][0]},
                                {m.m[0][1], m.m[1][1], m.m[2][1]},
                                {m.m[0][2], m.m[1][2], m.m[2][2]}};
-  const CyVector translation(m.m[0][3], m.m[1][3], m.m[2][3]);
-  const bool still = Same(translation + CyVector(), CyVector());
   const double scale = columns[0].Mag();
-  const double slack = tolerance * (1.0 + scale);
-  bool similar = true;
-  bool diagonal = true;
-  for (int c = 0; c < 3; ++c) {
-    similar = similar && std::fabs(columns[c].Mag() - scale) < slack &&
-              std::fabs(Dot(columns[c], columns[(c + 1) % 3])) < slack * (1.0 + scale);
-    for (int r = 0; r < 3; ++r) {
-      diagonal = diagonal && (r == c || std::fabs(m.m[r][c]) < slack);
-      if (r == c) diagonal = diagonal && std::fabs(m.m[r][c] - m.m[0][0]) < slack;
-    }
+  const double slack = 1e-9 * (1.0 + scale) * (1.0 + scale);
+  bool kept = !promise.unit || std::fabs(scale - 1.0) < slack;
+  for (int i = 0; i < 9; ++i) {
+    const int r = i / 3;
+    const int c = i % 3;
+    const double wanted = r == c ? 1.0 : 0.0;
+    const double along = promise.unit ? 1.0 : m.m[0][0];
+    kept = kept && std::fabs(Dot(columns[r], columns[c]) - wanted * scale * scale) < slack;
+    kept = kept && (!promise.upright || std::fabs(m.m[r][c] - wanted * along) < slack);
+    kept = kept && (!promise.still || m.m[r][3] == 0.0);
   }
-  if (!similar) return MatGeneral;
-  const bool unit = std::fabs(scale - 1.0) < tolerance;
-  if (diagonal && unit && m.m[0][0] > 0.0) return still ? MatIdentity : MatTranslate;
-  if (diagonal && still) return MatScale;
-  if (unit) return still ? MatRotate : MatRigid;
-  return MatScaled;
-}
-
-bool Covers(CyMatrixKind wide, CyMatrixKind narrow) {
-  constexpr bool Table[7][7] = {
-      // narrow: identity, translate, rotate, scale, rigid, scaled, general
-      {true, false, false, false, false, false, false},  // wide: identity
-      {true, true, false, false, false, false, false},   // translate
-      {true, false, true, false, false, false, false},   // rotate
-      {true, false, false, true, false, false, false},   // scale
-      {true, true, true, false, true, false, false},     // rigid
-      {true, true, true, true, true, true, false},       // scaled
-      {true, true, true, true, true, true, true},        // general
-  };
-  return Table[wide][narrow];
+  return kept;
 }

@@ -39,8 +39,5 @@ class RandomGeometry {
   std::uint64_t state_ = 20240229;
 };
 
-/// The narrowest kind whose promise `m` keeps, to a tolerance.
-CyMatrixKind LeastKind(const CyMatrix& m);
-
-/// Whether every matrix of kind `narrow` is also one of kind `wide`.
-bool Covers(CyMatrixKind wide, CyMatrixKind narrow);
+/// Whether `m` is, to a tolerance, what its kind lets others rely on.
+bool KeepsPromise(const CyMatrix& m);

@@ -3,27 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <string>
 
 #include "tests/folder.h"
 
 namespace {
 
 using kelcalc::History;
-namespace fs = std::filesystem;
 
 class HistoryTest : public testing::Test {
  protected:
-  std::string Stored() const {
-    std::ostringstream content;
-    content << std::ifstream(path).rdbuf();
-    return content.str();
-  }
+  std::string Stored() const { return scratch.Text("state/history"); }
 
   const Folder scratch;
-  const fs::path folder = scratch.Root();
-  const std::string path = (folder / "state" / "history").string();
+  const std::string path = scratch.Path("state/history");
 };
 
 TEST_F(HistoryTest, SessionsAtOnceKeepEachOthersLines) {
@@ -55,7 +48,7 @@ TEST_F(HistoryTest, WithoutAPlaceItStaysInMemory) {
   History history("");
   history.Add("1");
   EXPECT_EQ(history.Lines().size(), 1U);
-  fs::create_directories(folder / "state" / "history");  // a folder where the file should be
+  std::filesystem::create_directories(path);  // a folder where the file should be
   History blocked(path);
   blocked.Add("1");
   EXPECT_EQ(blocked.Lines().size(), 1U);
