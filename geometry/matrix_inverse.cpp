@@ -38,10 +38,10 @@ struct Elimination {
   }
 
   // Deliberate: a pivot within 0.001 of 1 is left as it is and its row is not scaled, so that row
-  // of the inverse is off by as much. Held by PivotNearOne in matrix_test.cpp.
+  // of the inverse is off by as much. Held by Gauss in matrix_test.cpp.
   void ScalePivotRow(int p) {
     double* row = rows[p];
-    if (IsSmall(row[p] - 1.0)) return;
+    if (!(std::fabs(row[p] - 1.0) >= PivotTolerance)) return;
     const double f = 1.0 / row[p];
     for (int j = p + 1; j < 8; ++j) row[j] *= f;
     row[p] = 1.0;
