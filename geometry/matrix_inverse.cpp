@@ -38,11 +38,12 @@ struct Elimination {
   }
 
   // Deliberate: a pivot within 0.001 of 1 is left as it is and its row is not scaled, so that row
-  // of the inverse is off by as much. Held by Gauss in matrix_test.cpp.
+  // of the inverse is off by as much; nor is the row of one that is not a number. Held by Gauss in
+  // matrix_test.cpp.
   template <int P>
   void ScalePivotRow() {
     double* row = rows[P];
-    if (IsSmall(row[P] - 1.0)) return;
+    if (!(std::fabs(row[P] - 1.0) >= PivotTolerance)) return;
     const double f = 1.0 / row[P];
     constexpr int FirstPair = (P + 2) & ~1;
     if (FirstPair != P + 1) row[P + 1] *= f;

@@ -119,6 +119,11 @@ TEST(Matrix, Gauss) {
     singular.SetElem(1, 1, diagonal);
     EXPECT_EQ(Difference(singular.Inverse(), singular), 0.0) << diagonal;
   }
+  // A pivot that is not a number does not differ from 1 by 0.001 or more, so its row stays.
+  double unknown[4][4] = {{NotANumber, 8, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+  EXPECT_EQ(CyMatrix::InvertGauss4(unknown), 1);
+  EXPECT_EQ(unknown[0][0], 1.0);
+  EXPECT_EQ(unknown[0][1], -8.0);
   double none[4][4] = {};
   EXPECT_EQ(CyMatrix::InvertGauss4(none), 0);
 }
