@@ -16,28 +16,19 @@
 #include "calc/object.h"
 #include "calc/run.h"
 #include "calc_harness.h"
+#include "tests/folder.h"
 
 namespace {
 
 /// Every test works in an empty folder of its own.
 class Files : public testing::Test {
  protected:
-  void SetUp() override {
-    home = std::filesystem::current_path();
-    const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-    folder = std::filesystem::temp_directory_path() / ("kelsave_files_" + name);
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directory(folder);
-    std::filesystem::current_path(folder);
-  }
+  void SetUp() override { std::filesystem::current_path(folder.Root()); }
 
-  void TearDown() override {
-    std::filesystem::current_path(home);
-    std::filesystem::remove_all(folder);
-  }
+  void TearDown() override { std::filesystem::current_path(home); }
 
-  std::filesystem::path home;
-  std::filesystem::path folder;
+  const Folder folder;
+  const std::filesystem::path home = std::filesystem::current_path();
   Calculator calculator;
 };
 

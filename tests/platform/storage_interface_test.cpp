@@ -7,6 +7,7 @@
 #include <fstream>
 #include <functional>
 
+#include "tests/folder.h"
 #include "tests/platform/storage_model.h"
 
 namespace {
@@ -17,15 +18,12 @@ constexpr GUID OtherId = {0x12345678, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
 class StorageInterface : public testing::Test {
  protected:
   void SetUp() override {
-    file = testing::TempDir() + "/interface_" +
-           testing::UnitTest::GetInstance()->current_test_info()->name() + ".cfb";
     root = model::CreateFile(file, 4096);
     ASSERT_NE(nullptr, root);
   }
   void TearDown() override {
     Done(root);
     EXPECT_EQ("", compound::CheckFile(file).Text());
-    std::filesystem::remove(file);
   }
 
   IStream* MakeStream(const wchar_t* name, const std::string& bytes = "") {
@@ -47,7 +45,8 @@ class StorageInterface : public testing::Test {
     }
   }
 
-  std::string file;
+  const Folder folder;
+  const std::string file = folder.Path("file.cfb");
   IStorage* root = nullptr;
 };
 
@@ -359,7 +358,8 @@ TEST_F(StorageInterface, TimesAndClasses) {
 
 TEST(StorageTargets, AreReplacedOrRefusedUnharmed) {
   namespace fs = std::filesystem;
-  const std::string folder = testing::TempDir() + "/storage_targets";
+  const Folder home;
+  const std::string folder = home.Path("folder");
   const std::string name = folder + "/file";
   const std::string old(100000, 'o');
   const auto write = [&] { std::ofstream(name, std::ios::binary) << old; };
@@ -390,7 +390,6 @@ TEST(StorageTargets, AreReplacedOrRefusedUnharmed) {
       EXPECT_EQ(old.size(), fs::file_size(name));
     }
   }
-  fs::remove_all(folder);
 }
 
 }  // namespace

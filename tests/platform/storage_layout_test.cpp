@@ -13,6 +13,7 @@
 #include "platform/compound_format.h"
 #include "platform/compound_tree.h"
 #include "platform/storage_storage.h"
+#include "tests/folder.h"
 
 namespace {
 
@@ -102,7 +103,8 @@ constexpr LayoutCase Layouts[] = {
 TEST(StorageLayout, IsReadBackByItsTables) {
   for (const LayoutCase& layout : Layouts) {
     SCOPED_TRACE(layout.what);
-    const std::string path = testing::TempDir() + "storage_layout.bin";
+    const Folder folder;
+    const std::string path = folder.Path("layout.cfb");
     IStorage* root = nullptr;
     ASSERT_EQ(CreateCompoundFile(path.c_str(), L"x", layout.parameters, &root), S_OK);
     const OLECHAR* names[] = {L"A", L"B"};
@@ -140,7 +142,8 @@ TEST(StorageLayout, IsReadBackByItsTables) {
 }
 
 TEST(StorageLayout, Version3EndsBelowTheLock) {
-  const std::string path = testing::TempDir() + "storage_limit.bin";
+  const Folder folder;
+  const std::string path = folder.Path("limit.cfb");
   IStorage* root = nullptr;
   IStream* stream = nullptr;
   ASSERT_EQ(CreateCompoundFile(path.c_str(), L"x", {512, 4096, 0x40000 - 0x100}, &root), S_OK);

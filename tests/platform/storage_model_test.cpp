@@ -7,8 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <vector>
+
+#include "tests/folder.h"
 
 namespace {
 
@@ -17,14 +18,14 @@ class File {
  public:
   explicit File(const std::string& name)
       : keep(std::getenv("KEL_KEEP_FILES")),
-        path((keep ? std::string(keep) : testing::TempDir()) + "/" + name) {}
+        path(keep ? std::string(keep) + "/" + name : folder.Path(name)) {}
 
   void ExpectHolds(const model::Node& root) const {
     model::ExpectFileHolds(path, root);
     if (keep) model::Unpack(root, path + ".d");
-    if (!keep) std::filesystem::remove(path);
   }
 
+  const Folder folder;
   const char* keep;
   const std::string path;
 };

@@ -20,6 +20,7 @@
 #include <fstream>
 #include <vector>
 
+#include "tests/folder.h"
 #include "tests/platform/storage_model.h"
 
 namespace {
@@ -219,13 +220,14 @@ class StorageSpace : public testing::TestWithParam<ULONG> {
     ASSERT_EQ(0, status) << "the child died or could not be limited";
   }
 
+  const Folder home;
   Log* log = nullptr;
 };
 
 INSTANTIATE_TEST_SUITE_P(SectorSizes, StorageSpace, testing::Values(512, 4096));
 
 TEST_P(StorageSpace, FileSizeLimit) {
-  const std::string fileName = testing::TempDir() + "/limit" + std::to_string(GetParam()) + ".cfb";
+  const std::string fileName = home.Path("limit.cfb");
   int complete = 0, refused = 0, partial = 0;
   for (const std::uint64_t limit :
        Limits({{48 << 10, 512}, {640 << 10, 4608}, {4 << 20, 1 << 18}})) {
@@ -260,7 +262,7 @@ class FileSizeLimit {
 };
 
 TEST_P(StorageSpace, RefusedReplacementKeepsTheOld) {
-  const std::string fileName = testing::TempDir() + "/kept" + std::to_string(GetParam()) + ".cfb";
+  const std::string fileName = home.Path("kept.cfb");
   const std::wstring wide(fileName.begin(), fileName.end());
   STGOPTIONS options{1, 0, GetParam(), nullptr};
   const auto create = [&](void** made) {
@@ -301,7 +303,6 @@ TEST_P(StorageSpace, RefusedReplacementKeepsTheOld) {
   EXPECT_EQ("", findings.Text());
   ASSERT_NE(nullptr, findings.Find(u"old"));
   EXPECT_EQ(9U, findings.Find(u"old")->size);
-  std::filesystem::remove(fileName);
 }
 
 /// A real file system of a given size, in a mount namespace of this process's own.
@@ -325,7 +326,7 @@ class FileSystem {
 };
 
 TEST_P(StorageSpace, FullFileSystem) {
-  const std::string folder = testing::TempDir() + "/full" + std::to_string(GetParam());
+  const std::string folder = home.Path("full");
   if (!FileSystem(folder, 1 << 16).mounted) GTEST_SKIP() << "mounting is not permitted here";
   int complete = 0, refused = 0, partial = 0;
   for (const std::uint64_t limit :
@@ -346,7 +347,7 @@ TEST_P(StorageSpace, FullFileSystem) {
 }
 
 TEST_P(StorageSpace, FilledByOthersBeforeTheEnd) {
-  const std::string folder = testing::TempDir() + "/filled" + std::to_string(GetParam());
+  const std::string folder = home.Path("filled");
   if (!FileSystem(folder, 1 << 16).mounted) GTEST_SKIP() << "mounting is not permitted here";
   for (int calls = 0; calls < 90 && !HasFailure(); ++calls) {
     SCOPED_TRACE("calls " + std::to_string(calls));

@@ -12,6 +12,7 @@
 #include "calc/help.h"
 #include "calc/interpreter.h"
 #include "calc/run.h"
+#include "tests/folder.h"
 #include "tools/kelcalc/operand_types.h"
 
 namespace {
@@ -46,14 +47,14 @@ TEST(Help, StandsInTheOrderOfTheDispatchTables) {
 
 TEST(Help, ExamplesPrintWhatIsPromised) {
   const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(testing::TempDir());  // the examples of files make one
+  const Folder folder;
+  std::filesystem::current_path(folder.Root());  // the examples of files make one
   for (const CaHelpEntry* help = CaHelpTable; *help->name != '\0'; ++help) {
     std::string errors;
     EXPECT_EQ(OutputOf(help->example, errors), help->output) << help->example;
     EXPECT_EQ(errors, "") << help->example;
     EXPECT_NE(std::string(help->example).find(help->name), std::string::npos) << help->name;
   }
-  std::filesystem::remove("kelcalc-example.3dc");
   std::filesystem::current_path(before);
 }
 

@@ -31,8 +31,7 @@ class Dll : public testing::Test {
     save = Find<int(const char*, int, int, int)>(library, "SaveToFileDLL");
     setInterface = Find<int(void*)>(library, "SetSaveInterface");
     ASSERT_TRUE(save != nullptr && setInterface != nullptr);
-    folder = fs::temp_directory_path() / "kelsave dll test";
-    fs::remove_all(folder);
+    folder = fs::temp_directory_path() / ("kelsave dll " + std::to_string(GetCurrentProcessId()));
     fs::create_directories(folder);
     file = (folder / "scene.kel").string();
     backups = folder.string();
