@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <set>
 #include <string>
 #include <system_error>
@@ -11,9 +11,12 @@
 /// A new folder for one test, removed with everything in it afterwards.
 class Folder {
  public:
-  explicit Folder(const std::string& parent = std::filesystem::temp_directory_path().string())
-      : root_(parent + "/kelsave-test-XXXXXX") {
-    if (mkdtemp(root_.data()) == nullptr) std::abort();
+  explicit Folder(const std::string& parent = std::filesystem::temp_directory_path().string()) {
+    std::random_device random;
+    do {
+      root_ = parent + "/kelsave-test-" + std::to_string(random());
+    } while (!std::filesystem::create_directory(root_));
+    std::filesystem::permissions(root_, std::filesystem::perms::owner_all);
   }
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
