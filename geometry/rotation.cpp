@@ -3,8 +3,7 @@
 #include <cmath>
 #include <type_traits>
 
-#include "geometry/matrix.h"
-#include "geometry/quaternion.h"
+#include "geometry/matrix_quaternion.h"
 
 static_assert(std::is_trivially_copyable_v<CyRotation> && sizeof(CyRotation) == 32);
 
@@ -19,18 +18,18 @@ double Clamped(double k) {
   return k;
 }
 
-}  // namespace
-
-void CyRotation::FromQuaternion(const CyQuaternion& q) noexcept {
-  CyQuaternion unit = q;
-  unit.Normalize();
-  angle = std::acos(Clamped(unit.w)) * TwiceRadiansToDegrees;
-  axis = unit.v;
+/// What FromQuaternion gives; inline, so that a quaternion just made stays in registers.
+inline CyRotation RotationOf(CyQuaternion q) {
+  q.Normalize();
+  CyVector axis = q.v;
   if (axis.NormalizeMag() < LengthThreshold) axis.Set(1.0, 0.0, 0.0);
+  return {axis, std::acos(Clamped(q.w)) * TwiceRadiansToDegrees};
 }
 
+}  // namespace
+
+void CyRotation::FromQuaternion(const CyQuaternion& q) noexcept { *this = RotationOf(q); }
+
 void CyRotation::FromMatrix(const CyMatrix& matrix) noexcept {
-  CyQuaternion q;
-  q.FromMatrix(matrix);
-  FromQuaternion(q);
+  *this = RotationOf(QuaternionOf(matrix));
 }
