@@ -96,7 +96,10 @@ std::size_t CaCharacterSource::ReadStandardInput(char* block, std::size_t size) 
 }
 
 bool CaCharacterSource::StartsWith(std::string_view text) {
-  return (next_ != end_ || Refill()) && AtHand().starts_with(text);
+  while (AtHand().size() < text.size()) {
+    if (!(next_ == end_ ? Refill() : Extend())) return false;
+  }
+  return AtHand().starts_with(text);
 }
 
 void CaCharacterSource::Close() {
@@ -115,6 +118,18 @@ bool CaCharacterSource::Refill() {
   const std::size_t count = fill_(block_.get() + 1, BlockSize);
   begin_ = next_ = block_.get() + 1;
   end_ = next_ + count;
+  if (count == 0) fill_ = nullptr;
+  return count != 0;
+}
+
+/// Fills more of the block behind the bytes at hand, of which there are some.
+bool CaCharacterSource::Extend() {
+  if (!fill_) return false;
+  char* end = block_.get() + (end_ - block_.get());
+  const auto room = static_cast<std::size_t>(block_.get() + 1 + BlockSize - end);
+  if (room == 0) return false;
+  const std::size_t count = fill_(end, room);
+  end_ += count;
   if (count == 0) fill_ = nullptr;
   return count != 0;
 }

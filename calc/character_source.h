@@ -52,7 +52,8 @@ class CaCharacterSource {
   /// Makes `Read` deliver the byte that it delivered last once more.
   void PushBack() { --next_; }
 
-  /// Whether the unread bytes begin with `text`, as far as one block goes.
+  /// Whether the source begins with `text`, in whatever pieces its bytes come. For a source of
+  /// which nothing was read yet; `text` is shorter than a block.
   bool StartsWith(std::string_view text);
 
   /// The bytes that are at hand without reading on; `Skip` consumes some of them.
@@ -86,6 +87,7 @@ class CaCharacterSource {
 
  private:
   bool Refill();
+  bool Extend();
   void LetGoOfBlock();
   void CountLines(const char* until, CaPosition& position) const;
 

@@ -9,6 +9,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 KELCALC = os.path.abspath(sys.argv[1])
@@ -101,6 +102,16 @@ class KelcalcTest(unittest.TestCase):
     def test_a_failed_read_inside_a_program_is_no_failure_of_the_run(self):
         self.assertEqual(run(text='"missing" ;read # '),
                          (0, ' "missing"\n', " Can't open file missing.3dc!\n\a \n"))
+
+    def test_a_first_line_that_comes_in_pieces(self):
+        os.mkfifo("pipe")
+        with subprocess.Popen([KELCALC, "pipe"], stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT) as process:
+            with open("pipe", "wb", buffering=0) as pipe:
+                for piece in b"#", b"!", b"kelcalc\n", b"1 ", b"# \n":
+                    pipe.write(piece)
+                    time.sleep(0.05)
+            self.assertEqual(process.stdout.read(), b" 1.000000\n")
 
     def test_closed_pipe(self):
         self.write("much.3dc", "1 # \n" * 200000)
