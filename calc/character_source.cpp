@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -134,9 +135,11 @@ bool CaCharacterSource::Extend() {
   return count != 0;
 }
 
-/// Counts what was read, so that only the position of the next byte is left of it.
+/// Counts what was read, so that only the position of the next byte and the beginning of the
+/// marked text are left of it.
 void CaCharacterSource::LetGoOfBlock() {
-  if (mark_ != nullptr) markedPosition_ = MarkedPosition();
+  markedPosition_ = MarkedPosition();
+  markedBefore_ = MarkedText();
   mark_ = nullptr;
   CountLines(end_, beginPosition_);
   begin_ = end_;
@@ -153,9 +156,14 @@ CaPosition CaCharacterSource::MarkedPosition() {
   return markedPosition_;
 }
 
-std::string_view CaCharacterSource::MarkedText() const {
-  if (mark_ == nullptr || mark_ > next_) return {};
-  return {mark_, static_cast<std::size_t>(next_ - mark_)};
+std::string CaCharacterSource::MarkedText() const {
+  std::string text = mark_ == nullptr ? markedBefore_ : std::string();
+  const char* from = mark_ == nullptr ? begin_ : mark_;
+  if (from < next_) {
+    const auto length = static_cast<std::size_t>(next_ - from);
+    text.append(from, std::min(length, LongestMarked - text.size()));
+  }
+  return text;
 }
 
 CaPosition CaCharacterSource::Position() const {

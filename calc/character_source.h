@@ -78,9 +78,10 @@ class CaCharacterSource {
   /// Remembers where the last byte that was read stands, until the next call.
   void MarkLast() { mark_ = next_ - 1; }
 
-  /// Where that is, and what was read from there on as far as it is still at hand.
+  /// Where that is, and what was read from there on, up to `LongestMarked` bytes.
   CaPosition MarkedPosition();
-  std::string_view MarkedText() const;
+  std::string MarkedText() const;
+  static constexpr std::size_t LongestMarked = 40;
 
   /// What messages call it: a path, or what stands for one.
   std::string name;
@@ -99,4 +100,5 @@ class CaCharacterSource {
   CaPosition beginPosition_{1, 1};
   const char* mark_ = nullptr;  // null once its block is gone
   CaPosition markedPosition_{1, 1};
+  std::string markedBefore_;  // what blocks that are gone held of the marked text
 };
