@@ -93,7 +93,7 @@ class Session(unittest.TestCase):
         pipe = self.home / "endless.3dc"
         os.mkfifo(pipe)
         terminal = self.start("--no-stack")
-        terminal.send(f'"{pipe}" ;read\r')
+        terminal.send(f'"{pipe}" ;read 8 9\r')  # the rest of the line is dropped, too
         with open(pipe, "wb", buffering=0) as endless:
             endless.write(b'"reading" # ')
             terminal.expect(' "reading"\n')
