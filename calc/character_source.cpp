@@ -13,6 +13,8 @@
 #include <unistd.h>
 #endif
 
+#include "calc/interruption.h"
+
 namespace {
 
 constexpr std::size_t BlockSize = 64 * 1024;
@@ -22,13 +24,12 @@ std::ptrdiff_t ReadDescriptor(int descriptor, char* block, std::size_t size) {
 #ifdef _WIN32
   return _read(descriptor, block, static_cast<unsigned>(size));
 #else
-  std::ptrdiff_t count = 0;
-  do {
-    count = read(descriptor, block, size);
-  } while (count < 0 && errno == EINTR);
-  return count;
+  return read(descriptor, block, size);
 #endif
 }
+
+/// Whether a read that returned `count` was broken off by a signal, before it got anything.
+bool WasBrokenOff(std::ptrdiff_t count) { return count < 0 && errno == EINTR; }
 
 int OpenDescriptor(const char* path) {
 #ifdef _WIN32
@@ -74,7 +75,8 @@ CaCharacterSource::CaCharacterSource(std::string_view text)
 
 CaCharacterSource::CaCharacterSource(Fill fill) : fill_(std::move(fill)) {}
 
-std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(const char* path) {
+std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(
+    const char* path, const volatile std::sig_atomic_t* interruptRequested) {
   const int number = OpenDescriptor(path);
   if (number < 0) return nullptr;
   auto file = std::make_shared<Descriptor>(number);
@@ -82,7 +84,14 @@ std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(const char* path)
   char nothing = 0;
   if (file->Read(&nothing, 0) < 0) return nullptr;
   auto source = std::make_unique<CaCharacterSource>(
-      Fill([file](char* block, std::size_t size) { return CountOrNone(file->Read(block, size)); }));
+      [file, interruptRequested](char* block, std::size_t size) {
+        std::ptrdiff_t count = 0;
+        do {
+          if (interruptRequested != nullptr && *interruptRequested != 0) throw CaInterruption();
+          count = file->Read(block, size);
+        } while (WasBrokenOff(count));
+        return CountOrNone(count);
+      });
   source->name = path;
   return source;
 }
@@ -93,7 +102,11 @@ CaCharacterSource& CaCharacterSource::StandardInput() {
 }
 
 std::size_t CaCharacterSource::ReadStandardInput(char* block, std::size_t size) {
-  return CountOrNone(ReadDescriptor(0, block, size));
+  std::ptrdiff_t count = 0;
+  do {
+    count = ReadDescriptor(0, block, size);
+  } while (WasBrokenOff(count));
+  return CountOrNone(count);
 }
 
 bool CaCharacterSource::StartsWith(std::string_view text) {

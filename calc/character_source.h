@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -31,8 +32,11 @@ class CaCharacterSource {
   explicit CaCharacterSource(Fill fill);
 
   /// The file at `path`, opened for reading as text; null when it cannot be opened or is nothing
-  /// that can be read, as a folder.
-  static std::unique_ptr<CaCharacterSource> OpenFile(const char* path);
+  /// that can be read, as a folder. Before each block, and when a signal breaks off the wait for
+  /// one, it looks whether `interruptRequested`, which may be null, has been set, and then throws
+  /// CaInterruption (interruption.h).
+  static std::unique_ptr<CaCharacterSource> OpenFile(
+      const char* path, const volatile std::sig_atomic_t* interruptRequested = nullptr);
 
   /// The one source that reads the process's standard input.
   static CaCharacterSource& StandardInput();
