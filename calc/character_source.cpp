@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -12,6 +13,8 @@
 #include <unistd.h>
 #endif
 
+#include "calc/interruption.h"
+
 namespace {
 
 constexpr std::size_t BlockSize = 64 * 1024;
@@ -21,13 +24,12 @@ std::ptrdiff_t ReadDescriptor(int descriptor, char* block, std::size_t size) {
 #ifdef _WIN32
   return _read(descriptor, block, static_cast<unsigned>(size));
 #else
-  std::ptrdiff_t count = 0;
-  do {
-    count = read(descriptor, block, size);
-  } while (count < 0 && errno == EINTR);
-  return count;
+  return read(descriptor, block, size);
 #endif
 }
+
+/// Whether a read that returned `count` was broken off by a signal, before it got anything.
+bool WasBrokenOff(std::ptrdiff_t count) { return count < 0 && errno == EINTR; }
 
 int OpenDescriptor(const char* path) {
 #ifdef _WIN32
@@ -73,7 +75,8 @@ CaCharacterSource::CaCharacterSource(std::string_view text)
 
 CaCharacterSource::CaCharacterSource(Fill fill) : fill_(std::move(fill)) {}
 
-std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(const char* path) {
+std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(
+    const char* path, const volatile std::sig_atomic_t* interruptRequested) {
   const int number = OpenDescriptor(path);
   if (number < 0) return nullptr;
   auto file = std::make_shared<Descriptor>(number);
@@ -81,7 +84,14 @@ std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(const char* path)
   char nothing = 0;
   if (file->Read(&nothing, 0) < 0) return nullptr;
   auto source = std::make_unique<CaCharacterSource>(
-      Fill([file](char* block, std::size_t size) { return CountOrNone(file->Read(block, size)); }));
+      [file, interruptRequested](char* block, std::size_t size) {
+        std::ptrdiff_t count = 0;
+        do {
+          if (interruptRequested != nullptr && *interruptRequested != 0) throw CaInterruption();
+          count = file->Read(block, size);
+        } while (WasBrokenOff(count));
+        return CountOrNone(count);
+      });
   source->name = path;
   return source;
 }
@@ -92,11 +102,18 @@ CaCharacterSource& CaCharacterSource::StandardInput() {
 }
 
 std::size_t CaCharacterSource::ReadStandardInput(char* block, std::size_t size) {
-  return CountOrNone(ReadDescriptor(0, block, size));
+  std::ptrdiff_t count = 0;
+  do {
+    count = ReadDescriptor(0, block, size);
+  } while (WasBrokenOff(count));
+  return CountOrNone(count);
 }
 
 bool CaCharacterSource::StartsWith(std::string_view text) {
-  return (next_ != end_ || Refill()) && AtHand().starts_with(text);
+  while (AtHand().size() < text.size()) {
+    if (!(next_ == end_ ? Refill() : Extend())) return false;
+  }
+  return AtHand().starts_with(text);
 }
 
 void CaCharacterSource::Close() {
@@ -119,9 +136,23 @@ bool CaCharacterSource::Refill() {
   return count != 0;
 }
 
-/// Counts what was read, so that only the position of the next byte is left of it.
+/// Fills more of the block behind the bytes at hand, of which there are some.
+bool CaCharacterSource::Extend() {
+  if (!fill_) return false;
+  char* end = block_.get() + (end_ - block_.get());
+  const auto room = static_cast<std::size_t>(block_.get() + 1 + BlockSize - end);
+  if (room == 0) return false;
+  const std::size_t count = fill_(end, room);
+  end_ += count;
+  if (count == 0) fill_ = nullptr;
+  return count != 0;
+}
+
+/// Counts what was read, so that only the position of the next byte and the beginning of the
+/// marked text are left of it.
 void CaCharacterSource::LetGoOfBlock() {
-  if (mark_ != nullptr) markedPosition_ = MarkedPosition();
+  markedPosition_ = MarkedPosition();
+  markedBefore_ = MarkedText();
   mark_ = nullptr;
   CountLines(end_, beginPosition_);
   begin_ = end_;
@@ -138,9 +169,14 @@ CaPosition CaCharacterSource::MarkedPosition() {
   return markedPosition_;
 }
 
-std::string_view CaCharacterSource::MarkedText() const {
-  if (mark_ == nullptr || mark_ > next_) return {};
-  return {mark_, static_cast<std::size_t>(next_ - mark_)};
+std::string CaCharacterSource::MarkedText() const {
+  std::string text = mark_ == nullptr ? markedBefore_ : std::string();
+  const char* from = mark_ == nullptr ? begin_ : mark_;
+  if (from < next_) {
+    const auto length = static_cast<std::size_t>(next_ - from);
+    text.append(from, std::min(length, LongestMarked - text.size()));
+  }
+  return text;
 }
 
 CaPosition CaCharacterSource::Position() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -31,8 +32,11 @@ class CaCharacterSource {
   explicit CaCharacterSource(Fill fill);
 
   /// The file at `path`, opened for reading as text; null when it cannot be opened or is nothing
-  /// that can be read, as a folder.
-  static std::unique_ptr<CaCharacterSource> OpenFile(const char* path);
+  /// that can be read, as a folder. Before each block, and when a signal breaks off the wait for
+  /// one, it looks whether `interruptRequested`, which may be null, has been set, and then throws
+  /// CaInterruption (interruption.h).
+  static std::unique_ptr<CaCharacterSource> OpenFile(
+      const char* path, const volatile std::sig_atomic_t* interruptRequested = nullptr);
 
   /// The one source that reads the process's standard input.
   static CaCharacterSource& StandardInput();
@@ -52,7 +56,8 @@ class CaCharacterSource {
   /// Makes `Read` deliver the byte that it delivered last once more.
   void PushBack() { --next_; }
 
-  /// Whether the unread bytes begin with `text`, as far as one block goes.
+  /// Whether the source begins with `text`, in whatever pieces its bytes come. For a source of
+  /// which nothing was read yet; `text` is shorter than a block.
   bool StartsWith(std::string_view text);
 
   /// The bytes that are at hand without reading on; `Skip` consumes some of them.
@@ -77,15 +82,17 @@ class CaCharacterSource {
   /// Remembers where the last byte that was read stands, until the next call.
   void MarkLast() { mark_ = next_ - 1; }
 
-  /// Where that is, and what was read from there on as far as it is still at hand.
+  /// Where that is, and what was read from there on, up to `LongestMarked` bytes.
   CaPosition MarkedPosition();
-  std::string_view MarkedText() const;
+  std::string MarkedText() const;
+  static constexpr std::size_t LongestMarked = 40;
 
   /// What messages call it: a path, or what stands for one.
   std::string name;
 
  private:
   bool Refill();
+  bool Extend();
   void LetGoOfBlock();
   void CountLines(const char* until, CaPosition& position) const;
 
@@ -97,4 +104,5 @@ class CaCharacterSource {
   CaPosition beginPosition_{1, 1};
   const char* mark_ = nullptr;  // null once its block is gone
   CaPosition markedPosition_{1, 1};
+  std::string markedBefore_;  // what blocks that are gone held of the marked text
 };

@@ -17,7 +17,7 @@ constexpr int LastByte = 0xFF;
 
 void EndInput(CaInterpreter& interpreter) {
   if (interpreter.nestDepth <= 0) {
-    interpreter.input->Close();
+    if (interpreter.input != &CaCharacterSource::StandardInput()) interpreter.input->Close();
     interpreter.PopValues(interpreter.Depth());
     interpreter.DestroyVariables();
     CallExitHook(0);

@@ -91,7 +91,8 @@ class Nested {
 
 int RunFile(CaInterpreter& interpreter, const char* path) {
   if (interpreter.nestDepth >= DeepestNesting) return ReportUnopenedFile(interpreter, path);
-  const std::unique_ptr<CaCharacterSource> source = CaCharacterSource::OpenFile(path);
+  const std::unique_ptr<CaCharacterSource> source =
+      CaCharacterSource::OpenFile(path, interpreter.interruptRequested);
   if (source == nullptr) return ReportUnopenedFile(interpreter, path);
   return RunSource(interpreter, *source);
 }

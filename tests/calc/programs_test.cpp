@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "calc/exit_hook.h"
 #include "calc/run.h"
 #include "calc_harness.h"
+#include "tests/folder.h"
 
 namespace {
 
@@ -91,7 +93,7 @@ int exitStatus = -1;
 
 TEST(TopLevel, EndOfInputEmptiesTheEngineAndExitsThroughTheHook) {
   CaInterpreter interpreter;
-  CaCharacterSource source("1 2 x : y 3 #");
+  CaCharacterSource source("1 2 x : y 3 #\x04 4");
   interpreter.input = &source;
   const CaExitHook before = SetExitHook([](int status) { exitStatus = status; });
   testing::internal::CaptureStdout();
@@ -101,6 +103,22 @@ TEST(TopLevel, EndOfInputEmptiesTheEngineAndExitsThroughTheHook) {
   EXPECT_EQ(exitStatus, 0);
   EXPECT_EQ(interpreter.Depth(), 0);
   EXPECT_EQ(interpreter.VariableCount(), 0);
+  EXPECT_EQ(source.Read(), CaCharacterSource::End);
+}
+
+TEST(TopLevel, StandardInputStaysOpen) {
+  const Folder folder;
+  const std::string path = folder.Root() + "/input.txt";
+  WriteTextFile(path.c_str(), "1 #\x04 2 #\n");
+  ASSERT_NE(std::freopen(path.c_str(), "r", stdin), nullptr);
+  const CaExitHook before = SetExitHook([](int) {});
+  testing::internal::CaptureStdout();
+  for (int run = 0; run < 2; ++run) {
+    CaInterpreter interpreter;
+    RunTopLevel(interpreter);
+  }
+  SetExitHook(before);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), " 2.000000\n");
 }
 
 }  // namespace

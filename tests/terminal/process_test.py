@@ -84,6 +84,12 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual([line.split(" ")[0] for line in lines],
                          ["<stdin>:40001:4:", f"<stdin>:40001:{4 + 6 + 70000}:"])
 
+    def test_where_keeps_a_token_that_a_block_cuts_in_two(self):
+        for before in range(65532, 65538):
+            with self.subTest(before=before):
+                self.assertEqual(self.where(" " * before + "1e+ "),
+                                 [f"<stdin>:1:{before + 1}: 1e+ is no number, the stack holds 0 ()"])
+
     def test_strict_and_stop(self):
         rows = [
             # options, program, status, output

@@ -10,6 +10,7 @@ import re
 import stat
 import sys
 import tempfile
+import time
 import unittest
 
 from terminal import Terminal
@@ -93,14 +94,22 @@ class Session(unittest.TestCase):
         pipe = self.home / "endless.3dc"
         os.mkfifo(pipe)
         terminal = self.start("--no-stack")
-        terminal.send(f'"{pipe}" ;read\r')
+        terminal.send(f'"{pipe}" ;read 8 9\r')  # the rest of the line is dropped, too
         with open(pipe, "wb", buffering=0) as endless:
             endless.write(b'"reading" # ')
             terminal.expect(' "reading"\n')
+            time.sleep(0.1)  # until it waits for more
             terminal.interrupt()
-            endless.write(b"} } } ")  # a token that changes nothing
             terminal.expect("1> ")
         self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
+        self.ends(terminal)
+
+    def test_interrupt_stops_a_read_without_tokens(self):
+        terminal = self.start("--no-stack")
+        terminal.send('"reading" # "/dev/../dev/zero" ;read\r')
+        terminal.expect(' "reading"\n')
+        terminal.interrupt()
+        terminal.expect("1> ")
         self.ends(terminal)
 
     # The end

@@ -18,7 +18,6 @@ namespace kelcalc {
 namespace {
 
 constexpr std::size_t MostCombinations = 6;
-constexpr std::size_t LongestToken = 40;
 
 /// What a program writes for the operator or function that the engine calls `name`.
 std::string Spelling(const std::string& name) {
@@ -38,7 +37,7 @@ std::string TopTypes(const CaInterpreter& interpreter, int count) {
 
 /// The token as it was typed, on one line, without what a terminal would obey.
 std::string TokenText(const CaInterpreter& interpreter) {
-  std::string token(interpreter.input->MarkedText().substr(0, LongestToken));
+  std::string token = interpreter.input->MarkedText();
   for (char& c : token) {
     if (static_cast<unsigned char>(c) < 0x20 || c == '\x7F') c = ' ';
   }

@@ -24,7 +24,11 @@ void WatchOutput() {
 }
 
 void EndIfOutputFailed() {
-  if (std::ferror(stdout) != 0) Fail(errno);
+  if (std::ferror(stdout) == 0) return;
+  // Since it failed, errno may have come to tell of something else; what is left fails like it.
+  errno = 0;
+  std::fflush(stdout);
+  Fail(errno);
 }
 
 void EndWithOutput(int status) {

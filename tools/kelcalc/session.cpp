@@ -63,6 +63,7 @@ class Session {
       try {
         return RunTopLevel(interpreter);
       } catch (const CaInterruption&) {
+        terminal.Skip(terminal.AtHand().size());
         StartAfresh();
       }
     }
