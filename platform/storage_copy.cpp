@@ -70,11 +70,24 @@ bool CompoundStorage::IsWithin(const CompoundEntry* ancestor) const {
   return at != nullptr;
 }
 
+/// Whether a stream of this name in `to` would take the place of this storage or of one that
+/// holds it, and destroy what is being copied.
+bool CompoundStorage::WouldReplaceThis(IStorage* to, const OLECHAR* newName) const {
+  const auto* ours = Ours(to);
+  CompoundName name;
+  if (ours == nullptr || ours->document != document || FAILED(MakeName(newName, &name))) {
+    return false;
+  }
+  const CompoundEntry* there = document->Directory().Find(ours->entry, name);
+  return there != nullptr && IsWithin(there);
+}
+
 /// Copies one element with everything beneath it. Storages of the same name are merged.
 HRESULT CompoundStorage::CopyElement(const CompoundEntry& element, IStorage* to,
                                      const OLECHAR* newName) {
   auto* source = const_cast<CompoundEntry*>(&element);
   if (element.IsStream()) {
+    if (WouldReplaceThis(to, newName)) return STG_E_ACCESSDENIED;
     Reference<IStream> from(new CompoundStream(document, source, OpenMode));
     Reference<IStream> made;
     const HRESULT result = to->CreateStream(newName, MakeMode, 0, 0, made.Place());

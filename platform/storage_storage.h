@@ -57,6 +57,7 @@ class CompoundStorage final : public IStorage, public OpenObject {
   HRESULT Create(const OLECHAR* text, DWORD createMode, Interface** created);
   HRESULT CopyElement(const CompoundEntry& element, IStorage* to, const OLECHAR* newName);
   bool IsWithin(const CompoundEntry* ancestor) const;
+  bool WouldReplaceThis(IStorage* to, const OLECHAR* newName) const;
 
   DWORD mode;
   std::unique_ptr<CompoundDocument> owned;  // of the root only

@@ -265,6 +265,20 @@ TEST_F(StorageInterface, OpenElements) {
   }
 }
 
+// A stream whose copy would replace the storage it lies in stays where it is.
+TEST_F(StorageInterface, CopyOntoItsOwnStorage) {
+  IStorage* storage = MakeStorage(L"same");
+  IStream* stream = nullptr;
+  ASSERT_EQ(S_OK, storage->CreateStream(L"same", Exclusive, 0, 0, &stream));
+  Done(stream);
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->MoveElementTo(L"same", root, L"SAME", STGMOVE_MOVE));
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->MoveElementTo(L"same", root, L"same", STGMOVE_COPY));
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->CopyTo(0, nullptr, nullptr, root));
+  EXPECT_EQ(S_OK, storage->OpenStream(L"same", nullptr, Exclusive, 0, &stream));
+  Done(stream);
+  Done(storage);
+}
+
 // What is not understood is refused, leaves no element and clears the place for the pointer.
 TEST_F(StorageInterface, ArgumentsOfElements) {
   const struct {
