@@ -270,14 +270,14 @@ TEST_P(StorageSpace, RefusedReplacementKeepsTheOld) {
                               nullptr, IID_IStorage, made);
   };
   void* made = nullptr;
-  std::ofstream(fileName) << "old file";
-  {
+  for (const int size : {8, 100000}) {
+    const std::string old(static_cast<std::size_t>(size), 'o');
+    std::ofstream(fileName) << old;
     const FileSizeLimit limit(1024);
     EXPECT_EQ(STG_E_MEDIUMFULL, create(&made));
+    std::ifstream file(fileName);
+    EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(file), {}) == old) << size;
   }
-  std::string left;
-  std::getline(std::ifstream(fileName), left);
-  EXPECT_EQ("old file", left);
 
   ASSERT_EQ(S_OK, create(&made));
   auto* root = static_cast<IStorage*>(made);
