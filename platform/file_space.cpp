@@ -134,7 +134,8 @@ HRESULT OpenEmpty(const char* path, std::uint64_t space, int* descriptor) {
   if (opened < 0) return ResultOf(errno, OpenErrors, STG_E_ACCESSDENIED);
   const HRESULT result = Empty(opened, space);
   if (FAILED(result)) {
-    if (isNew) unlink(path);
+    // Who holds the lock on a file this new is saving a scene into it.
+    if (isNew && result != STG_E_SHAREVIOLATION) unlink(path);
     close(opened);
     return result;
   }
