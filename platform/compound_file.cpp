@@ -144,13 +144,12 @@ HRESULT CompoundFile::WriteOut(Piece& piece) {
 }
 
 HRESULT CompoundFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
-  if (!WriteAll(descriptor, data, size, offset)) {
-    return WriteResult(errno);
-  }
+  // Also when the write fails: a part of it may be in the file.
+  touched = std::max(touched, offset + size);
+  if (!WriteAll(descriptor, data, size, offset)) return WriteResult(errno);
   for (Piece& piece : pieces) {
     if (piece.offset >= offset && piece.offset < offset + size) piece.begin = piece.end = 0;
   }
-  touched = std::max(touched, offset + size);
   return S_OK;
 }
 
