@@ -200,7 +200,9 @@ HRESULT CompoundFile::Flush(std::uint64_t size, bool toDisk) {
   if (!CutFile(descriptor, size)) return STG_E_WRITEFAULT;
   reserved = std::min(reserved, size);
   touched = std::min(touched, size);
-  return !toDisk || fdatasync(descriptor) == 0 ? S_OK : STG_E_WRITEFAULT;
+  if (!toDisk) return S_OK;
+  if (SUCCEEDED(synced) && !SyncFile(descriptor)) synced = WriteResult(errno);
+  return synced;
 }
 
 void CompoundFile::Close() {

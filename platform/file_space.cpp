@@ -173,3 +173,10 @@ bool CutFile(int descriptor, std::uint64_t size) {
   }
   return true;
 }
+
+bool SyncFile(int descriptor) {
+  while (fdatasync(descriptor) != 0) {
+    if (errno != EINTR) return false;
+  }
+  return true;
+}
