@@ -245,6 +245,10 @@ TEST_F(StorageInterface, OpenElements) {
   EXPECT_EQ(STG_E_ACCESSDENIED, reader->SetSize(size));
   EXPECT_EQ(STG_E_INVALIDFUNCTION, reader->LockRegion(size, size, 1));
   EXPECT_EQ(STG_E_INVALIDFUNCTION, reader->UnlockRegion(size, size, 1));
+  const LARGE_INTEGER farthest{{0xFFFFFFFF, 0x7FFFFFFF}};
+  EXPECT_EQ(S_OK, reader->Seek(farthest, STREAM_SEEK_CUR, nullptr));
+  EXPECT_EQ(S_OK, reader->Seek(farthest, STREAM_SEEK_CUR, nullptr));
+  EXPECT_EQ(STG_E_INVALIDFUNCTION, reader->Seek(farthest, STREAM_SEEK_CUR, nullptr));
   EXPECT_EQ(S_OK, reader->Revert());
   EXPECT_EQ(S_OK, root->Revert());
   EXPECT_EQ(STG_E_ACCESSDENIED, root->OpenStream(L"stream", nullptr, Exclusive, 0, &second));
