@@ -55,7 +55,8 @@ class CompoundStorage final : public IStorage, public OpenObject {
                           CompoundEntry** old) const;
   template <class Object, class Interface>
   HRESULT Create(const OLECHAR* text, DWORD createMode, Interface** created);
-  HRESULT CopyElement(const CompoundEntry& element, IStorage* to, const OLECHAR* newName);
+  HRESULT CopyElement(const CompoundEntry& element, IStorage* to, const OLECHAR* newName,
+                      DWORD ciidExclude, const IID* rgiidExclude);
   bool IsWithin(const CompoundEntry* ancestor) const;
   bool WouldReplaceThis(IStorage* to, const OLECHAR* newName) const;
 

@@ -283,6 +283,49 @@ TEST_F(StorageInterface, CopyOntoItsOwnStorage) {
   Done(storage);
 }
 
+// Whole kinds of elements are left out at every depth, named ones at the first only.
+TEST_F(StorageInterface, CopiesWithoutWhatIsExcluded) {
+  IStorage* from = MakeStorage(L"from");
+  IStorage* inner = nullptr;
+  ASSERT_EQ(S_OK, from->CreateStorage(L"inner", Exclusive, 0, 0, &inner));
+  IStream* stream = nullptr;
+  for (IStorage* parent : {from, inner}) {
+    ASSERT_EQ(S_OK, parent->CreateStream(L"stream", Exclusive, 0, 0, &stream));
+    Done(stream);
+  }
+  Done(inner);
+  OLECHAR name[] = L"STREAM";
+  LPOLESTR names[] = {name, nullptr};
+  const struct {
+    DWORD count;
+    const IID* ids;
+    SNB names;
+    HRESULT stream, inner, streamWithin;
+  } rows[] = {
+      {0, nullptr, nullptr, S_OK, S_OK, S_OK},
+      {1, nullptr, nullptr, S_OK, S_OK, S_OK},
+      {1, &IID_IStream, nullptr, STG_E_FILENOTFOUND, S_OK, STG_E_FILENOTFOUND},
+      {1, &IID_IStorage, nullptr, S_OK, STG_E_FILENOTFOUND, S_OK},
+      {0, nullptr, names, STG_E_FILENOTFOUND, S_OK, S_OK},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    IStorage* to = MakeStorage(L"to");
+    EXPECT_EQ(S_OK, from->CopyTo(row.count, row.ids, row.names, to));
+    EXPECT_EQ(row.stream, to->OpenStream(L"stream", nullptr, Exclusive, 0, &stream));
+    Done(stream);
+    EXPECT_EQ(row.inner, to->OpenStorage(L"inner", nullptr, Exclusive, nullptr, 0, &inner));
+    if (inner) {
+      EXPECT_EQ(row.streamWithin, inner->OpenStream(L"stream", nullptr, Exclusive, 0, &stream));
+      Done(stream);
+    }
+    Done(inner);
+    Done(to);
+    EXPECT_EQ(S_OK, root->DestroyElement(L"to"));
+  }
+  Done(from);
+}
+
 // What is not understood is refused, leaves no element and clears the place for the pointer.
 TEST_F(StorageInterface, ArgumentsOfElements) {
   const struct {
