@@ -50,7 +50,8 @@ class CompoundStorage final : public IStorage, public OpenObject {
 
   bool IsWritable() const { return (mode & 3) != STGM_READ; }
   HRESULT Find(const OLECHAR* text, CompoundName* name, CompoundEntry** found) const;
-  HRESULT FindOpenable(const OLECHAR* text, bool stream, CompoundEntry** found) const;
+  HRESULT FindOpenable(const OLECHAR* text, bool stream, DWORD openMode,
+                       CompoundEntry** found) const;
   HRESULT FindReplaceable(const OLECHAR* text, DWORD createMode, CompoundName* name,
                           CompoundEntry** old) const;
   template <class Object, class Interface>

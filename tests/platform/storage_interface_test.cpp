@@ -257,12 +257,18 @@ TEST_F(StorageInterface, OpenElements) {
   IStorage* storage = MakeStorage(L"storage");
   IStream* inner = nullptr;
   ASSERT_EQ(S_OK, storage->CreateStream(L"inner", Exclusive, 0, 0, &inner));
+  Done(inner);
+  Done(storage);
+  const DWORD reading = STGM_READ | STGM_SHARE_EXCLUSIVE;
+  ASSERT_EQ(S_OK, root->OpenStorage(L"storage", nullptr, reading, nullptr, 0, &storage));
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->OpenStream(L"inner", nullptr, Exclusive, 0, &inner));
+  ASSERT_EQ(S_OK, storage->OpenStream(L"inner", nullptr, reading, 0, &inner));
   EXPECT_EQ(S_OK, root->DestroyElement(L"storage"));
   ASSERT_EQ(S_OK, root->CreateStream(L"stream", Exclusive | STGM_CREATE, 0, 0, &second));
   STATSTG stat;
   EXPECT_EQ(STG_E_REVERTED, reader->Stat(&stat, STATFLAG_NONAME));
   EXPECT_EQ(STG_E_REVERTED, storage->Stat(&stat, STATFLAG_NONAME));
-  EXPECT_EQ(STG_E_REVERTED, inner->Write("x", 1, nullptr));
+  EXPECT_EQ(STG_E_REVERTED, inner->Stat(&stat, STATFLAG_NONAME));
   for (IUnknown* object : {static_cast<IUnknown*>(reader), static_cast<IUnknown*>(storage),
                            static_cast<IUnknown*>(inner), static_cast<IUnknown*>(second)}) {
     Done(object);
