@@ -206,6 +206,7 @@ HRESULT CompoundFile::Flush(std::uint64_t size, bool toDisk) {
 }
 
 void CompoundFile::Close() {
+  UnlockFile(descriptor);
   close(descriptor);
   descriptor = -1;
 }

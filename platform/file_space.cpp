@@ -180,3 +180,5 @@ bool SyncFile(int descriptor) {
   }
   return true;
 }
+
+void UnlockFile(int descriptor) { flock(descriptor, LOCK_UN); }

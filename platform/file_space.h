@@ -24,3 +24,6 @@ bool CutFile(int descriptor, std::uint64_t size);
 
 /// Waits until the bytes are on the disk.
 bool SyncFile(int descriptor);
+
+/// Lets the file be opened again, also when a child process still holds the descriptor.
+void UnlockFile(int descriptor);

@@ -118,6 +118,21 @@ TEST(SaveDriver, Protocol) {
   }
 }
 
+// Such a file is not finished yet: it becomes no backup, and no save replaces it.
+TEST(SaveDriver, AFileThatTheHostKeepsOpenStays) {
+  Situation s;
+  s.host.directory = s.folder.Root();
+  s.host.keepsStorage = true;
+  SetSaveInterface(&s.host);
+  EXPECT_EQ(SaveToFileDLL(s.fileName.c_str(), 1, 0, 7), 1);
+  EXPECT_EQ(SaveToFileDLL(s.fileName.c_str(), 1, 0, 7), 0);
+  EXPECT_EQ(s.host.ReleaseKept(), 0U);
+  EXPECT_EQ(s.folder.List(), "scene.kel=new");
+  EXPECT_EQ(SaveToFileDLL(s.fileName.c_str(), 1, 0, 7), 1);
+  EXPECT_EQ(s.host.ReleaseKept(), 0U);
+  EXPECT_EQ(s.folder.List(), "KelBackup.bak=new scene.kel=new");
+}
+
 TEST(SaveDriver, NoWriterFollowsOneThatFails) {
   for (const std::string failing : {"SaveScene", "SaveSection5", "SaveSection6", "SaveSection4",
                                     "SaveSection3", "SaveSection2", "SaveSection1"}) {
