@@ -144,13 +144,12 @@ HRESULT CompoundFile::WriteOut(Piece& piece) {
 }
 
 HRESULT CompoundFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
-  if (!WriteAll(descriptor, data, size, offset)) {
-    return WriteResult(errno);
-  }
+  // Also when the write fails: a part of it may be in the file.
+  touched = std::max(touched, offset + size);
+  if (!WriteAll(descriptor, data, size, offset)) return WriteResult(errno);
   for (Piece& piece : pieces) {
     if (piece.offset >= offset && piece.offset < offset + size) piece.begin = piece.end = 0;
   }
-  touched = std::max(touched, offset + size);
   return S_OK;
 }
 
@@ -201,10 +200,13 @@ HRESULT CompoundFile::Flush(std::uint64_t size, bool toDisk) {
   if (!CutFile(descriptor, size)) return STG_E_WRITEFAULT;
   reserved = std::min(reserved, size);
   touched = std::min(touched, size);
-  return !toDisk || fdatasync(descriptor) == 0 ? S_OK : STG_E_WRITEFAULT;
+  if (!toDisk) return S_OK;
+  if (SUCCEEDED(synced) && !SyncFile(descriptor)) synced = WriteResult(errno);
+  return synced;
 }
 
 void CompoundFile::Close() {
+  UnlockFile(descriptor);
   close(descriptor);
   descriptor = -1;
 }

@@ -36,7 +36,8 @@ class CompoundFile {
   HRESULT Read(std::uint64_t offset, void* data, std::size_t size);
 
   /// Hands everything gathered to the system and cuts the file to `size`, giving back what was
-  /// reserved beyond; with `toDisk` also waits for the disk.
+  /// reserved beyond; with `toDisk` also waits for the disk. Once the disk has failed, every later
+  /// wait fails as well: the system tells only once of bytes that it has lost.
   HRESULT Flush(std::uint64_t size, bool toDisk);
 
   void Close();
@@ -63,5 +64,6 @@ class CompoundFile {
   std::uint64_t reserved = 0;  // the file has space up to here
   std::uint64_t touched = 0;   // nothing was ever written from here on
   std::uint64_t clock = 0;
+  HRESULT synced = S_OK;  // or why the disk failed
   std::array<Piece, 4> pieces;
 };

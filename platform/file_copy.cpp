@@ -121,8 +121,9 @@ int MoveByCopying(const std::string& from, const std::string& to) {
   if (!copy.IsOpen()) return -1;
   if (!FillCopy(source.Get(), status, copy.Get())) return Abandon(copyName);
   if (!NameCopy(copyName, to)) return Abandon(copyName);
-  if (!SyncFolder(folder) || unlink(from.c_str()) != 0) return Abandon(to);
-  return 0;
+  if (!SyncFolder(folder)) return Abandon(to);
+  // When the file is gone already, the copy is all there is.
+  return unlink(from.c_str()) == 0 || errno == ENOENT ? 0 : Abandon(to);
 }
 
 #endif

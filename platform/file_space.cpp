@@ -79,19 +79,44 @@ int OpenOrMake(const char* path, bool exists, bool* isNew) {
   return made;
 }
 
-/// Empties the file and takes its space. An old file that is long enough gives its own; what it
-/// lacks is taken before anything of it is lost.
+bool WriteZeros(int file, std::uint64_t from, std::uint64_t to) {
+  while (from < to) {
+    const std::size_t size = std::min<std::uint64_t>(to - from, sizeof Zeros);
+    if (!WriteAll(file, Zeros, size, from)) return false;
+    from += size;
+  }
+  return true;
+}
+
+/// Writes the first `size` bytes over themselves: what keeps them from being written (a limit, a
+/// quota, a disk that copies on writing) shows while they are still there.
+bool Rewrite(int file, std::uint64_t size) {
+  const FileSizeSignalBlocked blocked;
+  std::byte bytes[4096];
+  for (std::uint64_t at = 0; at < size;) {
+    const std::size_t part = std::min<std::uint64_t>(size - at, sizeof bytes);
+    const ssize_t got = pread(file, bytes, part, static_cast<off_t>(at));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return got == 0;
+    if (!WriteAll(file, bytes, static_cast<std::size_t>(got), at)) return false;
+    at += static_cast<std::uint64_t>(got);
+  }
+  return true;
+}
+
+/// Empties the file and takes its space. What an old file has of it, it keeps, as others could
+/// take what is given back; what it lacks is taken before anything of it is lost.
 HRESULT Empty(int file, std::uint64_t space) {
   struct stat status = {};
   if (flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return STG_E_SHAREVIOLATION;
   if (fstat(file, &status) != 0) return STG_E_WRITEFAULT;
   const auto before = static_cast<std::uint64_t>(status.st_size);
-  if (before < space && !TakeSpace(file, before, space)) {
+  const std::uint64_t kept = std::min(before, space);
+  if (!Rewrite(file, kept) || (kept < space && !TakeSpace(file, kept, space))) {
     const HRESULT result = WriteResult(errno);
     return CutFile(file, before) ? result : STG_E_WRITEFAULT;
   }
-  if (before == 0) return S_OK;
-  return CutFile(file, 0) && TakeSpace(file, 0, space) ? S_OK : WriteResult(errno);
+  return CutFile(file, space) && WriteZeros(file, 0, kept) ? S_OK : WriteResult(errno);
 }
 
 }  // namespace
@@ -109,7 +134,8 @@ HRESULT OpenEmpty(const char* path, std::uint64_t space, int* descriptor) {
   if (opened < 0) return ResultOf(errno, OpenErrors, STG_E_ACCESSDENIED);
   const HRESULT result = Empty(opened, space);
   if (FAILED(result)) {
-    if (isNew) unlink(path);
+    // Who holds the lock on a file this new is saving a scene into it.
+    if (isNew && result != STG_E_SHAREVIOLATION) unlink(path);
     close(opened);
     return result;
   }
@@ -138,12 +164,7 @@ bool TakeSpace(int descriptor, std::uint64_t from, std::uint64_t to) {
   } while (result != 0 && errno == EINTR);
   if (result == 0) return true;
   if (errno != EOPNOTSUPP && errno != ENOSYS) return false;
-  for (std::uint64_t at = from; at < to;) {
-    const std::size_t size = std::min<std::uint64_t>(to - at, sizeof Zeros);
-    if (!WriteAll(descriptor, Zeros, size, at)) return false;
-    at += size;
-  }
-  return true;
+  return WriteZeros(descriptor, from, to);
 }
 
 bool CutFile(int descriptor, std::uint64_t size) {
@@ -152,3 +173,12 @@ bool CutFile(int descriptor, std::uint64_t size) {
   }
   return true;
 }
+
+bool SyncFile(int descriptor) {
+  while (fdatasync(descriptor) != 0) {
+    if (errno != EINTR) return false;
+  }
+  return true;
+}
+
+void UnlockFile(int descriptor) { flock(descriptor, LOCK_UN); }

@@ -21,3 +21,9 @@ bool WriteAll(int descriptor, const std::byte* data, std::size_t size, std::uint
 bool TakeSpace(int descriptor, std::uint64_t from, std::uint64_t to);
 
 bool CutFile(int descriptor, std::uint64_t size);
+
+/// Waits until the bytes are on the disk.
+bool SyncFile(int descriptor);
+
+/// Lets the file be opened again, also when a child process still holds the descriptor.
+void UnlockFile(int descriptor);

@@ -3,6 +3,7 @@
 #ifndef _WIN32
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,6 +28,15 @@ int Refuse(int error) {
 
 bool IsReadOnly(const struct stat& status) {
   return !S_ISDIR(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
+}
+
+/// Whether a storage has the file open, here or in another process: it holds a lock on it.
+bool IsBeingWritten(const char* path) {
+  const int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return false;
+  const bool locked = flock(file, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  close(file);
+  return locked;
 }
 
 /// Renames without replacing. Where the file system cannot promise that in one step, the test
@@ -81,6 +91,7 @@ int rename(const char* from, const char* to) {
   if (from == nullptr || to == nullptr) return Refuse(EINVAL);
   const std::string source = NativePath(from);
   const std::string target = NativePath(to);
+  if (IsBeingWritten(source.c_str())) return Refuse(EACCES);
   if (RenameToNewName(source.c_str(), target.c_str()) == 0) return 0;
   return errno == EXDEV ? MoveByCopying(source, target) : -1;
 }

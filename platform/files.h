@@ -41,7 +41,8 @@ KEL_PLATFORM_API int _chmod(const char* path, int mode);
 /// Deletes the file `path`. 0 when done; a read-only file and a directory are refused.
 KEL_PLATFORM_API int remove(const char* path);
 
-/// Gives the file `from` the name `to`. 0 when done. An existing `to` is refused and left alone.
+/// Gives the file `from` the name `to`. 0 when done. An existing `to` is refused and left alone,
+/// and so is a `from` that a storage has open.
 /// Between file systems the file is copied with its permissions and times, the copy brought safely
 /// to the disk, and only then `from` deleted; a copy that fails is removed.
 KEL_PLATFORM_API int rename(const char* from, const char* to);

@@ -70,11 +70,26 @@ bool CompoundStorage::IsWithin(const CompoundEntry* ancestor) const {
   return at != nullptr;
 }
 
-/// Copies one element with everything beneath it. Storages of the same name are merged.
+/// Whether a stream of this name in `to` would take the place of this storage or of one that
+/// holds it, and destroy what is being copied.
+bool CompoundStorage::WouldReplaceThis(IStorage* to, const OLECHAR* newName) const {
+  const auto* ours = Ours(to);
+  CompoundName name;
+  if (ours == nullptr || ours->document != document || FAILED(MakeName(newName, &name))) {
+    return false;
+  }
+  const CompoundEntry* there = document->Directory().Find(ours->entry, name);
+  return there != nullptr && IsWithin(there);
+}
+
+/// Copies one element with everything beneath it but the kinds that are excluded. Storages of the
+/// same name are merged.
 HRESULT CompoundStorage::CopyElement(const CompoundEntry& element, IStorage* to,
-                                     const OLECHAR* newName) {
+                                     const OLECHAR* newName, DWORD ciidExclude,
+                                     const IID* rgiidExclude) {
   auto* source = const_cast<CompoundEntry*>(&element);
   if (element.IsStream()) {
+    if (WouldReplaceThis(to, newName)) return STG_E_ACCESSDENIED;
     Reference<IStream> from(new CompoundStream(document, source, OpenMode));
     Reference<IStream> made;
     const HRESULT result = to->CreateStream(newName, MakeMode, 0, 0, made.Place());
@@ -88,15 +103,14 @@ HRESULT CompoundStorage::CopyElement(const CompoundEntry& element, IStorage* to,
     result = to->CreateStorage(newName, MakeMode, 0, 0, made.Place());
   }
   if (FAILED(result)) return result;
-  return from->CopyTo(0, nullptr, nullptr, made.Get());
+  return from->CopyTo(ciidExclude, rgiidExclude, nullptr, made.Get());
 }
 
 HRESULT CompoundStorage::CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB snbExclude,
                                 IStorage* pstgDest) {
   if (IsReverted()) return STG_E_REVERTED;
-  if (pstgDest == nullptr || (ciidExclude > 0 && rgiidExclude == nullptr)) {
-    return STG_E_INVALIDPOINTER;
-  }
+  if (pstgDest == nullptr) return STG_E_INVALIDPOINTER;
+  if (rgiidExclude == nullptr) ciidExclude = 0;
   const auto* ours = Ours(pstgDest);
   if (ours != nullptr && !ours->IsReverted() && ours->IsWithin(entry)) return STG_E_ACCESSDENIED;
   return Guarded([&] {
@@ -109,7 +123,8 @@ HRESULT CompoundStorage::CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB 
     for (const CompoundEntry* child : SortedChildren(*entry)) {
       if (FAILED(result)) return result;
       if (!(child->IsStream() ? streams : storages) || Contains(snbExclude, child->name)) continue;
-      result = CopyElement(*child, pstgDest, TaskName(child->name).text);
+      result =
+          CopyElement(*child, pstgDest, TaskName(child->name).text, ciidExclude, rgiidExclude);
     }
     return result;
   });
@@ -140,6 +155,6 @@ HRESULT CompoundStorage::MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDe
       return S_OK;
     }
   }
-  result = Guarded([&] { return CopyElement(*found, pstgDest, pwcsNewName); });
+  result = Guarded([&] { return CopyElement(*found, pstgDest, pwcsNewName, 0, nullptr); });
   return FAILED(result) || !move ? result : DestroyElement(pwcsName);
 }

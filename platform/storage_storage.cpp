@@ -60,13 +60,15 @@ HRESULT CompoundStorage::Find(const OLECHAR* text, CompoundName* name,
   return *found != nullptr ? S_OK : STG_E_FILENOTFOUND;
 }
 
-HRESULT CompoundStorage::FindOpenable(const OLECHAR* text, bool stream,
+HRESULT CompoundStorage::FindOpenable(const OLECHAR* text, bool stream, DWORD openMode,
                                       CompoundEntry** found) const {
   CompoundName name;
-  const HRESULT result = Find(text, &name, found);
+  HRESULT result = CheckMode(openMode, 0);
+  if (SUCCEEDED(result)) result = Find(text, &name, found);
   if (FAILED(result)) return result;
   if ((*found)->IsStream() != stream) return STG_E_FILENOTFOUND;
-  return (*found)->opened == nullptr ? S_OK : STG_E_ACCESSDENIED;
+  const bool permitted = IsWritable() || (openMode & AccessMask) == STGM_READ;
+  return permitted && (*found)->opened == nullptr ? S_OK : STG_E_ACCESSDENIED;
 }
 
 HRESULT CompoundStorage::FindReplaceable(const OLECHAR* text, DWORD createMode, CompoundName* name,
@@ -119,9 +121,8 @@ HRESULT CompoundStorage::OpenStream(const OLECHAR* pwcsName, void* reserved1, DW
   *ppstm = nullptr;
   if (IsReverted()) return STG_E_REVERTED;
   if (reserved1 != nullptr || reserved2 != 0) return STG_E_INVALIDPARAMETER;
-  HRESULT result = CheckMode(grfMode, 0);
   CompoundEntry* found = nullptr;
-  if (SUCCEEDED(result)) result = FindOpenable(pwcsName, true, &found);
+  const HRESULT result = FindOpenable(pwcsName, true, grfMode, &found);
   if (FAILED(result)) return result;
   *ppstm = new (std::nothrow) CompoundStream(document, found, grfMode);
   return *ppstm != nullptr ? S_OK : E_OUTOFMEMORY;
@@ -143,9 +144,8 @@ HRESULT CompoundStorage::OpenStorage(const OLECHAR* pwcsName, IStorage* pstgPrio
   if (pstgPriority != nullptr || snbExclude != nullptr || reserved != 0) {
     return STG_E_INVALIDPARAMETER;
   }
-  HRESULT result = CheckMode(grfMode, 0);
   CompoundEntry* found = nullptr;
-  if (SUCCEEDED(result)) result = FindOpenable(pwcsName, false, &found);
+  const HRESULT result = FindOpenable(pwcsName, false, grfMode, &found);
   if (FAILED(result)) return result;
   *ppstg = new (std::nothrow) CompoundStorage(document, found, grfMode);
   return *ppstg != nullptr ? S_OK : E_OUTOFMEMORY;

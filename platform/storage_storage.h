@@ -50,13 +50,16 @@ class CompoundStorage final : public IStorage, public OpenObject {
 
   bool IsWritable() const { return (mode & 3) != STGM_READ; }
   HRESULT Find(const OLECHAR* text, CompoundName* name, CompoundEntry** found) const;
-  HRESULT FindOpenable(const OLECHAR* text, bool stream, CompoundEntry** found) const;
+  HRESULT FindOpenable(const OLECHAR* text, bool stream, DWORD openMode,
+                       CompoundEntry** found) const;
   HRESULT FindReplaceable(const OLECHAR* text, DWORD createMode, CompoundName* name,
                           CompoundEntry** old) const;
   template <class Object, class Interface>
   HRESULT Create(const OLECHAR* text, DWORD createMode, Interface** created);
-  HRESULT CopyElement(const CompoundEntry& element, IStorage* to, const OLECHAR* newName);
+  HRESULT CopyElement(const CompoundEntry& element, IStorage* to, const OLECHAR* newName,
+                      DWORD ciidExclude, const IID* rgiidExclude);
   bool IsWithin(const CompoundEntry* ancestor) const;
+  bool WouldReplaceThis(IStorage* to, const OLECHAR* newName) const;
 
   DWORD mode;
   std::unique_ptr<CompoundDocument> owned;  // of the root only

@@ -65,6 +65,7 @@ HRESULT CompoundStream::Seek(LARGE_INTEGER dlibMove, DWORD dwOrigin,
   const bool back = dwOrigin != STREAM_SEEK_SET && dlibMove.QuadPart < 0;
   if (back && origin < 0 - move) return STG_E_INVALIDFUNCTION;
   if (dwOrigin == STREAM_SEEK_SET && dlibMove.QuadPart < 0) return STG_E_INVALIDFUNCTION;
+  if (!back && origin + move < origin) return STG_E_INVALIDFUNCTION;
   position = origin + move;
   if (plibNewPosition != nullptr) plibNewPosition->QuadPart = position;
   return S_OK;
@@ -97,6 +98,7 @@ HRESULT CompoundStream::CopyTo(IStream* pstm, ULARGE_INTEGER cb, ULARGE_INTEGER*
       step = pstm->Write(bytes.data(), got, &put);
       written += put;
       if (FAILED(step)) return step;
+      if (put < got) return STG_E_WRITEFAULT;
       left -= got;
     }
     return S_OK;

@@ -8,7 +8,8 @@
 HelpSys& HelpSys::operator=(const HelpSys& source) {
   clickHelp = source.clickHelp;
   helpWindow = source.helpWindow;
-  std::copy(std::begin(source.hostOwned), std::end(source.hostOwned), hostOwned);
+  // Unlike std::copy, this may copy a record onto itself.
+  std::copy_n(source.hostOwned, std::size(source.hostOwned), hostOwned);
   return *this;
 }
 

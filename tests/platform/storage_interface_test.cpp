@@ -245,6 +245,10 @@ TEST_F(StorageInterface, OpenElements) {
   EXPECT_EQ(STG_E_ACCESSDENIED, reader->SetSize(size));
   EXPECT_EQ(STG_E_INVALIDFUNCTION, reader->LockRegion(size, size, 1));
   EXPECT_EQ(STG_E_INVALIDFUNCTION, reader->UnlockRegion(size, size, 1));
+  const LARGE_INTEGER farthest{{0xFFFFFFFF, 0x7FFFFFFF}};
+  EXPECT_EQ(S_OK, reader->Seek(farthest, STREAM_SEEK_CUR, nullptr));
+  EXPECT_EQ(S_OK, reader->Seek(farthest, STREAM_SEEK_CUR, nullptr));
+  EXPECT_EQ(STG_E_INVALIDFUNCTION, reader->Seek(farthest, STREAM_SEEK_CUR, nullptr));
   EXPECT_EQ(S_OK, reader->Revert());
   EXPECT_EQ(S_OK, root->Revert());
   EXPECT_EQ(STG_E_ACCESSDENIED, root->OpenStream(L"stream", nullptr, Exclusive, 0, &second));
@@ -253,16 +257,79 @@ TEST_F(StorageInterface, OpenElements) {
   IStorage* storage = MakeStorage(L"storage");
   IStream* inner = nullptr;
   ASSERT_EQ(S_OK, storage->CreateStream(L"inner", Exclusive, 0, 0, &inner));
+  Done(inner);
+  Done(storage);
+  const DWORD reading = STGM_READ | STGM_SHARE_EXCLUSIVE;
+  ASSERT_EQ(S_OK, root->OpenStorage(L"storage", nullptr, reading, nullptr, 0, &storage));
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->OpenStream(L"inner", nullptr, Exclusive, 0, &inner));
+  ASSERT_EQ(S_OK, storage->OpenStream(L"inner", nullptr, reading, 0, &inner));
   EXPECT_EQ(S_OK, root->DestroyElement(L"storage"));
   ASSERT_EQ(S_OK, root->CreateStream(L"stream", Exclusive | STGM_CREATE, 0, 0, &second));
   STATSTG stat;
   EXPECT_EQ(STG_E_REVERTED, reader->Stat(&stat, STATFLAG_NONAME));
   EXPECT_EQ(STG_E_REVERTED, storage->Stat(&stat, STATFLAG_NONAME));
-  EXPECT_EQ(STG_E_REVERTED, inner->Write("x", 1, nullptr));
+  EXPECT_EQ(STG_E_REVERTED, inner->Stat(&stat, STATFLAG_NONAME));
   for (IUnknown* object : {static_cast<IUnknown*>(reader), static_cast<IUnknown*>(storage),
                            static_cast<IUnknown*>(inner), static_cast<IUnknown*>(second)}) {
     Done(object);
   }
+}
+
+// A stream whose copy would replace the storage it lies in stays where it is.
+TEST_F(StorageInterface, CopyOntoItsOwnStorage) {
+  IStorage* storage = MakeStorage(L"same");
+  IStream* stream = nullptr;
+  ASSERT_EQ(S_OK, storage->CreateStream(L"same", Exclusive, 0, 0, &stream));
+  Done(stream);
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->MoveElementTo(L"same", root, L"SAME", STGMOVE_MOVE));
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->MoveElementTo(L"same", root, L"same", STGMOVE_COPY));
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->CopyTo(0, nullptr, nullptr, root));
+  EXPECT_EQ(S_OK, storage->OpenStream(L"same", nullptr, Exclusive, 0, &stream));
+  Done(stream);
+  Done(storage);
+}
+
+// Whole kinds of elements are left out at every depth, named ones at the first only.
+TEST_F(StorageInterface, CopiesWithoutWhatIsExcluded) {
+  IStorage* from = MakeStorage(L"from");
+  IStorage* inner = nullptr;
+  ASSERT_EQ(S_OK, from->CreateStorage(L"inner", Exclusive, 0, 0, &inner));
+  IStream* stream = nullptr;
+  for (IStorage* parent : {from, inner}) {
+    ASSERT_EQ(S_OK, parent->CreateStream(L"stream", Exclusive, 0, 0, &stream));
+    Done(stream);
+  }
+  Done(inner);
+  OLECHAR name[] = L"STREAM";
+  LPOLESTR names[] = {name, nullptr};
+  const struct {
+    DWORD count;
+    const IID* ids;
+    SNB names;
+    HRESULT stream, inner, streamWithin;
+  } rows[] = {
+      {0, nullptr, nullptr, S_OK, S_OK, S_OK},
+      {1, nullptr, nullptr, S_OK, S_OK, S_OK},
+      {1, &IID_IStream, nullptr, STG_E_FILENOTFOUND, S_OK, STG_E_FILENOTFOUND},
+      {1, &IID_IStorage, nullptr, S_OK, STG_E_FILENOTFOUND, S_OK},
+      {0, nullptr, names, STG_E_FILENOTFOUND, S_OK, S_OK},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    IStorage* to = MakeStorage(L"to");
+    EXPECT_EQ(S_OK, from->CopyTo(row.count, row.ids, row.names, to));
+    EXPECT_EQ(row.stream, to->OpenStream(L"stream", nullptr, Exclusive, 0, &stream));
+    Done(stream);
+    EXPECT_EQ(row.inner, to->OpenStorage(L"inner", nullptr, Exclusive, nullptr, 0, &inner));
+    if (inner) {
+      EXPECT_EQ(row.streamWithin, inner->OpenStream(L"stream", nullptr, Exclusive, 0, &stream));
+      Done(stream);
+    }
+    Done(inner);
+    Done(to);
+    EXPECT_EQ(S_OK, root->DestroyElement(L"to"));
+  }
+  Done(from);
 }
 
 // What is not understood is refused, leaves no element and clears the place for the pointer.

@@ -270,14 +270,14 @@ TEST_P(StorageSpace, RefusedReplacementKeepsTheOld) {
                               nullptr, IID_IStorage, made);
   };
   void* made = nullptr;
-  std::ofstream(fileName) << "old file";
-  {
+  for (const int size : {8, 100000}) {
+    const std::string old(static_cast<std::size_t>(size), 'o');
+    std::ofstream(fileName) << old;
     const FileSizeLimit limit(1024);
     EXPECT_EQ(STG_E_MEDIUMFULL, create(&made));
+    std::ifstream file(fileName);
+    EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(file), {}) == old) << size;
   }
-  std::string left;
-  std::getline(std::ifstream(fileName), left);
-  EXPECT_EQ("old file", left);
 
   ASSERT_EQ(S_OK, create(&made));
   auto* root = static_cast<IStorage*>(made);
@@ -303,6 +303,33 @@ TEST_P(StorageSpace, RefusedReplacementKeepsTheOld) {
   EXPECT_EQ("", findings.Text());
   ASSERT_NE(nullptr, findings.Find(u"old"));
   EXPECT_EQ(9U, findings.Find(u"old")->size);
+}
+
+// The part of a failed write that reached the file is not seen again.
+TEST_P(StorageSpace, ZerosAfterAFailedWrite) {
+  const std::string fileName = home.Path("zeros.cfb");
+  IStorage* root = model::CreateFile(fileName, GetParam());
+  ASSERT_NE(nullptr, root);
+  IStream* stream = nullptr;
+  ASSERT_EQ(S_OK, root->CreateStream(L"stream", Exclusive, 0, 0, &stream));
+  ULARGE_INTEGER size{{3 << 20, 0}};
+  const ULARGE_INTEGER none{};
+  ASSERT_EQ(S_OK, stream->SetSize(size));
+  ASSERT_EQ(S_OK, stream->SetSize(none));
+  std::string bytes(size.LowPart, 'x');
+  ULONG done = 0;
+  {
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    const FileSizeLimit limit(1 << 20);
+    EXPECT_EQ(STG_E_MEDIUMFULL, stream->Write(bytes.data(), size.LowPart, &done));
+    std::signal(SIGXFSZ, before);
+  }
+  EXPECT_EQ(S_OK, stream->SetSize(size));
+  EXPECT_EQ(S_OK, stream->Seek({{done, 0}}, STREAM_SEEK_SET, nullptr));
+  EXPECT_EQ(S_OK, stream->Read(bytes.data(), size.LowPart, &done));
+  EXPECT_EQ(std::string::npos, bytes.substr(0, done).find('x'));
+  stream->Release();
+  root->Release();
 }
 
 /// A real file system of a given size, in a mount namespace of this process's own.

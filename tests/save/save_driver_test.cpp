@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -20,6 +22,7 @@ struct Situation {
   std::string fileName = folder.Root() + "\\scene.kel";
   int notify = 1;
   int noBackup = 0;
+  rlim_t room = RLIM_INFINITY;  // the longest file that the process may write
 
   Situation() { folder.Put("scene.kel", "old"); }
   void RemoveOld() const { std::filesystem::remove(folder.Path("scene.kel")); }
@@ -85,13 +88,7 @@ const Row Rows[] = {
     {"creation refused, no folder",
      [](Situation& s) { s.fileName = s.folder.Root() + "\\none\\scene.kel"; },
      0, Looked + " WantsBackup FileExists:scene.kel", "scene.kel=old"},
-    {"creation refused, backup stays",
-     [](Situation& s) {
-       s.RemoveOld();
-       std::filesystem::create_directory(s.folder.Path("scene.kel"));
-       s.noBackup = 1;
-     },
-     0, Looked, "scene.kel/"},
+    {"creation refused, backup stays", [](Situation& s) { s.room = 1024; }, 0, Backed, Kept},
     {"host keeps the storage", [](Situation& s) { s.host.keepsStorage = true; },
      1, Backed + Writers + Saved, Kept + " scene.kel=new"},
     {"host keeps the storage of a failed save",
@@ -108,12 +105,32 @@ TEST(SaveDriver, Protocol) {
     row.arrange(s);
     SetSaveInterface(&s.host);
     KelForgetCursorHistory();
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit lowered{std::min(s.room, limit.rlim_cur), limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &lowered);
     EXPECT_EQ(SaveToFileDLL(s.fileName.c_str(), s.notify, s.noBackup, 7), row.result);
+    setrlimit(RLIMIT_FSIZE, &limit);
     EXPECT_EQ(s.host.calls, row.calls);
     EXPECT_EQ(KelCursorHistory(), (std::vector<int>{32514, 32512}));
     EXPECT_EQ(s.host.ReleaseKept(), 0U);
     EXPECT_EQ(s.folder.List(), row.files);
   }
+}
+
+// Such a file is not finished yet: it becomes no backup, and no save replaces it.
+TEST(SaveDriver, AFileThatTheHostKeepsOpenStays) {
+  Situation s;
+  s.host.directory = s.folder.Root();
+  s.host.keepsStorage = true;
+  SetSaveInterface(&s.host);
+  EXPECT_EQ(SaveToFileDLL(s.fileName.c_str(), 1, 0, 7), 1);
+  EXPECT_EQ(SaveToFileDLL(s.fileName.c_str(), 1, 0, 7), 0);
+  EXPECT_EQ(s.host.ReleaseKept(), 0U);
+  EXPECT_EQ(s.folder.List(), "scene.kel=new");
+  EXPECT_EQ(SaveToFileDLL(s.fileName.c_str(), 1, 0, 7), 1);
+  EXPECT_EQ(s.host.ReleaseKept(), 0U);
+  EXPECT_EQ(s.folder.List(), "KelBackup.bak=new scene.kel=new");
 }
 
 TEST(SaveDriver, NoWriterFollowsOneThatFails) {
