@@ -94,7 +94,10 @@ TEST_F(StorageInterface, NamesDifferByMoreThanCase) {
   const wchar_t* const taken[][2] = {{L"Scene", L"sCENE"},
                                      {L"\x00E9t\x00E9", L"\x00C9T\x00C9"},
                                      {L"\x03C9\x03C3", L"\x03A9\x03A3"},
-                                     {L"\x0436\x0451", L"\x0416\x0401"}};
+                                     {L"\x0436\x0451", L"\x0416\x0401"},
+                                     {L"\x023A\x1FC3", L"\x2C65\x1FCC"}};
+  Done(MakeStream(L"s\x0131n\x0131r"));  // another name than this one
+  Done(MakeStream(L"sinir"));
   for (const auto& [first, second] : taken) {
     Done(MakeStream(first));
     IStream* stream = nullptr;
