@@ -306,16 +306,16 @@ TEST_F(StorageInterface, CopiesWithoutWhatIsExcluded) {
   OLECHAR name[] = L"STREAM";
   LPOLESTR names[] = {name, nullptr};
   const struct {
-    DWORD count;
     const IID* ids;
     SNB names;
+    DWORD count;
     HRESULT stream, inner, streamWithin;
   } rows[] = {
-      {0, nullptr, nullptr, S_OK, S_OK, S_OK},
-      {1, nullptr, nullptr, S_OK, S_OK, S_OK},
-      {1, &IID_IStream, nullptr, STG_E_FILENOTFOUND, S_OK, STG_E_FILENOTFOUND},
-      {1, &IID_IStorage, nullptr, S_OK, STG_E_FILENOTFOUND, S_OK},
-      {0, nullptr, names, STG_E_FILENOTFOUND, S_OK, S_OK},
+      {nullptr, nullptr, 0, S_OK, S_OK, S_OK},
+      {nullptr, nullptr, 1, S_OK, S_OK, S_OK},
+      {&IID_IStream, nullptr, 1, STG_E_FILENOTFOUND, S_OK, STG_E_FILENOTFOUND},
+      {&IID_IStorage, nullptr, 1, S_OK, STG_E_FILENOTFOUND, S_OK},
+      {nullptr, names, 0, STG_E_FILENOTFOUND, S_OK, S_OK},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(&row - rows);
