@@ -18,6 +18,8 @@
 /// - The last Release has no result. What can still go wrong there is an input/output error of the
 ///   disk, and lack of memory for the tables (some bytes for each element and fragment). Commit
 ///   makes the file valid and reports both: call it first where that has to be known.
+/// - Changes after a Commit go over the tables that it wrote: until the next Commit or the last
+///   Release the file is not valid, and a process that stops in between leaves it so.
 /// - Creating with STGM_CREATE replaces only when nothing can fail any more: a refused call leaves
 ///   the old element or, when the file itself is refused for lack of space, the old file.
 /// - A stream that grows takes the sectors it needs and none ahead. Streams that grow in turns by

@@ -123,8 +123,7 @@ HRESULT CompoundStorage::CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB 
     for (const CompoundEntry* child : SortedChildren(*entry)) {
       if (FAILED(result)) return result;
       if (!(child->IsStream() ? streams : storages) || Contains(snbExclude, child->name)) continue;
-      result =
-          CopyElement(*child, pstgDest, TaskName(child->name).text, ciidExclude, rgiidExclude);
+      result = CopyElement(*child, pstgDest, TaskName(child->name).text, ciidExclude, rgiidExclude);
     }
     return result;
   });

@@ -94,7 +94,10 @@ TEST_F(StorageInterface, NamesDifferByMoreThanCase) {
   const wchar_t* const taken[][2] = {{L"Scene", L"sCENE"},
                                      {L"\x00E9t\x00E9", L"\x00C9T\x00C9"},
                                      {L"\x03C9\x03C3", L"\x03A9\x03A3"},
-                                     {L"\x0436\x0451", L"\x0416\x0401"}};
+                                     {L"\x0436\x0451", L"\x0416\x0401"},
+                                     {L"\x023A\x1FC3", L"\x2C65\x1FCC"}};
+  Done(MakeStream(L"s\x0131n\x0131r"));  // another name than this one
+  Done(MakeStream(L"sinir"));
   for (const auto& [first, second] : taken) {
     Done(MakeStream(first));
     IStream* stream = nullptr;
@@ -303,16 +306,16 @@ TEST_F(StorageInterface, CopiesWithoutWhatIsExcluded) {
   OLECHAR name[] = L"STREAM";
   LPOLESTR names[] = {name, nullptr};
   const struct {
-    DWORD count;
     const IID* ids;
     SNB names;
+    DWORD count;
     HRESULT stream, inner, streamWithin;
   } rows[] = {
-      {0, nullptr, nullptr, S_OK, S_OK, S_OK},
-      {1, nullptr, nullptr, S_OK, S_OK, S_OK},
-      {1, &IID_IStream, nullptr, STG_E_FILENOTFOUND, S_OK, STG_E_FILENOTFOUND},
-      {1, &IID_IStorage, nullptr, S_OK, STG_E_FILENOTFOUND, S_OK},
-      {0, nullptr, names, STG_E_FILENOTFOUND, S_OK, S_OK},
+      {nullptr, nullptr, 0, S_OK, S_OK, S_OK},
+      {nullptr, nullptr, 1, S_OK, S_OK, S_OK},
+      {&IID_IStream, nullptr, 1, STG_E_FILENOTFOUND, S_OK, STG_E_FILENOTFOUND},
+      {&IID_IStorage, nullptr, 1, S_OK, STG_E_FILENOTFOUND, S_OK},
+      {nullptr, names, 0, STG_E_FILENOTFOUND, S_OK, S_OK},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(&row - rows);
