@@ -81,6 +81,14 @@ class Session(unittest.TestCase):
         self.assertIn(" 11.000000\n", terminal.line("#", "0> "))
         self.ends(terminal)
 
+    def test_interrupt_at_the_first_prompt(self):
+        for term in "xterm", "dumb":
+            terminal = self.start(term=term)
+            terminal.send(CTRL_C)
+            terminal.expect("0> ")
+            self.assertIn(" 7.000000\n", terminal.line("7 #", "0> "))
+            self.ends(terminal)
+
     def test_interrupt_drops_an_open_string_comment_and_block(self):
         for opening, prompt in (('"one', '0" '), ("[ a", "0[ "), ("2 1 < {", "0{ ")):
             terminal = self.start()
