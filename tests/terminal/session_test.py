@@ -70,6 +70,14 @@ class Session(unittest.TestCase):
         self.assertIn("<terminal>:1:7: + on (string, real): no rule; it takes real+real", shown)
         self.ends(terminal)
 
+    @needs_editing
+    def test_keys_that_mean_nothing_do_no_harm(self):
+        terminal = self.start()
+        terminal.send("\x1bx")
+        terminal.line('"abc', '0" ')
+        self.assertIn(' "abc\n"\n', terminal.line('" #', "0> "))
+        self.ends(terminal)
+
     # Interrupts
 
     def test_interrupt_drops_the_line(self):
