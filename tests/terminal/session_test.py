@@ -120,12 +120,25 @@ class Session(unittest.TestCase):
         self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
         self.ends(terminal)
 
+    def test_interrupt_stops_output_that_nobody_takes(self):
+        (self.home / "much.3dc").write_text("1 #\n" * 1000000)
+        terminal = self.start("--no-stack")
+        terminal.send(f'"{self.home}/much.3dc" ;read\r')
+        for _ in range(3):  # the first may meet a line that is half out
+            time.sleep(0.1)  # until the terminal is full
+            terminal.interrupt()
+        terminal.expect("\n1> ")
+        terminal.send("7 #\r")
+        terminal.expect(" 7.000000\n1> ")
+        self.ends(terminal)
+
     def test_interrupt_stops_a_read_without_tokens(self):
         terminal = self.start("--no-stack")
         terminal.send('"reading" # "/dev/../dev/zero" ;read\r')
         terminal.expect(' "reading"\n')
         terminal.interrupt()
-        terminal.expect("1> ")
+        terminal.expect("> ")
+        self.assertIn(" 7.000000\n", terminal.line("\\\\ 7 #", "0> "))
         self.ends(terminal)
 
     # The end
