@@ -124,11 +124,9 @@ void CaCharacterSource::Close() {
 bool CaCharacterSource::Refill() {
   if (!fill_) return false;
   LetGoOfBlock();
-  if (block_ == nullptr) {
-    block_ = std::make_unique_for_overwrite<char[]>(BlockSize + 1);
-  } else {
-    block_[0] = end_[-1];
-  }
+  if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(BlockSize + 1);
+  // There is none before the first block, and still none when the first `fill_` threw.
+  if (end_ != nullptr) block_[0] = end_[-1];
   const std::size_t count = fill_(block_.get() + 1, BlockSize);
   begin_ = next_ = block_.get() + 1;
   end_ = next_ + count;

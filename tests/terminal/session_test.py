@@ -70,6 +70,14 @@ class Session(unittest.TestCase):
         self.assertIn("<terminal>:1:7: + on (string, real): no rule; it takes real+real", shown)
         self.ends(terminal)
 
+    @needs_editing
+    def test_keys_that_mean_nothing_do_no_harm(self):
+        terminal = self.start()
+        terminal.send("\x1bx")
+        terminal.line('"abc', '0" ')
+        self.assertIn(' "abc\n"\n', terminal.line('" #', "0> "))
+        self.ends(terminal)
+
     # Interrupts
 
     def test_interrupt_drops_the_line(self):
@@ -80,6 +88,14 @@ class Session(unittest.TestCase):
         terminal.line("6 +", "1> ")
         self.assertIn(" 11.000000\n", terminal.line("#", "0> "))
         self.ends(terminal)
+
+    def test_interrupt_at_the_first_prompt(self):
+        for term in "xterm", "dumb":
+            terminal = self.start(term=term)
+            terminal.send(CTRL_C)
+            terminal.expect("0> ")
+            self.assertIn(" 7.000000\n", terminal.line("7 #", "0> "))
+            self.ends(terminal)
 
     def test_interrupt_drops_an_open_string_comment_and_block(self):
         for opening, prompt in (('"one', '0" '), ("[ a", "0[ "), ("2 1 < {", "0{ ")):
@@ -104,12 +120,25 @@ class Session(unittest.TestCase):
         self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
         self.ends(terminal)
 
+    def test_interrupt_stops_output_that_nobody_takes(self):
+        (self.home / "much.3dc").write_text("1 #\n" * 1000000)
+        terminal = self.start("--no-stack")
+        terminal.send(f'"{self.home}/much.3dc" ;read\r')
+        for _ in range(3):  # the first may meet a line that is half out
+            time.sleep(0.1)  # until the terminal is full
+            terminal.interrupt()
+        terminal.expect("\n1> ")
+        terminal.send("7 #\r")
+        terminal.expect(" 7.000000\n1> ")
+        self.ends(terminal)
+
     def test_interrupt_stops_a_read_without_tokens(self):
         terminal = self.start("--no-stack")
         terminal.send('"reading" # "/dev/../dev/zero" ;read\r')
         terminal.expect(' "reading"\n')
         terminal.interrupt()
-        terminal.expect("1> ")
+        terminal.expect("> ")
+        self.assertIn(" 7.000000\n", terminal.line("\\\\ 7 #", "0> "))
         self.ends(terminal)
 
     # The end

@@ -1,6 +1,7 @@
 #include "tools/kelcalc/interrupt.h"
 
 #include <cerrno>
+#include <cstdio>
 
 #ifndef _WIN32
 #include <sys/select.h>
@@ -13,8 +14,11 @@ volatile std::sig_atomic_t InterruptRequested = 0;
 
 namespace {
 
+volatile std::sig_atomic_t OutputDisturbed = 0;  // a Ctrl-C came since ForgiveOutput was called
+
 extern "C" void RequestInterrupt(int signal) {
   InterruptRequested = 1;
+  OutputDisturbed = 1;
 #ifdef _WIN32
   std::signal(signal, RequestInterrupt);  // there a handler serves once
 #else
@@ -33,6 +37,11 @@ void CatchInterrupts() {
   sigemptyset(&action.sa_mask);
   sigaction(SIGINT, &action, nullptr);
 #endif
+}
+
+void ForgiveOutput() {
+  if (OutputDisturbed != 0) std::clearerr(stdout);
+  OutputDisturbed = 0;
 }
 
 bool WaitForInput() {

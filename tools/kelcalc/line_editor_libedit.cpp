@@ -44,6 +44,9 @@ class ScreenEditor final : public LineEditor {
     el_wset(editor, EL_ADDFN, L"kelcalc-complete", L"Completes a name", &ScreenEditor::CompleteKey);
     el_set(editor, EL_BIND, "\t", "kelcalc-complete", nullptr);
     el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+    // Escape and "x" would let libedit read a command of its own; an open quotation mark in that
+    // makes it crash.
+    el_set(editor, EL_BIND, "-r", "^[x", nullptr);
     el_wset(editor, EL_GETCFN, &ScreenEditor::ReadKey);
     el_source(editor, nullptr);  // the user's own bindings, ~/.editrc
   }

@@ -74,6 +74,7 @@ class Session {
   /// before has been run. Throws CaInterruption when the line is dropped.
   std::size_t Fill(char* block, std::size_t size) {
     if (rest.empty()) {
+      ForgiveOutput();
       EndIfOutputFailed();
       if (settings.showStack && typed && open.Opening() == '\0') {
         ShowStack(interpreter, style, stdout);
@@ -91,6 +92,7 @@ class Session {
     InterruptRequested = 0;
     const LineResult result = editor->ReadLine(Prompt(), line);
     InterruptRequested = 0;
+    ForgiveOutput();
     if (result == LineResult::Interrupted) throw CaInterruption();
     if (result == LineResult::Ended) return false;
     history.Add(line.substr(0, line.size() - 1));
