@@ -1,5 +1,7 @@
 // Copying and moving between storages, also to storages that are not ours.
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include "platform/compound_tree.h"
 #include "platform/storage_enumerator.h"
@@ -21,8 +23,11 @@ class Reference {
   ~Reference() {
     if (held != nullptr) held->Release();
   }
-  Reference(const Reference&) = delete;
-  Reference& operator=(const Reference&) = delete;
+  Reference(Reference&& other) noexcept : held(std::exchange(other.held, nullptr)) {}
+  Reference& operator=(Reference&& other) noexcept {
+    std::swap(held, other.held);
+    return *this;
+  }
   Interface* operator->() const { return held; }
   Interface* Get() const { return held; }
   Interface** Place() { return &held; }
@@ -82,29 +87,82 @@ bool CompoundStorage::WouldReplaceThis(IStorage* to, const OLECHAR* newName) con
   return there != nullptr && IsWithin(there);
 }
 
-/// Copies one element with everything beneath it but the kinds that are excluded. Storages of the
-/// same name are merged.
-HRESULT CompoundStorage::CopyElement(const CompoundEntry& element, IStorage* to,
-                                     const OLECHAR* newName, DWORD ciidExclude,
-                                     const IID* rgiidExclude) {
-  auto* source = const_cast<CompoundEntry*>(&element);
-  if (element.IsStream()) {
-    if (WouldReplaceThis(to, newName)) return STG_E_ACCESSDENIED;
-    Reference<IStream> from(new CompoundStream(document, source, OpenMode));
+/// A copy of an element with everything beneath it but the kinds that are excluded. Storages of
+/// the same name are merged. Storages wait in a list, so that their nesting costs no depth of
+/// calls.
+class CopyTask {
+ public:
+  CopyTask(DWORD ciidExclude, const IID* rgiidExclude)
+      : streams(!Contains(rgiidExclude, ciidExclude, IID_IStream)),
+        storages(!Contains(rgiidExclude, ciidExclude, IID_IStorage)) {}
+
+  /// What `from` is, and its elements but those with these names.
+  HRESULT Contents(CompoundStorage& from, SNB excluded, IStorage* to) {
+    HRESULT result = Level(from, excluded, to);
+    while (SUCCEEDED(result) && !pending.empty()) {
+      const Pending next = std::move(pending.back());
+      pending.pop_back();
+      result = Level(*next.from.Get(), nullptr, next.to.Get());
+    }
+    return result;
+  }
+
+  HRESULT Element(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
+                  const OLECHAR* newName) {
+    if (element->IsStream()) return Stream(parent, element, to, newName);
+    const Reference<CompoundStorage> from(new CompoundStorage(parent.document, element, OpenMode));
+    Reference<IStorage> made;
+    const HRESULT result = OpenOrCreate(to, newName, made.Place());
+    return FAILED(result) ? result : Contents(*from.Get(), nullptr, made.Get());
+  }
+
+ private:
+  struct Pending {
+    Reference<CompoundStorage> from;
+    Reference<IStorage> to;
+  };
+
+  HRESULT Level(CompoundStorage& from, SNB excluded, IStorage* to) {
+    if (from.IsReverted()) return STG_E_REVERTED;
+    HRESULT result = to->SetClass(from.entry->storage->clsid);
+    if (SUCCEEDED(result)) {
+      result = to->SetStateBits(from.entry->storage->stateBits, 0xFFFFFFFF);
+    }
+    for (CompoundEntry* child : SortedChildren(*from.entry)) {
+      if (FAILED(result)) return result;
+      if (!(child->IsStream() ? streams : storages) || Contains(excluded, child->name)) continue;
+      const TaskName name(child->name);
+      result = child->IsStream() ? Stream(from, child, to, name.text)
+                                 : Defer(from, child, to, name.text);
+    }
+    return result;
+  }
+
+  static HRESULT Stream(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
+                        const OLECHAR* newName) {
+    if (parent.WouldReplaceThis(to, newName)) return STG_E_ACCESSDENIED;
+    const Reference<IStream> from(new CompoundStream(parent.document, element, OpenMode));
     Reference<IStream> made;
     const HRESULT result = to->CreateStream(newName, MakeMode, 0, 0, made.Place());
-    if (FAILED(result)) return result;
-    return from->CopyTo(made.Get(), Everything, nullptr, nullptr);
+    return FAILED(result) ? result : from->CopyTo(made.Get(), Everything, nullptr, nullptr);
   }
-  Reference<IStorage> from(new CompoundStorage(document, source, OpenMode));
-  Reference<IStorage> made;
-  HRESULT result = to->OpenStorage(newName, nullptr, OpenMode, nullptr, 0, made.Place());
-  if (result == STG_E_FILENOTFOUND) {
-    result = to->CreateStorage(newName, MakeMode, 0, 0, made.Place());
+
+  HRESULT Defer(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
+                const OLECHAR* newName) {
+    Pending& task = pending.emplace_back();
+    task.from = Reference(new CompoundStorage(parent.document, element, OpenMode));
+    return OpenOrCreate(to, newName, task.to.Place());
   }
-  if (FAILED(result)) return result;
-  return from->CopyTo(ciidExclude, rgiidExclude, nullptr, made.Get());
-}
+
+  static HRESULT OpenOrCreate(IStorage* parent, const OLECHAR* name, IStorage** opened) {
+    const HRESULT result = parent->OpenStorage(name, nullptr, OpenMode, nullptr, 0, opened);
+    if (result != STG_E_FILENOTFOUND) return result;
+    return parent->CreateStorage(name, MakeMode, 0, 0, opened);
+  }
+
+  const bool streams, storages;  // which are copied
+  std::vector<Pending> pending;
+};
 
 HRESULT CompoundStorage::CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB snbExclude,
                                 IStorage* pstgDest) {
@@ -113,20 +171,8 @@ HRESULT CompoundStorage::CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB 
   if (rgiidExclude == nullptr) ciidExclude = 0;
   const auto* ours = Ours(pstgDest);
   if (ours != nullptr && !ours->IsReverted() && ours->IsWithin(entry)) return STG_E_ACCESSDENIED;
-  return Guarded([&] {
-    const bool streams = !Contains(rgiidExclude, ciidExclude, IID_IStream);
-    const bool storages = !Contains(rgiidExclude, ciidExclude, IID_IStorage);
-    HRESULT result = pstgDest->SetClass(entry->storage->clsid);
-    if (SUCCEEDED(result)) {
-      result = pstgDest->SetStateBits(entry->storage->stateBits, 0xFFFFFFFF);
-    }
-    for (const CompoundEntry* child : SortedChildren(*entry)) {
-      if (FAILED(result)) return result;
-      if (!(child->IsStream() ? streams : storages) || Contains(snbExclude, child->name)) continue;
-      result = CopyElement(*child, pstgDest, TaskName(child->name).text, ciidExclude, rgiidExclude);
-    }
-    return result;
-  });
+  return Guarded(
+      [&] { return CopyTask(ciidExclude, rgiidExclude).Contents(*this, snbExclude, pstgDest); });
 }
 
 HRESULT CompoundStorage::MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDest,
@@ -154,6 +200,7 @@ HRESULT CompoundStorage::MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDe
       return S_OK;
     }
   }
-  result = Guarded([&] { return CopyElement(*found, pstgDest, pwcsNewName, 0, nullptr); });
+  result =
+      Guarded([&] { return CopyTask(0, nullptr).Element(*this, found, pstgDest, pwcsNewName); });
   return FAILED(result) || !move ? result : DestroyElement(pwcsName);
 }

@@ -45,6 +45,7 @@ class CompoundStorage final : public IStorage, public OpenObject {
   HRESULT STDMETHODCALLTYPE Stat(STATSTG* pstatstg, DWORD grfStatFlag) override;
 
  private:
+  friend class CopyTask;
   friend HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
                                     const CompoundParameters& parameters, IStorage** storage);
 
@@ -56,8 +57,6 @@ class CompoundStorage final : public IStorage, public OpenObject {
                           CompoundEntry** old) const;
   template <class Object, class Interface>
   HRESULT Create(const OLECHAR* text, DWORD createMode, Interface** created);
-  HRESULT CopyElement(const CompoundEntry& element, IStorage* to, const OLECHAR* newName,
-                      DWORD ciidExclude, const IID* rgiidExclude);
   bool IsWithin(const CompoundEntry* ancestor) const;
   bool WouldReplaceThis(IStorage* to, const OLECHAR* newName) const;
 
