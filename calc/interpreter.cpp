@@ -90,10 +90,10 @@ void CaInterpreter::DefineOwned(std::unique_ptr<CaVariable> variable) {
   const CaPooledName name{variable->name};
   if (name.text == nullptr) return;
   if (CaListNode* old = index.Find(variables, name); old != nullptr) {
-    delete static_cast<CaVariable*>(old->payload);
-    variables.Unlink(old);
-  }
-  if (variables.PushFront(variable.get()) > 0) {
+    delete static_cast<CaVariable*>(std::exchange(old->payload, variable.release()));
+    variables.MoveToFront(old);
+    index.StoreMoved(variables);
+  } else if (variables.PushFront(variable.get()) > 0) {
     static_cast<void>(variable.release());
     index.Store(variables, name);
   } else {
