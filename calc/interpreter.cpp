@@ -34,10 +34,7 @@ const CaObject* CaInterpreter::Peek(int position) const {
 }
 
 void CaInterpreter::PopValues(int count) {
-  for (int left = std::min(count, stack.count); left > 0; --left) {
-    CaObject* object = stack.PopFront();
-    if (object != nullptr) DestroyAsValue(object);
-  }
+  for (int left = std::min(count, stack.count); left > 0; --left) PopValue();
 }
 
 void CaInterpreter::PushCopy(const CaObject& object) {
@@ -58,7 +55,7 @@ void CaInterpreter::PushCopy(const CaObject& object) {
 
 void CaInterpreter::Replace(int count, CaValue* result) {
   // The result takes over the node of its deepest operand.
-  PopValues(count - 1);
+  for (int left = count; left > 1; --left) PopValue();
   DestroyAsValue(std::exchange(stack.head->payload, result));
 }
 

@@ -35,6 +35,11 @@ struct CaInterpreter {
   /// Pops and destroys up to `count` entries as plain values; a count below 1 does nothing.
   void PopValues(int count);
 
+  /// The same for one entry.
+  void PopValue() {
+    if (CaObject* object = stack.PopFront(); object != nullptr) DestroyAsValue(object);
+  }
+
   /// Pushes a copy of its own: texts are duplicated, names kept. `object` is a value, a variable
   /// or an operator; anything else is ignored.
   void PushCopy(const CaObject& object);
