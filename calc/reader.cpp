@@ -25,20 +25,20 @@ void EndInput(CaInterpreter& interpreter) {
   throw EndOfInput();
 }
 
-int ReadPastComments(CaInterpreter& interpreter) {
+void SkipBlanks(CaInterpreter& interpreter) {
   for (;;) {
-    const int c = ReadChar(interpreter);
-    if (c == '[') {
-      SkipComment(interpreter);
-    } else if (!HasClass(c, BlankChar)) {
-      return c;
+    switch (TokenStartOf(ReadPastBlanks(interpreter))) {
+      case CaTokenStart::End:
+        EndInput(interpreter);
+      case CaTokenStart::Comment:
+        SkipComment(interpreter);
+        break;
+      case CaTokenStart::Blank:
+        break;
+      default:
+        return PushBackChar(interpreter);
     }
   }
-}
-
-void SkipBlanks(CaInterpreter& interpreter) {
-  ReadPastBlanks(interpreter);
-  PushBackChar(interpreter);
 }
 
 void SkipComment(CaInterpreter& interpreter) {
