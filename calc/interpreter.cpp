@@ -63,12 +63,6 @@ const CaValue* CaInterpreter::FindVariable(const char* name) const {
   return FindVariable(FindPooledName(name));
 }
 
-const CaValue* CaInterpreter::FindVariable(CaPooledName name) const {
-  if (name.text == nullptr) return &NothingValue;
-  const CaListNode* node = index.Find(variables, name);
-  return node == nullptr ? &NothingValue : &static_cast<const CaVariable*>(node->payload)->value;
-}
-
 const char* CaInterpreter::VariableNameAt(int position) const {
   const CaListNode* node = variables.head;
   for (int at = 0; node != nullptr && at < position; ++at) node = node->next;

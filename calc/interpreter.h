@@ -57,7 +57,10 @@ struct CaInterpreter {
 
   /// The stored value, still owned by the table; `NothingValue` when there is none of that name.
   const CaValue* FindVariable(const char* name) const;
-  const CaValue* FindVariable(CaPooledName name) const;
+  const CaValue* FindVariable(CaPooledName name) const {
+    const CaListNode* node = name.text == nullptr ? nullptr : index.Find(variables, name);
+    return node == nullptr ? &NothingValue : &static_cast<const CaVariable*>(node->payload)->value;
+  }
 
   int VariableCount() const { return variables.count; }
 
