@@ -80,13 +80,16 @@ void CaInterpreter::DefineVariable(CaPooledName name, const CaValue& value) {
 void CaInterpreter::DefineOwned(std::unique_ptr<CaVariable> variable) {
   const CaPooledName name{variable->name};
   if (name.text == nullptr) return;
-  if (CaListNode* old = index.Find(variables, name); old != nullptr) {
-    delete static_cast<CaVariable*>(std::exchange(old->payload, variable.release()));
-    variables.MoveToFront(old);
-    index.StoreMoved(variables);
-  } else if (variables.PushFront(variable.get()) > 0) {
-    static_cast<void>(variable.release());
-    index.Store(variables, name);
+  CaListNode* old = index.Find(variables, name);
+  if (old == nullptr) return AddVariable(std::move(variable));
+  delete static_cast<CaVariable*>(std::exchange(old->payload, variable.release()));
+  variables.MoveToFront(old);
+  index.StoreMoved(variables);
+}
+
+void CaInterpreter::AddVariable(std::unique_ptr<CaVariable> variable) {
+  if (variables.PushFront(variable.get()) > 0) {
+    index.Store(variables, {variable.release()->name});
   } else {
     index.Forget();
   }

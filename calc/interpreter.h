@@ -96,4 +96,8 @@ struct CaInterpreter {
 
   /// Where a variable stands in `variables`, so that finding one does not walk the table.
   mutable CaVariableIndex index;
+
+ private:
+  /// Stores `variable`, whose name is new to the table.
+  void AddVariable(std::unique_ptr<CaVariable> variable);
 };

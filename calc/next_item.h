@@ -86,6 +86,10 @@ class CaItemReader {
         return true;
       }
     }
+    return ReadLongOperator(first);
+  }
+
+  bool ReadLongOperator(char first) {
     CaTokenText name;
     name.Append({&first, 1});
     AppendRun(interpreter_, OpChar, name);

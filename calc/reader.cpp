@@ -3,9 +3,7 @@
 #include <algorithm>
 
 #include "calc/exit_hook.h"
-#include "calc/numbers.h"
 #include "calc/object.h"
-#include "calc/reports.h"
 
 namespace {
 
@@ -92,12 +90,6 @@ char* ReadName(CaInterpreter& interpreter, const char* prefix) {
 
 char* ReadOpName(CaInterpreter& interpreter, const char* prefix) {
   return ReadNewText(interpreter, OpChar, prefix);
-}
-
-int ReadNumber(CaInterpreter& interpreter, bool negate, double& number) {
-  if (!ReadUnsigned(*interpreter.input, number)) return ReportBadNumber(interpreter);
-  if (negate) number = -number;
-  return 1;
 }
 
 int ReadNumber(CaInterpreter& interpreter, bool negate, CaValue*& value) {

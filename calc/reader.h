@@ -6,6 +6,8 @@
 #include "calc/char_class.h"
 #include "calc/character_source.h"
 #include "calc/interpreter.h"
+#include "calc/numbers.h"
+#include "calc/reports.h"
 
 class CaValue;
 
@@ -119,7 +121,11 @@ char* ReadOpName(CaInterpreter& interpreter, const char* prefix);
 
 /// Reads an unsigned number, directly from the input: one that is the last thing in a file is
 /// still read. Returns 1, or 0 after a report; then whatever was consumed stays consumed.
-int ReadNumber(CaInterpreter& interpreter, bool negate, double& number);
+inline int ReadNumber(CaInterpreter& interpreter, bool negate, double& number) {
+  if (!ReadUnsigned(*interpreter.input, number)) return ReportBadNumber(interpreter);
+  if (negate) number = -number;
+  return 1;
+}
 
 /// The same, as a new real value that the caller owns.
 int ReadNumber(CaInterpreter& interpreter, bool negate, CaValue*& value);
