@@ -56,10 +56,14 @@ struct TokenRange {
 
 // The bytes whose class does not tell alone. The rest of the name characters begins nothing.
 constexpr TokenRange TokenRanges[] = {
-    {'0', '9', CaTokenStart::Number},    {'.', '.', CaTokenStart::Number},
-    {'A', 'Z', CaTokenStart::Name},      {'a', 'z', CaTokenStart::Name},
-    {'-', '-', CaTokenStart::Minus},     {';', ';', CaTokenStart::Function},
-    {'"', '"', CaTokenStart::String},    {'[', '[', CaTokenStart::Comment},
+    {'0', '9', CaTokenStart::Number},
+    {'.', '.', CaTokenStart::Number},
+    {'A', 'Z', CaTokenStart::Name},
+    {'a', 'z', CaTokenStart::Name},
+    {'-', '-', CaTokenStart::Minus},
+    {';', ';', CaTokenStart::Function},
+    {'"', '"', CaTokenStart::String},
+    {'[', '[', CaTokenStart::Comment},
     {EndOfTransmission, EndOfTransmission, CaTokenStart::End},
 };
 
