@@ -98,3 +98,10 @@ static_assert((CaCharClass[0x00] | CaCharClass['"'] | CaCharClass['('] | CaCharC
                CaCharClass[0xFF]) == 0);
 static_assert(CaCharClass[','] == BlankChar && CaCharClass[0xD7] == NameChar &&
               CaCharClass[0xF6] == OpChar);
+
+// The comma separates tokens, and an underscore is no letter.
+static_assert(CaTokenStarts[','] == CaTokenStart::Blank &&
+              CaTokenStarts['_'] == CaTokenStart::None &&
+              CaTokenStarts[0xD7] == CaTokenStart::None &&
+              CaTokenStarts[0xF6] == CaTokenStart::Operator &&
+              CaTokenStarts[EndOfTransmission] == CaTokenStart::End);

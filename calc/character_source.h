@@ -59,8 +59,9 @@ class CaCharacterSource {
   std::string_view AtHand() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
   void Skip(std::size_t count) { next_ += count; }
 
-  /// Consumes bytes as long as `accept` takes them and the byte behind them, which it returns. At
-  /// the end of a block it returns the byte behind that, whatever it is, or `End`.
+  /// Consumes bytes as long as `accept` takes them and the byte behind them, which it returns.
+  /// When the block ends first, it returns the first byte of the next one, of which `accept` was
+  /// not asked, or `End`.
   template <typename Accept>
   int ReadPast(Accept accept) {
     for (const char* at = next_; at != end_;) {

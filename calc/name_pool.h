@@ -19,10 +19,11 @@ struct CaPooledName {
   const char* text;  // zero-terminated, good until the process ends; null for no name
 };
 
-/// The pooled copy of `name`, looked up in the pool itself.
+/// The pooled copy of `name`, which is added when there is none yet.
 CaPooledName PoolName(std::string_view name);
 
-/// The short names that were used a moment ago, which are found without a look into the pool.
+/// The names of up to eight characters that were used a moment ago. They are found by one
+/// comparison of numbers instead of a look into the pool.
 class CaRecentNames {
  public:
   CaPooledName Find(std::string_view name) {
@@ -49,7 +50,7 @@ class CaRecentNames {
 };
 extern CaRecentNames RecentNames;
 
-/// The pooled copy of `name`.
+/// The same, quick for a short name that was used a moment ago.
 inline CaPooledName PooledName(std::string_view name) { return RecentNames.Find(name); }
 
 /// The pooled copy if there is one already, else no name.

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <string_view>
+
+#include "calc/char_class.h"
 #include "calc/character_source.h"
 #include "calc/dispatch.h"
 #include "calc/interpreter.h"
@@ -52,7 +56,7 @@ class CaItemReader {
         EndInput(interpreter_);
       case CaTokenStart::Blank:
       case CaTokenStart::None:
-        return false;
+        break;
     }
     return false;
   }
@@ -89,6 +93,7 @@ class CaItemReader {
     return ReadLongOperator(first);
   }
 
+  /// One of any length, wherever it ends.
   bool ReadLongOperator(char first) {
     CaTokenText name;
     name.Append({&first, 1});
