@@ -48,6 +48,37 @@ constexpr std::array<std::uint8_t, 256> ClassesFromRanges() {
   return classes;
 }
 
+struct TokenRange {
+  unsigned char first;
+  unsigned char last;
+  CaTokenStart start;
+};
+
+// The bytes whose class does not tell alone. The rest of the name characters begins nothing.
+constexpr TokenRange TokenRanges[] = {
+    {'0', '9', CaTokenStart::Number},
+    {'.', '.', CaTokenStart::Number},
+    {'A', 'Z', CaTokenStart::Name},
+    {'a', 'z', CaTokenStart::Name},
+    {'-', '-', CaTokenStart::Minus},
+    {';', ';', CaTokenStart::Function},
+    {'"', '"', CaTokenStart::String},
+    {'[', '[', CaTokenStart::Comment},
+    {EndOfTransmission, EndOfTransmission, CaTokenStart::End},
+};
+
+constexpr std::array<CaTokenStart, 256> StartsFrom(const std::array<std::uint8_t, 256>& classes) {
+  std::array<CaTokenStart, 256> starts{};
+  for (std::size_t byte = 0; byte < starts.size(); ++byte) {
+    if (classes[byte] == BlankChar) starts[byte] = CaTokenStart::Blank;
+    if (classes[byte] == OpChar) starts[byte] = CaTokenStart::Operator;
+  }
+  for (const TokenRange& range : TokenRanges) {
+    for (std::size_t byte = range.first; byte <= range.last; ++byte) starts[byte] = range.start;
+  }
+  return starts;
+}
+
 constexpr int CountWithout(const std::array<std::uint8_t, 256>& classes) {
   int count = 0;
   for (const std::uint8_t entry : classes) count += entry == 0 ? 1 : 0;
@@ -58,6 +89,8 @@ constexpr int CountWithout(const std::array<std::uint8_t, 256>& classes) {
 
 constexpr std::array<std::uint8_t, 256> CaCharClass = ClassesFromRanges();
 
+constexpr std::array<CaTokenStart, 256> CaTokenStarts = StartsFrom(CaCharClass);
+
 // Nine bytes have no class: NUL " ( ) . ; [ ] and FF.
 static_assert(CountWithout(CaCharClass) == 9);
 static_assert((CaCharClass[0x00] | CaCharClass['"'] | CaCharClass['('] | CaCharClass[')'] |
@@ -65,3 +98,10 @@ static_assert((CaCharClass[0x00] | CaCharClass['"'] | CaCharClass['('] | CaCharC
                CaCharClass[0xFF]) == 0);
 static_assert(CaCharClass[','] == BlankChar && CaCharClass[0xD7] == NameChar &&
               CaCharClass[0xF6] == OpChar);
+
+// The comma separates tokens, and an underscore is no letter.
+static_assert(CaTokenStarts[','] == CaTokenStart::Blank &&
+              CaTokenStarts['_'] == CaTokenStart::None &&
+              CaTokenStarts[0xD7] == CaTokenStart::None &&
+              CaTokenStarts[0xF6] == CaTokenStart::Operator &&
+              CaTokenStarts[EndOfTransmission] == CaTokenStart::End);

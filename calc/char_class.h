@@ -16,3 +16,25 @@ extern const std::array<std::uint8_t, 256> CaCharClass;
 inline bool HasClass(int c, CaCharBit bits) {
   return (CaCharClass[static_cast<unsigned char>(c)] & bits) != 0;
 }
+
+/// The control character that ends an input just like its real end, in files too.
+constexpr int EndOfTransmission = 0x04;
+
+/// What a byte begins that is met between tokens.
+enum class CaTokenStart : std::uint8_t {
+  None,
+  End,
+  Blank,
+  Number,
+  Minus,  // a number or an operator, as the next byte says
+  Name,
+  Operator,
+  Function,
+  String,
+  Comment,
+};
+
+/// What every byte begins.
+extern const std::array<CaTokenStart, 256> CaTokenStarts;
+
+inline CaTokenStart TokenStartOf(int c) { return CaTokenStarts[static_cast<unsigned char>(c)]; }

@@ -64,12 +64,19 @@ class CaCharacterSource {
   std::string_view AtHand() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
   void Skip(std::size_t count) { next_ += count; }
 
-  /// Consumes bytes at hand as long as `accept` takes them.
+  /// Consumes bytes as long as `accept` takes them and the byte behind them, which it returns.
+  /// When the block ends first, it returns the first byte of the next one, of which `accept` was
+  /// not asked, or `End`.
   template <typename Accept>
-  void SkipWhile(Accept accept) {
-    const char* at = next_;
-    while (at != end_ && accept(*at)) ++at;
-    next_ = at;
+  int ReadPast(Accept accept) {
+    for (const char* at = next_; at != end_;) {
+      const char c = *at++;
+      if (accept(c)) continue;
+      next_ = at;
+      return static_cast<unsigned char>(c);
+    }
+    next_ = end_;
+    return Read();
   }
 
   /// Lets go of the file and of everything unread.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -34,9 +35,14 @@ extern const CaOperatorEntry CaOperatorTable[];    // operators by their spellin
 extern const CaOperatorEntry CaFunctionTable[];    // functions by the name behind ";"
 extern const CaSpecifierEntry CaSpecifierTable[];  // compound constants by the letter before "("
 
+/// The operators of one byte, by that byte; null for the other bytes.
+extern const std::array<const CaOperatorEntry*, 256> CaShortOperators;
+
 /// The entry with exactly this name, letter case included, or null.
 const CaOperatorEntry* FindOperator(std::string_view name);
-const CaOperatorEntry* FindOperator(char name);
+inline const CaOperatorEntry* FindOperator(char name) {
+  return CaShortOperators[static_cast<unsigned char>(name)];
+}
 const CaOperatorEntry* FindFunction(std::string_view name);
 const CaSpecifierEntry* FindSpecifier(std::string_view name);
 

@@ -96,26 +96,18 @@ constexpr CaNameIndex OperatorIndex(CaOperatorTable);
 constexpr CaNameIndex FunctionIndex(CaFunctionTable);
 constexpr CaNameIndex SpecifierIndex(CaSpecifierTable);
 
-/// The positions in the table of the operators of one byte; past its end for the other bytes.
-constexpr std::array<std::uint8_t, 256> ShortOperators = [] {
-  std::array<std::uint8_t, 256> positions{};
-  positions.fill(static_cast<std::uint8_t>(std::size(CaOperatorTable)));
-  for (std::size_t i = 0; i < std::size(CaOperatorTable); ++i) {
-    const std::string_view name = CaOperatorTable[i].name;
-    if (name.size() == 1)
-      positions[static_cast<unsigned char>(name[0])] = static_cast<std::uint8_t>(i);
-  }
-  return positions;
-}();
-
 }  // namespace
 
-const CaOperatorEntry* FindOperator(std::string_view name) { return OperatorIndex.Find(name); }
+constexpr std::array<const CaOperatorEntry*, 256> CaShortOperators = [] {
+  std::array<const CaOperatorEntry*, 256> entries{};
+  for (const CaOperatorEntry& entry : CaOperatorTable) {
+    const std::string_view name = entry.name;
+    if (name.size() == 1) entries[static_cast<unsigned char>(name[0])] = &entry;
+  }
+  return entries;
+}();
 
-const CaOperatorEntry* FindOperator(char name) {
-  const std::size_t position = ShortOperators[static_cast<unsigned char>(name)];
-  return position < std::size(CaOperatorTable) ? CaOperatorTable + position : nullptr;
-}
+const CaOperatorEntry* FindOperator(std::string_view name) { return OperatorIndex.Find(name); }
 
 const CaOperatorEntry* FindFunction(std::string_view name) { return FunctionIndex.Find(name); }
 const CaSpecifierEntry* FindSpecifier(std::string_view name) { return SpecifierIndex.Find(name); }

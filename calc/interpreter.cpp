@@ -34,10 +34,7 @@ const CaObject* CaInterpreter::Peek(int position) const {
 }
 
 void CaInterpreter::PopValues(int count) {
-  for (int left = std::min(count, stack.count); left > 0; --left) {
-    CaObject* object = stack.PopFront();
-    if (object != nullptr) DestroyAsValue(object);
-  }
+  for (int left = std::min(count, stack.count); left > 0; --left) PopValue();
 }
 
 void CaInterpreter::PushCopy(const CaObject& object) {
@@ -58,18 +55,12 @@ void CaInterpreter::PushCopy(const CaObject& object) {
 
 void CaInterpreter::Replace(int count, CaValue* result) {
   // The result takes over the node of its deepest operand.
-  PopValues(count - 1);
+  for (int left = count; left > 1; --left) PopValue();
   DestroyAsValue(std::exchange(stack.head->payload, result));
 }
 
 const CaValue* CaInterpreter::FindVariable(const char* name) const {
   return FindVariable(FindPooledName(name));
-}
-
-const CaValue* CaInterpreter::FindVariable(CaPooledName name) const {
-  if (name.text == nullptr) return &NothingValue;
-  const CaListNode* node = index.Find(variables, name);
-  return node == nullptr ? &NothingValue : &static_cast<const CaVariable*>(node->payload)->value;
 }
 
 const char* CaInterpreter::VariableNameAt(int position) const {
@@ -89,13 +80,16 @@ void CaInterpreter::DefineVariable(CaPooledName name, const CaValue& value) {
 void CaInterpreter::DefineOwned(std::unique_ptr<CaVariable> variable) {
   const CaPooledName name{variable->name};
   if (name.text == nullptr) return;
-  if (CaListNode* old = index.Find(variables, name); old != nullptr) {
-    delete static_cast<CaVariable*>(old->payload);
-    variables.Unlink(old);
-  }
+  CaListNode* old = index.Find(variables, name);
+  if (old == nullptr) return AddVariable(std::move(variable));
+  delete static_cast<CaVariable*>(std::exchange(old->payload, variable.release()));
+  variables.MoveToFront(old);
+  index.StoreMoved(variables);
+}
+
+void CaInterpreter::AddVariable(std::unique_ptr<CaVariable> variable) {
   if (variables.PushFront(variable.get()) > 0) {
-    static_cast<void>(variable.release());
-    index.Store(variables, name);
+    index.Store(variables, {variable.release()->name});
   } else {
     index.Forget();
   }

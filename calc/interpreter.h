@@ -35,6 +35,11 @@ struct CaInterpreter {
   /// Pops and destroys up to `count` entries as plain values; a count below 1 does nothing.
   void PopValues(int count);
 
+  /// The same for one entry.
+  void PopValue() {
+    if (CaObject* object = stack.PopFront(); object != nullptr) DestroyAsValue(object);
+  }
+
   /// Pushes a copy of its own: texts are duplicated, names kept. `object` is a value, a variable
   /// or an operator; anything else is ignored.
   void PushCopy(const CaObject& object);
@@ -52,7 +57,10 @@ struct CaInterpreter {
 
   /// The stored value, still owned by the table; `NothingValue` when there is none of that name.
   const CaValue* FindVariable(const char* name) const;
-  const CaValue* FindVariable(CaPooledName name) const;
+  const CaValue* FindVariable(CaPooledName name) const {
+    const CaListNode* node = name.text == nullptr ? nullptr : index.Find(variables, name);
+    return node == nullptr ? &NothingValue : &static_cast<const CaVariable*>(node->payload)->value;
+  }
 
   int VariableCount() const { return variables.count; }
 
@@ -88,4 +96,8 @@ struct CaInterpreter {
 
   /// Where a variable stands in `variables`, so that finding one does not walk the table.
   mutable CaVariableIndex index;
+
+ private:
+  /// Stores `variable`, whose name is new to the table.
+  void AddVariable(std::unique_ptr<CaVariable> variable);
 };

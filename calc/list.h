@@ -41,6 +41,9 @@ class CaList {
   /// Removes `node`, which must belong to this list, without walking it.
   void Unlink(CaListNode* node);
 
+  /// Makes `node`, which must belong to this list, the head, without walking the list.
+  void MoveToFront(CaListNode* node);
+
   /// Removes every node.
   void Clear();
 
@@ -49,7 +52,7 @@ class CaList {
   std::int32_t count = 0;
 };
 
-// The two that run with every token.
+// Those that run with every token or every assignment.
 
 inline int CaList::PushFront(CaObject* object) {
   CaListNode* node = nullptr;
@@ -73,4 +76,14 @@ inline CaObject* CaList::PopFront() {
   --count;
   delete node;
   return payload;
+}
+
+inline void CaList::MoveToFront(CaListNode* node) {
+  if (node == head) return;
+  node->previous->next = node->next;
+  (node->next == nullptr ? tail : node->next->previous) = node->previous;
+  node->previous = nullptr;
+  node->next = head;
+  head->previous = node;
+  head = node;
 }

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "calc/packed_name.h"
+
 /// Finds an entry of a table by its name with one probe, where a search from the front would find
 /// the same. The layout is worked out by the compiler; names have at most eight characters.
 template <typename Entry, std::size_t Count>
@@ -15,10 +17,9 @@ class CaNameIndex {
   }
 
   const Entry* Find(std::string_view name) const {
-    if (name.empty() || name.size() > 8) return nullptr;
-    const std::uint64_t key = KeyOf(name);
+    const std::uint64_t key = PackedName(name);
     const Slot& slot = slots_[SlotOf(key)];
-    return slot.key == key ? table_ + slot.entry : nullptr;
+    return key != 0 && slot.key == key ? table_ + slot.entry : nullptr;
   }
 
  private:
@@ -29,12 +30,6 @@ class CaNameIndex {
 
   static constexpr unsigned Bits = Count <= 8 ? 5 : 8;
 
-  static constexpr std::uint64_t KeyOf(std::string_view name) {
-    std::uint64_t key = 0;
-    for (const char c : name) key = key << 8 | static_cast<unsigned char>(c);
-    return key;
-  }
-
   constexpr std::size_t SlotOf(std::uint64_t key) const {
     return static_cast<std::size_t>(key * multiplier_ >> (64 - Bits));
   }
@@ -43,7 +38,7 @@ class CaNameIndex {
   constexpr bool Place() {
     slots_ = {};
     for (std::size_t i = 0; i + 1 < Count; ++i) {
-      const std::uint64_t key = KeyOf(table_[i].name);
+      const std::uint64_t key = PackedName(table_[i].name);
       Slot& slot = slots_[SlotOf(key)];
       if (slot.key != 0) return false;
       slot = {key, i};

@@ -1,7 +1,6 @@
 #include "calc/name_pool.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -41,39 +40,16 @@ class NamePool {
     return slots_.empty() ? nullptr : slots_[SlotFor(name, hash)];
   }
 
-  /// A name that was used a moment ago is found without hashing it.
   const char* FindOrAdd(std::string_view name) {
-    const char*& recent = recent_[RecentSlot(name)];
-    if (recent == nullptr || !Spells(recent, name)) recent = FindOrAddSlowly(name);
-    return recent;
-  }
-
- private:
-  static constexpr std::size_t FirstSize = 256;
-  static constexpr std::size_t RecentSize = 256;
-
-  static std::size_t RecentSlot(std::string_view name) {
-    if (name.empty()) return 0;
-    const auto first = static_cast<unsigned char>(name.front());
-    const auto last = static_cast<unsigned char>(name.back());
-    return (first + last * 13U + name.size() * 7U) % RecentSize;
-  }
-
-  /// Byte by byte: names are short, and the first bytes tell most of them apart.
-  static bool Spells(const char* pooledName, std::string_view name) {
-    for (const char c : name) {
-      if (*pooledName++ != c) return false;
-    }
-    return *pooledName == 0;
-  }
-
-  const char* FindOrAddSlowly(std::string_view name) {
     if (slots_.empty()) slots_.resize(FirstSize);
     const std::uint32_t hash = HashOf(name);
     const std::size_t slot = SlotFor(name, hash);
     if (slots_[slot] != nullptr) return slots_[slot];
     return Add(name, hash, slot);
   }
+
+ private:
+  static constexpr std::size_t FirstSize = 256;
 
   std::size_t SlotFor(std::string_view name, std::uint32_t hash) const {
     std::size_t slot = hash & (slots_.size() - 1);
@@ -113,7 +89,6 @@ class NamePool {
     }
   }
 
-  std::array<const char*, RecentSize> recent_{};
   std::vector<std::unique_ptr<char[]>> names_;
   std::vector<const char*> slots_;
 };
@@ -122,6 +97,8 @@ constinit NamePool Pool;
 
 }  // namespace
 
-CaPooledName PooledName(std::string_view name) { return {Pool.FindOrAdd(name)}; }
+constinit CaRecentNames RecentNames;
+
+CaPooledName PoolName(std::string_view name) { return {Pool.FindOrAdd(name)}; }
 
 CaPooledName FindPooledName(std::string_view name) { return {Pool.Find(name, HashOf(name))}; }

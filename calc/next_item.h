@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <string_view>
+
+#include "calc/char_class.h"
 #include "calc/character_source.h"
 #include "calc/dispatch.h"
 #include "calc/interpreter.h"
@@ -27,24 +31,34 @@ class CaItemReader {
   }
 
  private:
-  static bool BeginsNumber(int c) { return c == '.' || (c >= '0' && c <= '9'); }
-  static bool BeginsName(int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-
-  /// Reads the token that begins with `c`; true when it was an item.
+  /// Reads what begins with `c`; true when it was an item.
   bool ReadFrom(int c) {
-    if (BeginsNumber(c)) {
-      PushBackChar(interpreter_);
-      return ReadReal(false);
+    switch (TokenStartOf(c)) {
+      case CaTokenStart::Number:
+        PushBackChar(interpreter_);
+        return ReadReal(false);
+      case CaTokenStart::Name:
+        PushBackChar(interpreter_);
+        return ReadNamed();
+      case CaTokenStart::Minus:
+        if (TokenStartOf(PeekChar(interpreter_)) == CaTokenStart::Number) return ReadReal(true);
+        return ReadOperator('-');
+      case CaTokenStart::Operator:
+        return ReadOperator(static_cast<char>(c));
+      case CaTokenStart::Function:
+        return ReadFunction();
+      case CaTokenStart::String:
+        return ReadLiteral();
+      case CaTokenStart::Comment:
+        SkipComment(interpreter_);
+        return false;
+      case CaTokenStart::End:
+        EndInput(interpreter_);
+      case CaTokenStart::Blank:
+      case CaTokenStart::None:
+        break;
     }
-    if (BeginsName(c)) {
-      PushBackChar(interpreter_);
-      return ReadNamed();
-    }
-    if (c == '-' && BeginsNumber(PeekChar(interpreter_))) return ReadReal(true);
-    if (c == ';') return ReadFunction();
-    if (c == '"') return ReadLiteral();
-    if (c == '[') SkipComment(interpreter_);
-    return HasClass(c, OpChar) && ReadOperator(static_cast<char>(c));
+    return false;
   }
 
   bool ReadReal(bool negate) {
@@ -76,6 +90,11 @@ class CaItemReader {
         return true;
       }
     }
+    return ReadLongOperator(first);
+  }
+
+  /// One of any length, wherever it ends.
+  bool ReadLongOperator(char first) {
     CaTokenText name;
     name.Append({&first, 1});
     AppendRun(interpreter_, OpChar, name);
@@ -93,6 +112,18 @@ class CaItemReader {
 
   /// A variable, or a compound constant when "(" follows directly.
   bool ReadNamed() {
+    const std::string_view text = interpreter_.input->AtHand();
+    const std::size_t length = RunLength(text, NameChar);
+    if (length == 0 || length > CaTokenText::Longest || text[length] == '(') {
+      return ReadLongNamed();
+    }
+    interpreter_.input->Skip(length);
+    receiver_.Variable(text.substr(0, length));
+    return true;
+  }
+
+  /// The same for a name of any length, wherever it ends.
+  bool ReadLongNamed() {
     CaTokenText name;
     ReadRun(interpreter_, NameChar, name);
     if (PeekChar(interpreter_) == '(') return ReadCompound(name);

@@ -60,16 +60,17 @@ CaValue& CaValue::operator=(const CaValue& source) {
   // Deliberate: the pointer stays behind when the text is gone. It counts only while `type` says
   // so. Held by AssignmentOverAString in objects_test.cpp.
   if (type == TypeString && text != nullptr) std::free(text);
-  type = source.type;
+  Take(source);
+  return *this;
+}
+
+void CaValue::TakeOther(const CaValue& source) {
   switch (source.type) {
     case TypeInteger:
       integer = source.integer;
       break;
     case TypeString:
       text = DuplicateText(source.text);
-      break;
-    case TypeReal:
-      real = source.real;
       break;
     case TypeVector:
       vector = source.vector;
@@ -92,7 +93,6 @@ CaValue& CaValue::operator=(const CaValue& source) {
     default:
       type = TypeNothing;
   }
-  return *this;
 }
 
 void CaValue::Print(std::FILE* stream) const { PrintValue(stream, *this); }
@@ -100,11 +100,6 @@ void CaValue::Print(std::FILE* stream) const { PrintValue(stream, *this); }
 CaVariable::CaVariable(const char* variableName, const CaValue* content)
     : name(variableName == nullptr ? nullptr : PooledName(variableName).text) {
   if (content != nullptr) value = *content;
-}
-
-CaVariable::CaVariable(CaPooledName variableName, const CaValue& content)
-    : name(variableName.text) {
-  value = content;
 }
 
 void CaVariable::Print(std::FILE* stream) const {

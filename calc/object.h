@@ -112,6 +112,21 @@ class CaValue final : public CaObject {
   CyQuaternion quaternion;
   CyRotation rotation;
   CyVector scale;
+
+ private:
+  friend class CaVariable;
+
+  /// The same as an assignment when this value holds no text. A real, which most values are,
+  /// comes without a call.
+  void Take(const CaValue& source) {
+    type = source.type;
+    if (type == TypeReal) {
+      real = source.real;
+    } else {
+      TakeOther(source);
+    }
+  }
+  void TakeOther(const CaValue& source);
 };
 
 class CaVariable final : public CaObject {
@@ -119,7 +134,9 @@ class CaVariable final : public CaObject {
   /// Both may be null. The name is kept privately, the value assigned.
   CaVariable(const char* variableName, const CaValue* content);
 
-  CaVariable(CaPooledName variableName, const CaValue& content);
+  CaVariable(CaPooledName variableName, const CaValue& content) : name(variableName.text) {
+    value.Take(content);
+  }
   ~CaVariable() = default;
   CaVariable(const CaVariable&) = delete;
   CaVariable& operator=(const CaVariable&) = delete;

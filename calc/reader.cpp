@@ -3,9 +3,7 @@
 #include <algorithm>
 
 #include "calc/exit_hook.h"
-#include "calc/numbers.h"
 #include "calc/object.h"
-#include "calc/reports.h"
 
 namespace {
 
@@ -25,20 +23,20 @@ void EndInput(CaInterpreter& interpreter) {
   throw EndOfInput();
 }
 
-int ReadPastComments(CaInterpreter& interpreter) {
+void SkipBlanks(CaInterpreter& interpreter) {
   for (;;) {
-    const int c = ReadChar(interpreter);
-    if (c == '[') {
-      SkipComment(interpreter);
-    } else if (!HasClass(c, BlankChar)) {
-      return c;
+    switch (TokenStartOf(ReadPastBlanks(interpreter))) {
+      case CaTokenStart::End:
+        EndInput(interpreter);
+      case CaTokenStart::Comment:
+        SkipComment(interpreter);
+        break;
+      case CaTokenStart::Blank:
+        break;
+      default:
+        return PushBackChar(interpreter);
     }
   }
-}
-
-void SkipBlanks(CaInterpreter& interpreter) {
-  ReadPastBlanks(interpreter);
-  PushBackChar(interpreter);
 }
 
 void SkipComment(CaInterpreter& interpreter) {
@@ -92,12 +90,6 @@ char* ReadName(CaInterpreter& interpreter, const char* prefix) {
 
 char* ReadOpName(CaInterpreter& interpreter, const char* prefix) {
   return ReadNewText(interpreter, OpChar, prefix);
-}
-
-int ReadNumber(CaInterpreter& interpreter, bool negate, double& number) {
-  if (!ReadUnsigned(*interpreter.input, number)) return ReportBadNumber(interpreter);
-  if (negate) number = -number;
-  return 1;
 }
 
 int ReadNumber(CaInterpreter& interpreter, bool negate, CaValue*& value) {

@@ -6,6 +6,8 @@
 #include "calc/char_class.h"
 #include "calc/character_source.h"
 #include "calc/interpreter.h"
+#include "calc/numbers.h"
+#include "calc/reports.h"
 
 class CaValue;
 
@@ -56,9 +58,6 @@ struct CaStringText {
   char text[Longest + 1];
 };
 
-/// The control character that ends an input just like its real end, in files too.
-constexpr int EndOfTransmission = 0x04;
-
 /// Ends the input as told above.
 [[noreturn]] void EndInput(CaInterpreter& interpreter);
 
@@ -81,19 +80,13 @@ inline int PeekChar(CaInterpreter& interpreter) {
   return c;
 }
 
-/// Consumes blanks and comments and the byte behind them, which it returns.
-int ReadPastComments(CaInterpreter& interpreter);
-
-/// The same, quick when there is no comment.
+/// Consumes blanks and the byte behind them, which it returns: at the start of a block it may be
+/// another blank, and it may be the byte 04.
 inline int ReadPastBlanks(CaInterpreter& interpreter) {
-  CaCharacterSource& input = *interpreter.input;
-  input.SkipWhile([](char c) { return HasClass(c, BlankChar) && c != EndOfTransmission; });
-  const std::string_view text = input.AtHand();
-  if (text.empty() || text[0] == '[' || text[0] == EndOfTransmission) {
-    return ReadPastComments(interpreter);
-  }
-  input.Skip(1);
-  return static_cast<unsigned char>(text[0]);
+  const int c = interpreter.input->ReadPast(
+      [](char byte) { return TokenStartOf(byte) == CaTokenStart::Blank; });
+  if (c == CaCharacterSource::End) EndInput(interpreter);
+  return c;
 }
 
 /// Consumes blanks and comments; the byte behind them stays unread.
@@ -103,18 +96,22 @@ void SkipBlanks(CaInterpreter& interpreter);
 /// meaning of the next byte. A NUL or the byte FF ends a comment as well.
 void SkipComment(CaInterpreter& interpreter);
 
+/// How long the run of bytes of the class `bits` is that `text` begins with; 0 when the byte behind
+/// it is missing or ends the input.
+inline std::size_t RunLength(std::string_view text, CaCharBit bits) {
+  std::size_t length = 0;
+  while (length < text.size() && HasClass(static_cast<unsigned char>(text[length]), bits)) ++length;
+  return length == text.size() || text[length] == EndOfTransmission ? 0 : length;
+}
+
 /// The run of bytes of the class `bits` that follows, as many as there are, appended to `token`.
 void AppendRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token);
 
 /// The same for an empty `token`.
 inline void ReadRun(CaInterpreter& interpreter, CaCharBit bits, CaTokenText& token) {
-  const std::string_view text = interpreter.input->AtHand();
-  std::size_t length = 0;
-  while (length < text.size() && HasClass(static_cast<unsigned char>(text[length]), bits)) ++length;
-  if (length == text.size() || text[length] == EndOfTransmission) {
-    return AppendRun(interpreter, bits, token);
-  }
-  token.Refer(text.substr(0, length));
+  const std::size_t length = RunLength(interpreter.input->AtHand(), bits);
+  if (length == 0) return AppendRun(interpreter, bits, token);
+  token.Refer(interpreter.input->AtHand().substr(0, length));
   interpreter.input->Skip(length);
 }
 
@@ -124,7 +121,11 @@ char* ReadOpName(CaInterpreter& interpreter, const char* prefix);
 
 /// Reads an unsigned number, directly from the input: one that is the last thing in a file is
 /// still read. Returns 1, or 0 after a report; then whatever was consumed stays consumed.
-int ReadNumber(CaInterpreter& interpreter, bool negate, double& number);
+inline int ReadNumber(CaInterpreter& interpreter, bool negate, double& number) {
+  if (!ReadUnsigned(*interpreter.input, number)) return ReportBadNumber(interpreter);
+  if (negate) number = -number;
+  return 1;
+}
 
 /// The same, as a new real value that the caller owns.
 int ReadNumber(CaInterpreter& interpreter, bool negate, CaValue*& value);

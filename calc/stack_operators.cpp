@@ -72,7 +72,7 @@ constexpr double EndOfPositions = 2147483648.0;
 
 int PrintTop(CaInterpreter& interpreter) {
   ShowTop(interpreter);
-  interpreter.PopValues(1);
+  interpreter.PopValue();
   return 1;
 }
 
@@ -95,7 +95,7 @@ int ShowAll(CaInterpreter& interpreter) {
 }
 
 int Drop(CaInterpreter& interpreter) {
-  interpreter.PopValues(1);
+  interpreter.PopValue();
   return 1;
 }
 
@@ -116,7 +116,7 @@ int Pick(CaInterpreter& interpreter) {
   const double index = top.real;
   // Deliberate: a failure would be expected to leave the stack alone; the index is gone whatever
   // follows. Held by the rows of "''" in the operator tests.
-  interpreter.PopValues(1);
+  interpreter.PopValue();
   // Also false for a not-a-number, which no position fits.
   if (!isReal || !(index < EndOfPositions)) return 0;
   // Deliberate: every negative position is the top, and nothing at all on an empty stack.
@@ -145,7 +145,7 @@ int Assign(CaInterpreter& interpreter) {
   std::unique_ptr<CaVariable> variable(static_cast<CaVariable*>(interpreter.stack.PopFront()));
   variable->value = value;
   interpreter.DefineOwned(std::move(variable));
-  interpreter.PopValues(1);
+  interpreter.PopValue();
   return 1;
 }
 

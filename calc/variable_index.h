@@ -28,6 +28,9 @@ class CaVariableIndex {
     count_ = variables.count;
   }
 
+  /// Takes in that a variable which is known already became the head of `variables`.
+  void StoreMoved(const CaList& variables) { head_ = variables.head; }
+
   /// Starts again from nothing.
   void Forget();
 
