@@ -4,8 +4,6 @@
 #include <bit>
 #include <cstdint>
 
-#include "geometry/quaternion.h"
-#include "geometry/rotation.h"
 #include "tests/geometry/random_geometry.h"
 
 namespace {
@@ -71,12 +69,10 @@ TEST(Matrix, AxesOfRotVec) {
   RandomGeometry random;
   for (int i = 0; i < 1000; ++i) {
     const CyRotation rotation = random.Rotation();
-    CyMatrix m;
-    m.SetRotation(rotation);
-    CyMatrix expected;
-    expected.SetQuat(CyQuaternion(rotation));
+    CyMatrix byAxis;
+    byAxis.SetRotation(rotation);
     // The arc cosines lose half the digits where an axis lies close to z or to its plane.
-    EXPECT_TRUE(Same(m, expected, 1e-7));
+    EXPECT_TRUE(Same(byAxis, Matrix(CyQuaternion(rotation)), 1e-7));
   }
 }
 
@@ -147,9 +143,7 @@ TEST(Matrix, BitsAreTheSameEverywhere) {
     b.kind = MatScaled;
     CyQuaternion q{random.Number(-2, 2), random.Vector()};  // braces: from left to right
     const CyQuaternion r{random.Number(-2, 2), PerpVec(random.Vector())};
-    CyMatrix turned;
-    turned.SetQuat(q * r * q.Inverse() / 3.0);
-    q.FromMatrix(turned);
+    q.FromMatrix(Matrix(q * r * q.Inverse() / 3.0));
     CyVector points[] = {q.Normalize().v, random.Vector(), random.Vector()};
     XformPoints(a * b * a.Inverse() * b.Inverse(), points, points, 3);
     for (const CyVector& point : points) {

@@ -14,6 +14,12 @@ testing::AssertionResult SameNumbers(const Numbers& a, const Numbers& b, double 
          << testing::PrintToString(a) << " is not " << testing::PrintToString(b);
 }
 
+CyMatrix Matrix(const CyQuaternion& q) {
+  CyMatrix m;
+  m.SetQuat(q);
+  return m;
+}
+
 double RandomGeometry::Number(double low, double high) {
   state_ = state_ * 6364136223846793005U + 1442695040888963407U;
   return low + (high - low) * (static_cast<double>(state_ >> 11U) * 0x1p-53);

@@ -31,6 +31,9 @@ testing::AssertionResult Same(const Geometry& a, const Geometry& b, double toler
   return SameNumbers(NumbersOf(a), NumbersOf(b), tolerance);
 }
 
+/// The rotation of `q` as a matrix.
+CyMatrix Matrix(const CyQuaternion& q);
+
 /// What each kind may do beside what the identity does: move 1, turn 2, scale 4, anything else 8.
 inline constexpr unsigned Freedoms[] = {0, 1, 2, 4, 1 + 2, 1 + 2 + 4, 1 + 2 + 4 + 8};
 

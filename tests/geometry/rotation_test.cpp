@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include "geometry/matrix.h"
-#include "geometry/quaternion.h"
 #include "tests/geometry/random_geometry.h"
 
 TEST(Rotation, FromQuaternion) {
@@ -32,9 +30,7 @@ TEST(Rotation, SurvivesEveryConversion) {
   RandomGeometry random;
   for (int i = 0; i < 1000; ++i) {
     CyRotation given = random.Rotation();
-    CyMatrix m;
-    m.SetQuat(CyQuaternion(given));
-    CyRotation back(m);
+    CyRotation back(Matrix(CyQuaternion(given)));
     // The same turn may come back about the opposite axis.
     if (Dot(back.axis, given.axis) < 0.0) back.Set(-back.axis, 360.0 - back.angle);
     // Within 0.12 degrees of a half turn the scalar part is taken for zero.
