@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "platform/window.h"
-#include "save/kelsave.h"
 #include "tests/save/recording_host.h"
 
 namespace {
@@ -42,8 +41,6 @@ struct Row {
 
 // clang-format off
 const Row Rows[] = {
-    {"old file replaced", [](Situation&) {},
-     1, Backed + Writers + Saved, Kept + " scene.kel=new"},
     {"new file", [](Situation& s) { std::filesystem::remove(s.folder.Path("scene.kel")); },
      1, Looked + " WantsBackup FileExists:scene.kel" + Writers + Saved, "scene.kel=new"},
     {"no backup wanted", [](Situation& s) { s.host.wantsBackup = 0; },

@@ -63,10 +63,10 @@ TEST(Slider, Revise) {
     EXPECT_EQ(ReviseKelProcess(windows.track, windows.thumb, &trackRect, &thumbRect, margin),
               usable)
         << margin;
-    EXPECT_EQ((std::array{trackRect.left, trackRect.right}),
-              (std::array<LONG, 2>{0, track}));  // its own place
-    EXPECT_EQ((std::array{thumbRect.left, thumbRect.right, thumbRect.bottom}),
-              (std::array<LONG, 3>{40, 40 + thumb, 28}));
+    // The track's place is its own, the thumb's is in the parent.
+    const std::array sides = {trackRect.left, trackRect.right, thumbRect.left, thumbRect.right};
+    EXPECT_EQ(sides, (std::array<LONG, 4>{0, track, 40, 40 + thumb}));
+    EXPECT_EQ(thumbRect.bottom, 28);
   }
 }
 
