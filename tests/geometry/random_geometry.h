@@ -1,8 +1,10 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <limits>
-#include <ostream>
+#include <vector>
 
 #include "geometry/matrix.h"
 #include "geometry/quaternion.h"
@@ -14,18 +16,26 @@ inline constexpr double Epsilon = std::numeric_limits<double>::epsilon();
 inline constexpr double Infinity = std::numeric_limits<double>::infinity();
 inline constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 
-/// Whether two numbers are the same, signs of zeros included; all not-a-numbers are.
-bool Same(double a, double b);
-bool Same(const CyVector& a, const CyVector& b);
-bool Same(const CyQuaternion& a, const CyQuaternion& b);
+using Numbers = std::vector<double>;
+inline Numbers NumbersOf(double number) { return {number}; }
+inline Numbers NumbersOf(const CyVector& v) { return {v.x, v.y, v.z}; }
+inline Numbers NumbersOf(const CyQuaternion& q) { return {q.w, q.v.x, q.v.y, q.v.z}; }
+inline Numbers NumbersOf(const CyMatrix& matrix) { return {matrix.m[0], matrix.m[0] + 12}; }
 
-/// The largest absolute difference between two elements.
-double Difference(const CyVector& a, const CyVector& b);
-double Difference(const CyMatrix& a, const CyMatrix& b);
+testing::AssertionResult SameNumbers(const Numbers& a, const Numbers& b, double tolerance);
 
-std::ostream& operator<<(std::ostream& out, const CyVector& v);
-std::ostream& operator<<(std::ostream& out, const CyQuaternion& q);
-std::ostream& operator<<(std::ostream& out, const CyMatrix& m);
+/// Whether the numbers are the same, signs of zeros included, or differ by less than the tolerance.
+/// All not-a-numbers are the same.
+template <typename Geometry>
+testing::AssertionResult Same(const Geometry& a, const Geometry& b, double tolerance = 0.0) {
+  return SameNumbers(NumbersOf(a), NumbersOf(b), tolerance);
+}
+
+/// The rotation of `q` as a matrix.
+CyMatrix Matrix(const CyQuaternion& q);
+
+/// What each kind may do beside what the identity does: move 1, turn 2, scale 4, anything else 8.
+inline constexpr unsigned Freedoms[] = {0, 1, 2, 4, 1 + 2, 1 + 2 + 4, 1 + 2 + 4 + 8};
 
 /// Geometry from a fixed seed, the same on every machine.
 class RandomGeometry {
@@ -38,6 +48,3 @@ class RandomGeometry {
  private:
   std::uint64_t state_ = 20240229;
 };
-
-/// Whether `m` is, to a tolerance, what its kind lets others rely on.
-bool KeepsPromise(const CyMatrix& m);

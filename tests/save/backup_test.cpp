@@ -4,21 +4,11 @@
 #include <string>
 
 #include "platform/resources.h"
-#include "save/kelsave.h"
-#include "tests/folder.h"
 #include "tests/save/recording_host.h"
 
 namespace {
 
-/// A folder with one old file, and a host that wants its backup there.
-struct Situation {
-  Folder folder;
-  RecordingHost host;
-  const char* name = "scene.kel";
-  char separator = '\\';
-
-  Situation() { host.directory = folder.Root(); }
-};
+constexpr const char* Old = "KelBackup.bak=old ";
 
 /// Makes the backup's path this many bytes long; repeated separators count as one.
 void MakePathLength(Situation& s, std::size_t length) {
@@ -26,75 +16,61 @@ void MakePathLength(Situation& s, std::size_t length) {
   s.host.directory += std::string(length - rest, '/');
 }
 
-struct Row {
-  const char* name;
-  void (*arrange)(Situation&);
-  const char* files;
-};
-
-// clang-format off
-const Row Rows[] = {
-    {"plain", [](Situation&) {}, "KelBackup.bak=old scene.kel=new"},
-    {"older backup replaced", [](Situation& s) { s.folder.Put("KelBackup.bak", "older"); },
-     "KelBackup.bak=old scene.kel=new"},
-    {"alternate name", [](Situation& s) { s.host.alternateName = true; },
-     "KelBackupAlternate.bak=old scene.kel=new"},
-    {"folder ends in a backslash", [](Situation& s) { s.host.directory += "\\"; },
-     "KelBackup.bak=old scene.kel=new"},
-    {"rename refused: a folder has the name",
-     [](Situation& s) { std::filesystem::create_directory(s.folder.Path("KelBackup.bak")); },
-     "KelBackup.bak/ scene.kel=new"},
-    {"rename refused: a read-only backup is in the way",
-     [](Situation& s) { s.folder.Put("KelBackup.bak", "older", 0444); },
-     "KelBackup.bak=older scene.kel=new"},
-    {"rename refused: no such folder", [](Situation& s) { s.host.directory += "\\none"; },
-     "scene.kel=new"},
-    {"path of 511 bytes", [](Situation& s) { MakePathLength(s, 511); },
-     "KelBackup.bak=old scene.kel=new"},
-    {"path of 512 bytes", [](Situation& s) { MakePathLength(s, 512); }, "scene.kel=new"},
-    {"folder longer than the buffer", [](Situation& s) { s.host.directory.append(5000, '/'); },
-     "scene.kel=new"},
-    {"name cut to 511 bytes never fits",
-     [](Situation&) { KelSetHostString(60122, std::string(600, 'x').c_str()); },
-     "scene.kel=new"},
-    {"no text 60121", [](Situation&) { KelRemoveHostString(60121); }, "scene.kel=new"},
-    {"no text 60122: the folder itself is no name for the backup",
-     [](Situation&) { KelRemoveHostString(60122); }, "scene.kel=new"},
-    {"seven characters spared, in any case", [](Situation& s) { s.name = "kELbACK-1.kel"; },
-     "kELbACK-1.kel=new"},
-    {"only seven count", [](Situation& s) {
-       KelSetHostString(60121, "KelBackX");
-       s.name = "KelBackY.kel";
-     }, "KelBackY.kel=new"},
-    {"six characters are not enough", [](Situation& s) { s.name = "KelBacX.kel"; },
-     "KelBacX.kel=new KelBackup.bak=old"},
-    {"short text spares a whole name", [](Situation& s) {
-       KelSetHostString(60121, "abc");
-       s.name = "ABC";
-     }, "ABC=new"},
-    {"short text spares nothing longer", [](Situation& s) {
-       KelSetHostString(60121, "abc");
-       s.name = "abcd";
-     }, "KelBackup.bak=old abcd=new"},
-    {"forward slash: the folder is part of the name", [](Situation& s) {
-       s.name = "KelBack-1.kel";
-       s.separator = '/';
-     }, "KelBack-1.kel=new KelBackup.bak=old"},
-    {"a name beyond ASCII", [](Situation& s) { s.name = "\xC3\xA9\xE2\x82\xAC.kel"; },
-     "KelBackup.bak=old \xC3\xA9\xE2\x82\xAC.kel=new"},
-    {"a name that is no UTF-8", [](Situation& s) { s.name = "\xE9.kel"; },
-     "KelBackup.bak=old \xE9.kel=new"},
-};
-// clang-format on
-
 TEST(Backup, WhatIsLeft) {
-  for (const Row& row : Rows) {
+  struct {
+    const char* name;
+    void (*arrange)(Situation&);
+    std::string backup;  // what lies beside the new file
+  } const rows[] = {
+      {"older backup", [](Situation& s) { s.folder.Put("KelBackup.bak", "older"); }, Old},
+      {"alternate name", [](Situation& s) { s.host.alternateName = true; },
+       "KelBackupAlternate.bak=old "},
+      {"ends in a backslash", [](Situation& s) { s.host.directory += "\\"; }, Old},
+      {"rename refused: a folder has the name",
+       [](Situation& s) { std::filesystem::create_directory(s.folder.Path("KelBackup.bak")); },
+       "KelBackup.bak/ "},
+      {"rename refused: a read-only backup is in the way",
+       [](Situation& s) { s.folder.Put("KelBackup.bak", "older", 0444); }, "KelBackup.bak=older "},
+      {"rename refused: no folder", [](Situation& s) { s.host.directory += "\\none"; }, ""},
+      {"path of 511 bytes", [](Situation& s) { MakePathLength(s, 511); }, Old},
+      {"path of 512 bytes", [](Situation& s) { MakePathLength(s, 512); }, ""},
+      {"long folder", [](Situation& s) { s.host.directory.append(5000, '/'); }, ""},
+      {"name cut to 511 bytes never fits",
+       [](Situation&) { KelSetHostString(60122, std::string(600, 'x').c_str()); }, ""},
+      {"no text 60121", [](Situation&) { KelRemoveHostString(60121); }, ""},
+      {"no text 60122: the folder itself is no name for the backup",
+       [](Situation&) { KelRemoveHostString(60122); }, ""},
+  };
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     Situation s;
     row.arrange(s);
-    s.folder.Put(s.name, "old");
-    SetSaveInterface(&s.host);
-    EXPECT_EQ(SaveToFileDLL((s.folder.Root() + s.separator + s.name).c_str(), 1, 0, 0), 1);
+    EXPECT_EQ(s.Save(), 1);
+    EXPECT_EQ(s.folder.List(), row.backup + "scene.kel=new");
+    EXPECT_FALSE(std::filesystem::exists("KelBackup.bak"));  // where the process is
+    KelResetHostStrings();
+  }
+}
+
+TEST(Backup, SparedNames) {
+  struct {
+    const char* spared;  // null: the text that the library has itself
+    const char* file;
+    const char* files;
+  } const rows[] = {
+      {nullptr, "\\kELbACK-1.kel", "kELbACK-1.kel=new"},
+      {nullptr, "\\KelBacX.kel", "KelBacX.kel=new KelBackup.bak=old"},
+      {"KelBackX", "\\KelBackY.kel", "KelBackY.kel=new"},  // only seven characters count
+      {"abc", "\\ABC", "ABC=new"},
+      {"abc", "\\abcd", "KelBackup.bak=old abcd=new"},
+      {nullptr, "/KelBack-1.kel", "KelBack-1.kel=new KelBackup.bak=old"},  // no bare name
+      {nullptr, "\\\xC3\xA9\xE2\x82\xAC.kel", "KelBackup.bak=old \xC3\xA9\xE2\x82\xAC.kel=new"},
+      {nullptr, "\\\xE9.kel", "KelBackup.bak=old \xE9.kel=new"},  // no UTF-8
+  };
+  for (const auto& row : rows) {
+    Situation s(row.file);
+    if (row.spared != nullptr) KelSetHostString(60121, row.spared);
+    EXPECT_EQ(s.Save(), 1);
     EXPECT_EQ(s.folder.List(), row.files);
     KelResetHostStrings();
   }

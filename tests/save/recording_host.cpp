@@ -16,7 +16,7 @@ void RecordingHost::Note(const std::string& call) {
 }
 
 // When the outcome is reported only the reference that the host took for itself may be left.
-void RecordingHost::RecordOutcome(const std::string& call) {
+void RecordingHost::NoteOutcome(const std::string& call) {
   Note(call);
   if (kept_ == nullptr) return;
   kept_->AddRef();
@@ -49,8 +49,6 @@ void RecordingHost::UpdateAfterSave(int first, int second) {
 const char* RecordingHost::GetDirectory(int number) {
   return Record("GetDirectory:" + std::to_string(number), directory.c_str());
 }
-
-void RecordingHost::RunAfterSaveStep(int step) { Note("RunAfterSaveStep:" + std::to_string(step)); }
 
 void RecordingHost::SetStorage(IStorage* storage) {
   Note(storage == nullptr ? "SetStorage:null" : "SetStorage");

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "save/kelsave.h"
+#include "tests/folder.h"
 
 /// A host that writes down every operation the library calls, with its arguments. In each one it
 /// also asks for another save, which must do nothing, and looks at the cursor, which must be the
@@ -37,21 +38,21 @@ class RecordingHost : public SaveInterface {
   void* OpenScene(const wchar_t* name, int code, int sceneArgument) override;
   int FileExists(const char* fileName) override;
   void UpdateAfterSave(int first, int second) override;
-  void PrepareSave() override { Record("PrepareSave", 0); }
+  void PrepareSave() override { Note("PrepareSave"); }
   int NeedsPrepareSave() override { return Record("NeedsPrepareSave", needsPrepare); }
   const char* GetDirectory(int number) override;
-  void RunAfterSaveStep(int step) override;
+  void RunAfterSaveStep(int step) override { Note("RunAfterSaveStep:" + std::to_string(step)); }
   int HasAfterSaveSteps() override { return Record("HasAfterSaveSteps", hasAfterSteps); }
   void SetStorage(IStorage* storage) override;
   int WantsBackup() override { return Record("WantsBackup", wantsBackup); }
-  void SaveFailed() override { RecordOutcome("SaveFailed"); }
-  void AnnounceSection(const char* name) override { Record(std::string("Announce:") + name, 0); }
-  void MarkSaved() override { RecordOutcome("MarkSaved"); }
+  void SaveFailed() override { NoteOutcome("SaveFailed"); }
+  void AnnounceSection(const char* name) override { Note(std::string("Announce:") + name); }
+  void MarkSaved() override { NoteOutcome("MarkSaved"); }
   bool SaveSection5First() override { return Record("SaveSection5First", section5First); }
 
  private:
   void Note(const std::string& call);
-  void RecordOutcome(const std::string& call);
+  void NoteOutcome(const std::string& call);
   int Write(const std::string& writer) { return Record(writer, failing == writer ? -1 : 0); }
 
   template <typename Result>
@@ -61,4 +62,24 @@ class RecordingHost : public SaveInterface {
   }
 
   IStorage* kept_ = nullptr;
+};
+
+/// A save that is about to be made: an old file of the text "old" lies in the folder.
+struct Situation {
+  Folder folder;
+  RecordingHost host;
+  std::string path;
+  int notify = 1;
+  int noBackup = 0;
+
+  /// `file` is a separator and the name of the old file.
+  explicit Situation(const std::string& file = "\\scene.kel") : path(folder.Root() + file) {
+    host.directory = folder.Root();
+    folder.Put(file.substr(1), "old");
+  }
+
+  int Save() {
+    SetSaveInterface(&host);
+    return SaveToFileDLL(path.c_str(), notify, noBackup, 7);
+  }
 };
