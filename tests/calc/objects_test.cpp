@@ -91,28 +91,47 @@ TEST(Objects, OperatorsRunWhileSkippingOnlyWhenTheyAlwaysRun) {
   }
 }
 
+/// The places of a list's payloads in `payloads`; the links back have to tell the same.
+std::string Order(const CaList& list, const CaValue* payloads) {
+  const auto place = [&](const CaListNode* node) {
+    return static_cast<char>('0' + (static_cast<const CaValue*>(node->payload) - payloads));
+  };
+  std::string forward;
+  std::string backward;
+  for (const CaListNode* at = list.head; at != nullptr; at = at->next) forward += place(at);
+  for (const CaListNode* at = list.tail; at != nullptr; at = at->previous) backward += place(at);
+  EXPECT_EQ(forward, std::string(backward.rbegin(), backward.rend()));
+  EXPECT_EQ(forward.size(), static_cast<std::size_t>(list.count));
+  return forward;
+}
+
 TEST(Lists, KeepTheirLinksWhereverANodeGoes) {
   CaValue payloads[4];
-  for (const int gone : {0, 1, 2, 3}) {
-    CaList list;
-    for (CaValue& payload : payloads) EXPECT_EQ(list.PushFront(&payload), 1);
-    CaListNode* node = list.head;
-    for (int i = 0; i < gone; ++i) node = node->next;
-    CaList other;
-    EXPECT_EQ(other.Remove(node), 0);
-    EXPECT_EQ(list.Remove(node), 1);
-    int forward = 0;
-    for (const CaListNode* at = list.head; at != nullptr; at = at->next) ++forward;
-    int backward = 0;
-    for (const CaListNode* at = list.tail; at != nullptr; at = at->previous) ++backward;
-    EXPECT_EQ(forward, 3) << gone;
-    EXPECT_EQ(backward, 3) << gone;
-    EXPECT_EQ(list.PopBack(), gone == 3 ? &payloads[1] : &payloads[0]);
-    EXPECT_EQ(list.PopFront(), gone == 0 ? &payloads[2] : &payloads[3]);
-    EXPECT_NE(list.PopFront(), nullptr);
-    EXPECT_EQ(list.PopFront(), nullptr);
-    EXPECT_TRUE(list.head == nullptr && list.tail == nullptr && list.count == 0);
-    EXPECT_EQ(list.Remove(nullptr), 0);
+  for (const std::size_t place : {0U, 1U, 2U, 3U}) {
+    CaList moved;
+    CaList cut;
+    CaListNode* nodes[2];
+    for (CaValue& payload : payloads) {
+      EXPECT_EQ(moved.PushFront(&payload) + cut.PushFront(&payload), 2);
+    }
+    nodes[0] = moved.head;
+    nodes[1] = cut.head;
+    for (std::size_t i = 0; i < place; ++i) {
+      for (CaListNode*& node : nodes) node = node->next;
+    }
+    std::string rest = "3210";
+    rest.erase(place, 1);
+    moved.MoveToFront(nodes[0]);
+    EXPECT_EQ(Order(moved, payloads), std::to_string(3 - place) + rest);
+    EXPECT_EQ(moved.Remove(nodes[1]), 0) << "the node of another list";
+    EXPECT_EQ(cut.Remove(nodes[1]), 1);
+    EXPECT_EQ(Order(cut, payloads), rest);
+    EXPECT_EQ(cut.PopBack(), payloads + (rest.back() - '0'));
+    EXPECT_EQ(cut.PopFront(), payloads + (rest.front() - '0'));
+    EXPECT_NE(cut.PopFront(), nullptr);
+    EXPECT_EQ(cut.PopFront(), nullptr);
+    EXPECT_TRUE(cut.head == nullptr && cut.tail == nullptr && cut.count == 0);
+    EXPECT_EQ(cut.Remove(nullptr), 0);
   }
 }
 
