@@ -28,6 +28,7 @@ const std::string Handed = " SetStorage OpenScene:Scene,8206,7 SaveScene";
 const std::string Lower =
     " Announce:Classes Used SaveSection4 SaveSection3 SaveSection2 SaveSection1";
 const std::string Writers = Handed + " SaveSection5First SaveSection5 SaveSection6" + Lower;
+const std::string WritersSwapped = Handed + " SaveSection5First SaveSection6 SaveSection5" + Lower;
 const std::string Saved = " MarkSaved UpdateAfterSave:0,1 HasAfterSaveSteps";
 const std::string Kept = "KelBackup.bak=old";
 
@@ -100,8 +101,8 @@ TEST(SaveDriver, AFileThatTheHostKeepsOpenStays) {
 
 TEST(SaveDriver, NoWriterFollowsOneThatFails) {
   for (const bool section5First : {true, false}) {
-    const char* upper = section5First ? " SaveSection5 SaveSection6" : " SaveSection6 SaveSection5";
-    const std::string all = Backed + Handed + " SaveSection5First" + upper + Lower + " ";
+    std::string all = Backed;
+    all.append(section5First ? Writers : WritersSwapped).append(" ");
     for (const std::string failing : {"SaveScene", "SaveSection5", "SaveSection6", "SaveSection4",
                                       "SaveSection3", "SaveSection2", "SaveSection1"}) {
       Situation s;
