@@ -9,9 +9,11 @@
 #include <string>
 
 #include "platform/compound_format.h"
+#include "platform/compound_uppercase.h"
 #include "platform/storage_storage.h"
 #include "tests/folder.h"
 #include "tools/compound_check/compound_checker.h"
+#include "tools/compound_check/compound_names.h"
 
 namespace {
 
@@ -108,6 +110,13 @@ TEST_F(StorageLayout, TreesOfEverySizeAreRedBlack) {
     Create(Usual);
     for (int i = 0; i < count; ++i) MakeStream(std::to_wstring(i))->Release();
     ExpectValid();
+  }
+}
+
+TEST(StorageNames, EveryUnitHasItsUpperCase) {
+  for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
+    const auto letter = static_cast<char16_t>(unit);
+    EXPECT_EQ(compound::UpperCase(letter), Uppercase(letter)) << unit;
   }
 }
 

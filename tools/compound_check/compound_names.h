@@ -7,8 +7,11 @@
 
 namespace compound {
 
+/// The upper case of a code unit, as the format orders names.
+char16_t UpperCase(char16_t unit);
+
 /// The order of names in a storage: by length, then by upper-cased code units.
-/// Negative, zero, positive. Covers Latin (-1 and Extended-A), Greek, Cyrillic and Armenian.
+/// Negative, zero, positive.
 int CompareNames(std::u16string_view a, std::u16string_view b);
 
 /// UTF-8, for messages and for the command lines of other readers.
