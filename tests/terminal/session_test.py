@@ -4,6 +4,7 @@ Run as: session_test.py KELCALC EDITING ROOT, where EDITING is 1 when it was bui
 editing and ROOT is the top of the sources.
 """
 
+import contextlib
 import os
 import pathlib
 import re
@@ -28,196 +29,158 @@ class Session(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.home = pathlib.Path(folder.name)
 
+    @contextlib.contextmanager
     def start(self, *options, term="xterm", **variables):
-        environment = {"HOME": str(self.home), **variables}
-        terminal = Terminal([KELCALC, *options], environment, term)
+        """A session that is ended by Ctrl-D."""
+        terminal = Terminal([KELCALC, *options], {"HOME": str(self.home), **variables}, term)
         self.addCleanup(terminal.kill)
         terminal.expect("0> ")
-        return terminal
-
-    def ends(self, terminal):
+        yield terminal
         terminal.send(CTRL_D)
         self.assertEqual(terminal.finish(), 0)
 
     # The prompt and the stack
 
-    def test_shows_depth_positions_and_types(self):
-        terminal = self.start()
-        shown = terminal.line('1.5 "text" v(1,2,3)', "3> ")
-        self.assertRegex(shown, r"2 +real +1\.5\n +1 +string +\"text\"\n"
-                                r" +0 +vector +v\(1, 2, 3\)")
-        self.assertIn(" 1.500000\n", terminal.line("\\ \\ #", "0> "))
-        self.ends(terminal)
-
-    def test_no_stack_shows_the_prompt_only(self):
-        terminal = self.start("--no-stack")
-        self.assertNotIn("real", terminal.line("1 2", "2> "))
-        self.ends(terminal)
+    def test_shows_the_stack_and_where_a_line_failed(self):
+        with self.start() as terminal:
+            shown = terminal.line('1.5 "text" v(1,2,3)', "3> ")
+            self.assertRegex(shown, r"2 +real +1\.5\n +1 +string +\"text\"\n"
+                                    r" +0 +vector +v\(1, 2, 3\)")
+            self.assertIn(" 1.500000\n", terminal.line("\\ \\ #", "0> "))
+            shown = terminal.line('"a" 1 +', "2> ")
+            self.assertIn("Type mismatch for operator +", shown)
+            self.assertIn("<terminal>:3:7: + on (string, real): no rule; it takes real+real", shown)
 
     def test_prompt_tells_what_is_open(self):
-        terminal = self.start()
-        terminal.line('"one', '0" ')
-        terminal.line('two" #', "0> ")
-        terminal.line("[ a comment", "0[ ")
-        terminal.line("] 2 1 < {", "0{ ")
-        terminal.line("}", "0> ")
-        self.ends(terminal)
-
-    def test_failures_say_where(self):
-        terminal = self.start()
-        shown = terminal.line('"a" 1 +', "2> ")
-        self.assertIn("Type mismatch for operator +", shown)
-        self.assertIn("<terminal>:1:7: + on (string, real): no rule; it takes real+real", shown)
-        self.ends(terminal)
+        with self.start() as terminal:
+            terminal.line('"one', '0" ')
+            terminal.line('two" #', "0> ")
+            terminal.line("[ a comment", "0[ ")
+            terminal.line("] 2 1 < {", "0{ ")
+            terminal.line("}", "0> ")
 
     @needs_editing
     def test_keys_that_mean_nothing_do_no_harm(self):
-        terminal = self.start()
-        terminal.send("\x1bx")
-        terminal.line('"abc', '0" ')
-        self.assertIn(' "abc\n"\n', terminal.line('" #', "0> "))
-        self.ends(terminal)
+        with self.start() as terminal:
+            terminal.send("\x1bx")
+            terminal.line('"abc', '0" ')
+            self.assertIn(' "abc\n"\n', terminal.line('" #', "0> "))
 
     # Interrupts
 
-    def test_interrupt_drops_the_line(self):
-        terminal = self.start()
-        terminal.line("5", "1> ")
-        terminal.send("1 2 3" + CTRL_C)
-        terminal.expect("1> ")
-        terminal.line("6 +", "1> ")
-        self.assertIn(" 11.000000\n", terminal.line("#", "0> "))
-        self.ends(terminal)
-
     def test_interrupt_at_the_first_prompt(self):
         for term in "xterm", "dumb":
-            terminal = self.start(term=term)
-            terminal.send(CTRL_C)
-            terminal.expect("0> ")
-            self.assertIn(" 7.000000\n", terminal.line("7 #", "0> "))
-            self.ends(terminal)
+            with self.start(term=term) as terminal:
+                terminal.send(CTRL_C)
+                terminal.expect("0> ")
+                self.assertIn(" 7.000000\n", terminal.line("7 #", "0> "))
 
-    def test_interrupt_drops_an_open_string_comment_and_block(self):
-        for opening, prompt in (('"one', '0" '), ("[ a", "0[ "), ("2 1 < {", "0{ ")):
-            terminal = self.start()
-            terminal.line(opening, prompt)
-            terminal.send("more" + CTRL_C)
-            terminal.expect("0> ")
-            self.assertIn(" 7.000000\n", terminal.line("7 #", "0> "))
-            self.ends(terminal)
+    def test_interrupt_drops_the_line_and_what_is_open(self):
+        with self.start() as terminal:
+            terminal.line("5", "1> ")
+            for opening, prompt in ("", "1> "), ('"one', '1" '), ("[ a", "1[ "), ("2 1 < {", "1{ "):
+                terminal.line(opening, prompt)
+                terminal.send("1 2 3" + CTRL_C)
+                terminal.expect("1> ")
+                self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
+            self.assertIn(" 5.000000\n", terminal.line("#", "0> "))
 
     def test_interrupt_stops_a_long_read(self):
         pipe = self.home / "endless.3dc"
         os.mkfifo(pipe)
-        terminal = self.start("--no-stack")
-        terminal.send(f'"{pipe}" ;read 8 9\r')  # the rest of the line is dropped, too
-        with open(pipe, "wb", buffering=0) as endless:
-            endless.write(b'"reading" # ')
-            terminal.expect(' "reading"\n')
-            time.sleep(0.1)  # until it waits for more
-            terminal.interrupt()
-            terminal.expect("1> ")
-        self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
-        self.ends(terminal)
+        with self.start("--no-stack") as terminal:
+            terminal.send(f'"{pipe}" ;read 8 9\r')  # the rest of the line is dropped, too
+            with open(pipe, "wb", buffering=0) as endless:
+                endless.write(b'"reading" # ')
+                terminal.expect(' "reading"\n')
+                time.sleep(0.1)  # until it waits for more
+                terminal.interrupt()
+                terminal.expect("1> ")
+            self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
 
     def test_interrupt_stops_output_that_nobody_takes(self):
         (self.home / "much.3dc").write_text("1 #\n" * 1000000)
-        terminal = self.start("--no-stack")
-        terminal.send(f'"{self.home}/much.3dc" ;read\r')
-        for _ in range(3):  # the first may meet a line that is half out
-            time.sleep(0.1)  # until the terminal is full
-            terminal.interrupt()
-        terminal.expect("\n1> ")
-        terminal.send("7 #\r")
-        terminal.expect(" 7.000000\n1> ")
-        self.ends(terminal)
+        with self.start("--no-stack") as terminal:
+            terminal.send(f'"{self.home}/much.3dc" ;read\r')
+            for _ in range(3):  # the first may meet a line that is half out
+                time.sleep(0.1)  # until the terminal is full
+                terminal.interrupt()
+            terminal.expect("\n1> ")
+            terminal.send("7 #\r")
+            terminal.expect(" 7.000000\n1> ")
 
     def test_interrupt_stops_a_read_without_tokens(self):
-        terminal = self.start("--no-stack")
-        terminal.send('"reading" # "/dev/../dev/zero" ;read\r')
-        terminal.expect(' "reading"\n')
-        terminal.interrupt()
-        terminal.expect("> ")
-        self.assertIn(" 7.000000\n", terminal.line("\\\\ 7 #", "0> "))
-        self.ends(terminal)
+        with self.start("--no-stack") as terminal:
+            self.assertNotIn("real", terminal.line("1 2", "2> "))
+            terminal.send('"reading" # "/dev/../dev/zero" ;read\r')
+            terminal.expect(' "reading"\n')
+            time.sleep(0.1)  # until the read has begun
+            terminal.interrupt()
+            terminal.expect("3> ")
 
     # The end
 
-    def test_end_of_input_in_the_middle_of_a_string(self):
-        terminal = self.start()
-        terminal.line('"one', '0" ')
-        self.ends(terminal)
-
     def test_keys_before_the_prompt_count(self):
-        terminal = self.start("--no-stack")
-        terminal.send("1 2 + #\r" + CTRL_D)
-        self.assertEqual(terminal.finish(), 0)
+        with self.start("--no-stack") as terminal:
+            terminal.send('1 2 + #\r"one\r')  # and the input ends in the middle of a string
         self.assertIn(" 3.000000\n", terminal.seen)
 
     # Editing, history, completion
 
     @needs_editing
     def test_editing_within_the_line(self):
-        terminal = self.start()
-        self.assertIn(" 12.000000\n", terminal.line("2 #" + LEFT * 3 + "1", "0> "))
-        self.ends(terminal)
+        with self.start() as terminal:
+            self.assertIn(" 12.000000\n", terminal.line("2 #" + LEFT * 3 + "1", "0> "))
 
     @needs_editing
     def test_history_outlives_the_session_and_is_private(self):
-        terminal = self.start()
-        terminal.line("123.5 #", "0> ")
-        self.ends(terminal)
+        with self.start() as terminal:
+            terminal.line("123.5 #", "0> ")
         file = self.home / ".local/state/kelcalc/history"
         self.assertEqual(file.read_text(), "123.5 #\n")
         self.assertEqual(stat.S_IMODE(file.stat().st_mode), 0o600)
         self.assertEqual(stat.S_IMODE(file.parent.stat().st_mode), 0o700)
-        terminal = self.start()
-        self.assertIn(" 123.500000\n", terminal.line(UP, "0> "))
-        self.ends(terminal)
+        with self.start() as terminal:
+            self.assertIn(" 123.500000\n", terminal.line(UP, "0> "))
 
     def test_history_follows_the_state_folder(self):
-        terminal = self.start(XDG_STATE_HOME=str(self.home / "state"))
-        terminal.line("1 #", "0> ")
-        self.ends(terminal)
+        with self.start(XDG_STATE_HOME=str(self.home / "state")) as terminal:
+            terminal.line("1 #", "0> ")
         self.assertEqual((self.home / "state/kelcalc/history").read_text(), "1 #\n")
 
     def test_history_that_cannot_be_written_is_silent(self):
         (self.home / ".local").write_text("a file where a folder should be")
-        terminal = self.start()
-        self.assertEqual(terminal.line("1 #", "0> ").split("\n", 1)[1], " 1.000000\n")
-        self.ends(terminal)
+        with self.start() as terminal:
+            self.assertEqual(terminal.line("1 #", "0> ").split("\n", 1)[1], " 1.000000\n")
 
     @needs_editing
     def test_completion_of_functions_variables_and_operators(self):
-        terminal = self.start("--no-stack")
-        self.assertIn(" 3.000000\n", terminal.line("9 ;sqr" + TAB + "#", "0> "))
-        terminal.line("4 sideLength :", "0> ")
-        self.assertIn(" 4.000000\n", terminal.line("sid" + TAB + "#", "0> "))
-        terminal.send("1 ;at" + TAB + TAB)  # certain so far: "atan"; two names go on from there
-        terminal.expect("atan  atan2")
-        terminal.send(CTRL_C)
-        terminal.expect("0> ")
-        terminal.send("1 ~=" + TAB)
-        terminal.expect("~=  ~==")
-        terminal.send(CTRL_C)
-        self.ends(terminal)
+        with self.start("--no-stack") as terminal:
+            self.assertIn(" 3.000000\n", terminal.line("9 ;sqr" + TAB + "#", "0> "))
+            terminal.line("4 sideLength :", "0> ")
+            self.assertIn(" 4.000000\n", terminal.line("sid" + TAB + "#", "0> "))
+            terminal.send("1 ;at" + TAB + TAB)  # certain so far: "atan"; two names go on from there
+            terminal.expect("atan  atan2")
+            terminal.send(CTRL_C)
+            terminal.expect("0> ")
+            terminal.send("1 ~=" + TAB)
+            terminal.expect("~=  ~==")
+            terminal.send(CTRL_C)
 
     # Terminals and pipes
 
     def test_colours_only_where_they_are_wanted(self):
         for term, variables, coloured in (("xterm", {}, True), ("xterm", {"NO_COLOR": "1"}, False),
                                           ("dumb", {}, False)):
-            terminal = self.start(term=term, **variables)
-            terminal.line("1", "1> ")
-            self.ends(terminal)
+            with self.start(term=term, **variables) as terminal:
+                terminal.line("1", "1> ")
             self.assertEqual(b"\x1b[2m" in terminal.raw, coloured, (term, variables))
 
     def test_dumb_terminal_gets_plain_lines(self):
-        terminal = self.start(term="dumb")
-        self.assertIn(" 3.000000\n", terminal.line("1 2 + #", "0> "))
-        terminal.send("5 " + CTRL_C)
-        terminal.expect("0> ")
-        self.ends(terminal)
+        with self.start(term="dumb") as terminal:
+            self.assertIn(" 3.000000\n", terminal.line("1 2 + #", "0> "))
+            terminal.send("5 " + CTRL_C)
+            terminal.expect("0> ")
         self.assertNotIn(b"\x1b", terminal.raw)
 
     # What the documents show
@@ -226,12 +189,11 @@ class Session(unittest.TestCase):
         readme = (pathlib.Path(sys.argv[3]) / "README.md").read_text()
         shown = re.search(r"```console\n\$ kelcalc\n(.*?)```", readme, re.DOTALL)[1]
         prompts = re.findall(r"^(\d+[>{\"\[]) ?(.*)$", shown, re.MULTILINE)
-        terminal = self.start(term="dumb")
-        for (_, typed), (prompt, _) in zip(prompts, prompts[1:]):
-            terminal.line(typed, prompt + " ")
+        with self.start(term="dumb") as terminal:
+            for (_, typed), (prompt, _) in zip(prompts, prompts[1:]):
+                terminal.line(typed, prompt + " ")
         seen = "\n".join(line.rstrip() for line in terminal.seen.replace("\a", "␇").split("\n"))
-        self.assertEqual(seen, shown.rstrip())
-        self.ends(terminal)
+        self.assertEqual(seen.rstrip(), shown.rstrip())
 
 
 if __name__ == "__main__":

@@ -18,52 +18,43 @@ def words(data):
     return struct.unpack("<%dI" % (len(data) // 4), data)
 
 
-def chain(table, start):
-    seen = set()
+def chained(table, start, data, size):
+    """The sectors of `size` bytes of `data` in the chain from `start`, put together."""
+    pieces = []
     while start < END:
-        assert start not in seen, "a chain runs in a circle"
-        seen.add(start)
-        yield start
+        assert len(pieces) <= len(table), "a chain runs in a circle"
+        pieces.append(data[start * size:(start + 1) * size])
         start = table[start]
+    return b"".join(pieces)
 
 
 class Compound:
     def __init__(self, data):
         assert data[:8] == bytes.fromhex("d0cf11e0a1b11ae1"), "no compound file"
-        self.data = data
-        self.sector_size = 1 << struct.unpack_from("<H", data, 30)[0]
+        self.size = 1 << struct.unpack_from("<H", data, 30)[0]
         self.mini_size = 1 << struct.unpack_from("<H", data, 32)[0]
-        first_directory, _, self.cutoff, first_mini, _, first_extra = struct.unpack_from(
-            "<6I", data, 48)
-        tables = list(words(data[76:512]))
-        while first_extra < END:
-            extra = words(self.sector(first_extra))
-            tables += extra[:-1]
-            first_extra = extra[-1]
-        self.table = [w for t in tables if t < END for w in words(self.sector(t))]
+        self.sectors = data[self.size:]
+        directory, _, self.cutoff, first_mini, _, extra = struct.unpack_from("<6I", data, 48)
+        tables = words(data[76:512])
+        while extra < END:
+            *more, extra = words(self.sectors[extra * self.size:(extra + 1) * self.size])
+            tables += tuple(more)
+        self.table = words(b"".join(chained({t: END}, t, self.sectors, self.size) for t in tables))
         self.mini_table = words(self.read(first_mini))
-        directory = self.read(first_directory)
+        directory = self.read(directory)
         self.entries = [directory[i:i + 128] for i in range(0, len(directory), 128)]
-        self.mini_stream = self.read(self.start(self.entries[0]))
-
-    def sector(self, number):
-        begin = (number + 1) * self.sector_size
-        return self.data[begin:begin + self.sector_size]
+        self.mini_stream = self.read(struct.unpack_from("<I", self.entries[0], 116)[0])
 
     def read(self, start):
-        return b"".join(self.sector(s) for s in chain(self.table, start))
-
-    @staticmethod
-    def start(entry):
-        return struct.unpack_from("<I", entry, 116)[0]
+        return chained(self.table, start, self.sectors, self.size)
 
     def content(self, entry):
-        size = struct.unpack_from("<Q", entry, 120)[0]
+        start, size = struct.unpack_from("<IQ", entry, 116)
         if size >= self.cutoff:
-            return self.read(self.start(entry))[:size]
-        pieces = chain(self.mini_table, self.start(entry)) if size else ()
-        m = self.mini_size
-        return b"".join(self.mini_stream[s * m:(s + 1) * m] for s in pieces)[:size]
+            return self.read(start)[:size]
+        if size == 0:
+            return b""
+        return chained(self.mini_table, start, self.mini_stream, self.mini_size)[:size]
 
     def walk(self, number, path):
         """Yields (path, entry) for an entry, its siblings and all beneath them."""
@@ -83,7 +74,7 @@ def main():
     with open(sys.argv[1], "rb") as file:
         compound = Compound(file.read())
     root = compound.entries[0]
-    print("sector size", compound.sector_size)
+    print("sector size", compound.size)
     print("class", uuid.UUID(bytes_le=root[80:96]))
     for name, entry in sorted(compound.walk(struct.unpack_from("<I", root, 76)[0], "")):
         kind = {1: "storage", 2: "stream"}[entry[66]]
