@@ -58,7 +58,7 @@ class Dll : public testing::Test {
 };
 
 TEST_F(Dll, SavesANewFileInTheFixedOrderAndNoneWithinIt) {
-  for (const std::size_t slot : {12, 15, 17, 21}) host.answers[slot] = 1;
+  for (const std::size_t slot : {12U, 15U, 17U, 21U}) host.answers[slot] = 1;
   int inner = -1;
   host.whenSaveScene = [&] { inner = save("never made", 1, 0, 0); };
   EXPECT_EQ(save(file.c_str(), 1, 0, 7), 1);
@@ -86,7 +86,7 @@ TEST_F(Dll, KeepsABackupWithoutTheReadOnlyAttribute) {
       {"scene.kel", 0x12345601, "KelBackupAlternate.bak", "21 5 6 19"},
       {"kELbACK of mine.kel", 0, nullptr, ".kel) 16(pointer)"},
   };
-  for (const std::size_t slot : {9, 17}) host.answers[slot] = 1;
+  for (const std::size_t slot : {9U, 17U}) host.answers[slot] = 1;
   for (const Row& row : rows) {
     SCOPED_TRACE(row.calls);
     const std::string name = (folder / row.name).string();
