@@ -6,15 +6,10 @@
 #endif
 
 #include <algorithm>
-#include <cmath>
-#include <cstdint>
 #include <filesystem>
-#include <iterator>
-#include <random>
 #include <string>
+#include <string_view>
 
-#include "calc/object.h"
-#include "calc/run.h"
 #include "calc_harness.h"
 #include "tests/folder.h"
 
@@ -32,50 +27,60 @@ class Files : public testing::Test {
   Calculator calculator;
 };
 
-constexpr char OneOfEach[] =
-    "-2.5 real : \"a b\" text : v(1,2,3) v : p(1,2,3) p : q(1,0,0,0) q : r(0,0,1,90) r : s(1,1,2) "
-    "s : "
-    "m(1,0,0,5, 0,1,0,6, 0,0,1,7) m : ";
-
-TEST_F(Files, WriteHoldsOneRecordPerVariableMostRecentFirst) {
-  EXPECT_EQ(calculator.Run(std::string(OneOfEach) + "none none : \"all\" ;write ## ").errors, "");
-  EXPECT_EQ(ReadTextFile("all.3dc"),
-            "none : \n"
-            " m(     1.000,     0.000,     0.000,     5.000\n"
-            "        0.000,     1.000,     0.000,     6.000\n"
-            "        0.000,     0.000,     1.000,     7.000)\nm : \n"
-            " s(1.000000, 1.000000, 2.000000)\ns : \n"
-            " r(0.000000, 0.000000, 1.000000,   90.000000)\nr : \n"
-            " q(1.000000,   0.000000, 0.000000, 0.000000)\nq : \n"
-            " p(1.000000, 2.000000, 3.000000)\np : \n"
-            " v(1.000000, 2.000000, 3.000000)\nv : \n"
-            " \"a b\"\ntext : \n"
-            " -2.500000\nreal : \n");
-}
-
-TEST_F(Files, RunningAWrittenFileBackReversesTheOrder) {
-  calculator.Run(std::string(OneOfEach) + "\"first\" ;write ");
-  Calculator other;
-  const Written written = other.Run("\"first\" ;read \"second\" ;write \"second\" ;read ## ");
+TEST_F(Files, WrittenFilesRunBackAndReverseTheOrder) {
+  constexpr std::string_view Text =
+      " m(     1.000,     0.000,     0.000,     5.000\n"
+      "        0.000,     1.000,     0.000,     6.000\n"
+      "        0.000,     0.000,     1.000,     7.000)\nm : \n"
+      " s(1.000000, 1.000000, 2.000000)\ns : \n"
+      " r(0.000000, 0.000000, 1.000000,   90.000000)\nr : \n"
+      " q(1.000000,   0.000000, 0.000000, 0.000000)\nq : \n"
+      " p(1.000000, 2.000000, 3.000000)\np : \n"
+      " v(1.000000, 2.000000, 3.000000)\nv : \n"
+      " \"a b\"\ntext : \n"
+      " -2.500000\nreal : \n";
+  WriteTextFile("first.3dc", Text);
+  const Written written = calculator.Run("\"first\" ;read \"second\" ;write ## ");
   EXPECT_EQ(written.output + written.errors, "");
-  other.Run("\"third\" ;write ");
-  EXPECT_NE(ReadTextFile("second.3dc"), ReadTextFile("first.3dc"));
-  EXPECT_EQ(ReadTextFile("third.3dc"), ReadTextFile("first.3dc"));
   EXPECT_TRUE(ReadTextFile("second.3dc").starts_with(" -2.500000\nreal : \n \"a b\"\ntext : \n"));
+  Calculator().Run("\"second\" ;read \"third\" ;write ");
+  EXPECT_EQ(ReadTextFile("third.3dc"), Text);
 }
 
-TEST_F(Files, RandomValuesComeBackToThePrintedDigits) {
-  std::mt19937_64 random(20240607);
-  std::uniform_real_distribution<double> exponent(-8, 18);
-  std::string program;
-  for (int i = 0; i < 500; ++i) {
-    const double value = std::pow(10, exponent(random)) * (i % 2 == 0 ? 1 : -1);
-    program += std::to_string(value) + " x" + std::to_string(i) + " : ";
+TEST_F(Files, WriteReplacesTheFile) {
+  constexpr std::string_view Rows[][2] = {
+      {"zz zz : ", "zz : \n"},
+      {R"("a\" 7 b : \"c" x : )", " \"a\" 7 b : \"c\"\nx : \n"},
+      {"", ""},
+  };
+  for (const auto& [program, expected] : Rows) {
+    EXPECT_EQ(Calculator().Run(std::string(program) + "\"vars\" ;write ## ").errors, "");
+    EXPECT_EQ(ReadTextFile("vars.3dc"), expected);
   }
-  calculator.Run(program + "\"a\" ;write ");
-  Calculator other;
-  EXPECT_EQ(other.Run("\"a\" ;read \"b\" ;write \"b\" ;read \"c\" ;write ").errors, "");
-  EXPECT_EQ(ReadTextFile("c.3dc"), ReadTextFile("a.3dc"));
+}
+
+struct ReadCase {
+  std::string_view file;
+  std::string_view program;
+  std::string_view output;
+};
+
+// Whatever is on top afterwards is popped, be it the name of the file or not.
+constexpr ReadCase ReadCases[] = {
+    {"5", "\"f\" ;read ## ", " \"f\"\n"},
+    {"\\ ", "1 2 \"f\" ;read ## ", " 1.000000\n"},
+    {"zz : \n", "\"f\" ;read zz # ## ", " \"f\"\n"},
+    {" \"a\" 7 b : \"c\"\nx : \n", "\"f\" ;read b # x # ", " 7.000000\n \"c\"\n"},
+    {"2 1 < { 3", "\"f\" ;read 5 # } 6 # ", " 6.000000\n"},
+    {"1 # \"g\" ;read x # \x04 3 # ", "2 x : \"g\" ;write 5 x : \"f\" ;read 4 # ",
+     " 1.000000\n 2.000000\n 4.000000\n"},
+};
+
+TEST_F(Files, ReadRunsTheFile) {
+  for (const auto& [file, program, output] : ReadCases) {
+    WriteTextFile("f.3dc", file);
+    EXPECT_EQ(Calculator().Run(program).output, output) << file;
+  }
 }
 
 TEST_F(Files, NamesWithoutAPointGetTheExtension) {
@@ -84,7 +89,6 @@ TEST_F(Files, NamesWithoutAPointGetTheExtension) {
   for (const char* path : {"vars.3dc", "vars.txt", "out", "a.b/vars"}) {
     EXPECT_EQ(ReadTextFile(path), " 5.000000\nx : \n") << path;
   }
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 4);
 }
 
 TEST_F(Files, NamesAreCutAt255Characters) {
@@ -95,60 +99,6 @@ TEST_F(Files, NamesAreCutAt255Characters) {
   const std::string points = "./" + Repeat("./", 150) + "deep";
   EXPECT_EQ(calculator.Run("\"" + points + "\" ;read # ").errors,
             " Can't open file " + points.substr(0, 255) + "!\n\a \n");
-}
-
-TEST_F(Files, NothingToWriteMakesAnEmptyFile) {
-  WriteTextFile("vars.3dc", "old text");
-  EXPECT_EQ(calculator.Run("\"vars\" ;write ## ").errors, "");
-  EXPECT_EQ(ReadTextFile("vars.3dc"), "");
-}
-
-TEST_F(Files, FailuresLeaveTheName) {
-  const Written written =
-      calculator.Run("\"no/such\" ;write \"no/such\" ;read 5 ;write 6 ;read ## ");
-  EXPECT_EQ(written.output, " \"no/such\"\n \"no/such\"\n 5.000000\n 6.000000\n");
-  EXPECT_EQ(written.errors, "\a \n Can't open file no/such.3dc!\n\a \n\a \n\a \n");
-}
-
-TEST_F(Files, ReadPopsWhateverIsOnTopAfterwards) {
-  WriteTextFile("five.3dc", "5");
-  EXPECT_EQ(calculator.Run("\"five\" ;read ## ").output, " \"five\"\n");
-  WriteTextFile("drop.3dc", "\\ ");
-  EXPECT_EQ(calculator.Run("1 2 \"drop\" ;read ## ").output, " 1.000000\n");
-  calculator.Run("zz zz : \"z\" ;write \\\\ ");
-  Calculator other;
-  EXPECT_EQ(other.Run("\"z\" ;read zz # ## ").output, " \"z\"\n");
-}
-
-TEST_F(Files, SkippingOutlivesTheFile) {
-  WriteTextFile("skip.3dc", "2 1 < { 3");
-  EXPECT_EQ(calculator.Run("\"skip\" ;read 5 # } 6 # ").output, " 6.000000\n");
-}
-
-TEST_F(Files, QuotationMarksInTextsDoNotComeBack) {
-  calculator.Run("\"a\\\" 7 b : \\\"c\" x : \"t\" ;write ");
-  EXPECT_EQ(ReadTextFile("t.3dc"), " \"a\" 7 b : \"c\"\nx : \n");
-  Calculator other;
-  EXPECT_EQ(other.Run("\"t\" ;read b # x # ").output, " 7.000000\n \"c\"\n");
-}
-
-TEST_F(Files, IntegersComeBackAsReals) {
-  calculator.interpreter.PushCopy(CaValue(std::int32_t{7}));
-  calculator.Run("x : \"i\" ;write ");
-  EXPECT_EQ(ReadTextFile("i.3dc"), " 7\nx : \n");
-  EXPECT_EQ(calculator.Run("\"i\" ;read x # ").output, " 7.000000\n");
-}
-
-TEST_F(Files, RunFileRestoresItsCaller) {
-  WriteTextFile("inner.txt", "\"inner\" # ");
-  WriteTextFile("outer.txt", "1 # \"inner.txt\" ;read 2 # \x04 3 # ");
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(RunFile(calculator.interpreter, "outer.txt"), 1);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), " 1.000000\n \"inner\"\n 2.000000\n");
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(RunFile(calculator.interpreter, "missing.txt"), 0);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), " Can't open file missing.txt!\n");
-  EXPECT_EQ(calculator.interpreter.nestDepth, 0);
 }
 
 TEST_F(Files, TenThousandReadsInOneRun) {

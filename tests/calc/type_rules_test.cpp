@@ -1,17 +1,20 @@
 // Which operand types every operator and function accepts, and what it makes of them.
 //
 // A letter a type, in the order of the type tags: Nothing, Integer, String, Real, Vector, Point,
-// Matrix, Quaternion, rotation (Axis and angle), sCale. In the tables below a letter is the type of
-// the result, `!` a reported mismatch, `.` a silent failure, and 0 that nothing is pushed.
+// Matrix, Quaternion, rotation (Axis and angle), sCale.
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <limits>
+#include <map>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "calc/object.h"
 #include "calc_harness.h"
@@ -19,24 +22,12 @@
 namespace {
 
 constexpr std::string_view Letters = "NISRVPMQAC";
-constexpr std::size_t Types = 10;
-
 void Push(Calculator& calculator, char letter) {
-  if (letter == 'I') {
-    calculator.interpreter.PushCopy(CaValue(std::int32_t{7}));
-    return;
-  }
-  static constexpr std::array<std::string_view, Types> Texts = {"nothing ",
-                                                                "",
-                                                                "\"text\" ",
-                                                                "2 ",
-                                                                "v(1,2,3) ",
-                                                                "p(1,2,3) ",
-                                                                "m(1,2,3,4,5,6,7,8,9,10,11,12) ",
-                                                                "q(1,2,3,4) ",
-                                                                "r(1,2,3,40) ",
-                                                                "s(1,2,3) "};
-  calculator.Run(Texts[Letters.find(letter)]);
+  CaValue value("text");
+  value.integer = 7;
+  value.real = 2.0;
+  value.type = static_cast<std::int32_t>(Letters.find(letter));
+  calculator.interpreter.PushCopy(value);
 }
 
 /// The types on the stack from the bottom up.
@@ -51,131 +42,84 @@ std::string StackLetters(Calculator& calculator) {
 
 /// Runs `name` on the operands (written bottom first, a string beneath them) and checks that
 /// `expected` comes of it.
-void ExpectRule(std::string_view name, const std::string& operands, char expected) {
+void ExpectRule(const std::string& name, const std::string& operands, char expected) {
   Calculator calculator;
-  Push(calculator, 'S');
-  for (const char letter : operands) Push(calculator, letter);
-  const Written written = calculator.Run(std::string(name) + " ");
+  for (const char letter : "S" + operands) Push(calculator, letter);
+  const std::string errors = calculator.Run(name + " ").errors;
   const bool fails = expected == '!' || expected == '.';
-  const std::string report = "\nType mismatch for operator " + std::string(name) + "\n";
-  const std::string row = std::string(name) + " on " + operands;
-  EXPECT_EQ(written.errors, (expected == '!' ? report : "") + (fails ? "\a \n" : "")) << row;
+  const std::string report = "\nType mismatch for operator " + name + "\n";
+  EXPECT_EQ(errors, (expected == '!' ? report : "") + (fails ? "\a \n" : ""))
+      << name << " on " << operands;
   const std::string left = fails ? operands : std::string(expected == '0' ? 0 : 1, expected);
-  EXPECT_EQ(StackLetters(calculator), "S" + left) << row;
+  EXPECT_EQ(StackLetters(calculator), "S" + left) << name << " on " << operands;
 }
 
-struct TopRule {
-  std::string_view name;
-  char top;
-  std::string_view results;  // a letter for each type beneath
+struct Rule {
+  std::string_view names;
+  std::string_view outcomes;  // the operands, bottom first, and behind them what comes of them
+  std::string_view reported;  // the types on top with which all other operands are reported
 };
 
-// clang-format off
-// Every type on top that is not listed for an operator fails silently whatever is beneath.
-constexpr TopRule TopRules[] = {
-    // beneath:  NISRVPMQAC
-    {"+", 'I',  "!I!!!!!!!!"},
-    {"+", 'R',  "!!!R!!!!!!"},
-    {"+", 'V',  "....VP...."},
-    {"+", 'P',  "....P....."},
-    {"+", 'Q',  ".......Q.."},
-    {"-", 'I',  "!I!!!!!!!!"},
-    {"-", 'R',  "!!!R!!!!!!"},
-    {"-", 'V',  "!!!!VP!!!!"},
-    {"-", 'P',  "!!!!!V!!!!"},
-    {"-", 'Q',  ".......Q.."},
-    {"*", 'I',  "!I!!!!!!!!"},
-    {"*", 'R',  "!!!RV!!QQC"},
-    {"*", 'V',  "!!!VV!V!V!"},
-    {"*", 'P',  "!!!!!!P!P!"},
-    {"*", 'M',  "!!!!VPM!!!"},
-    {"*", 'Q',  "!!!Q!!!Q!!"},
-    {"*", 'A',  "!!!QVP!!A!"},
-    {"*", 'C',  "!!!C!!!!!!"},
-    {"%", 'I',  "!I!!!!!!!!"},
-    {"%", 'V',  "!!!!R!!!!!"},
-    {"%", 'Q',  "!!!!!!!R!!"},
-    {"/", 'I',  "!I!!!!!!!!"},
-    {"/", 'R',  "!!!RV!!QQC"},
-    {"@", 'V',  "....A....."},
-    {"^", 'R',  "...R......"},
-    {";atan2", 'R', "...R......"},
-    {"<", 'R',  "...0......"}, {"<=", 'R', "...0......"},
-    {">", 'R',  "...0......"}, {">=", 'R', "...0......"},
-    {"=", 'R',  "...0......"}, {"~=", 'R', "...0......"},
+// Outcomes are the type of the result, `!` for a reported mismatch, `.` for a silent failure, and 0
+// where nothing is pushed. Operands that are not listed fail silently, but for those reported.
+constexpr Rule Rules[] = {
+    {"+", "III RRR VVV PVP VPP QQQ", "IR"},
+    {"-", "III RRR VVV PVP PPV QQQ", "IRVP"},
+    {"*", "III RRR VRV QRQ ARQ CRC RVV VVV MVV AVV MPP APP VMV PMP MMM RQQ QQQ RAQ VAV PAP AAA RCC",
+     "IRVPMQAC"},
+    {"%", "III VVR QQR", "IVQ"},
+    {"/", "III RRR VRV QRQ ARQ CRC", "IR"},
+    {"@", "VVA", ""},
+    {"^ ;atan2", "RRR", ""},
+    {"< <= > >= = ~=", "RR0", ""},
+    {"~", "II RR VV MM QQ AA", ""},
+    {"$", "RR VV QQ", ""},
+    {";v", "VV PV MV QV AV IRR! RRI.", ""},
+    {";p", "VP PP MP IRR! RRI.", ""},
+    {";m", "MM QM AM CM VVVPM VPVP!", ""},
+    {";q", "MQ QQ AQ IRRR!", ""},
+    {";r", "MA QA AA RIRR!", ""},
+    {";s", "MC CC IRR! RRI.", ""},
+    {";u ;n", "VV MV", ""},
+    {";t", "PP MP", ""},
+    {";x ;y ;z", "VR PR", ""},
+    {";w", "RR VR PR QR AR", ""},
+    {";a", "AR", ""},
+    {">> << ;sin ;cos ;tan ;asin ;acos ;atan ;ln ;exp ;sqrt", "RR", ""},
 };
 
-struct OneOperandRule {
-  std::string_view names;  // each followed by a blank
-  std::string_view results;
-};
-
-constexpr OneOperandRule OneOperandRules[] = {
-    //            NISRVPMQAC
-    {"~ ",       ".I.RV.MQA."},
-    {"$ ",       "...RV..Q.."},
-    {";v ",      "....VVVVV."},
-    {";p ",      "....PPP..."},
-    {";m ",      "......MMMM"},
-    {";q ",      "......QQQ."},
-    {";r ",      "......AAA."},
-    {";s ",      "......C..C"},
-    {";u ;n ",   "....V.V..."},
-    {";t ",      ".....PP..."},
-    {";x ;y ;z ", "....RR...."},
-    {";w ",      "...RRR.RR."},
-    {";a ",      "........R."},
-    {">> << ;sin ;cos ;tan ;asin ;acos ;atan ;ln ;exp ;sqrt ", "...R......"},
-};
-// clang-format on
-
-std::string_view ResultsFor(std::string_view name, char top) {
-  for (const TopRule& rule : TopRules) {
-    if (rule.name == name && rule.top == top) return rule.results;
-  }
-  return "..........";
+std::vector<std::string> Words(std::string_view text) {
+  std::istringstream stream{std::string(text)};
+  return {std::istream_iterator<std::string>(stream), {}};
 }
 
-TEST(TypeRules, TwoOperands) {
-  std::string_view done;
-  for (const TopRule& rule : TopRules) {
-    if (rule.name == done) continue;
-    done = rule.name;
-    for (const char top : Letters) {
-      for (std::size_t beneath = 0; beneath < Types; ++beneath) {
-        ExpectRule(rule.name, {Letters[beneath], top}, ResultsFor(rule.name, top)[beneath]);
-      }
+void ExpectRules(const std::string& name, const Rule& rule) {
+  std::map<std::string, char> expected;
+  const std::vector<std::string> outcomes = Words(rule.outcomes);
+  const bool alone = outcomes[0].size() == 2;
+  for (const char top : Letters) {
+    const char otherwise = rule.reported.find(top) == std::string_view::npos ? '.' : '!';
+    for (const char beneath : Letters) {
+      expected[alone ? std::string{top} : std::string{beneath, top}] = otherwise;
     }
   }
+  for (const std::string& outcome : outcomes) {
+    expected[outcome.substr(0, outcome.size() - 1)] = outcome.back();
+  }
+  for (const auto& [operands, result] : expected) ExpectRule(name, operands, result);
 }
 
-TEST(TypeRules, OneOperand) {
-  for (const OneOperandRule& rule : OneOperandRules) {
-    for (std::size_t at = 0; at < rule.names.size(); at = rule.names.find(' ', at) + 1) {
-      const std::string_view name = rule.names.substr(at, rule.names.find(' ', at) - at);
-      for (std::size_t type = 0; type < Types; ++type) {
-        ExpectRule(name, std::string(1, Letters[type]), rule.results[type]);
-      }
-    }
+TEST(TypeRules, EveryOperatorOnEveryType) {
+  for (const Rule& rule : Rules) {
+    for (const std::string& name : Words(rule.names)) ExpectRules(name, rule);
   }
-}
-
-TEST(TypeRules, ConstructorsReportAnIntegerBeneathButNotOnTop) {
-  for (const std::string_view name : {";v", ";p", ";s"}) {
-    ExpectRule(name, "IRR", '!');
-    ExpectRule(name, "RRI", '.');
-  }
-  ExpectRule(";q", "IRRR", '!');
-  ExpectRule(";r", "RIRR", '!');
-  ExpectRule(";m", "VVVP", 'M');
-  ExpectRule(";m", "VPVP", '!');
 }
 
 struct IntegerCase {
-  std::int32_t beneath;
+  std::int32_t beneath;  // stays beneath the result of "~"
   std::string_view name;
   std::int32_t top;
-  std::int32_t result;
+  std::optional<std::int32_t> result;  // none where the operator fails
 };
 
 constexpr std::int32_t Least = std::numeric_limits<std::int32_t>::min();
@@ -184,23 +128,21 @@ constexpr std::int32_t Most = std::numeric_limits<std::int32_t>::max();
 constexpr IntegerCase IntegerCases[] = {
     {7, "+", 2, 9},    {Most, "+", 1, Least}, {7, "-", 9, -2},        {Least, "-", 1, Most},
     {-7, "*", 3, -21}, {Most, "*", 2, -2},    {65536, "*", 65536, 0}, {-7, "/", 2, -3},
-    {7, "/", -2, -3},  {-7, "%", 2, -1},      {7, "%", -2, 1},
+    {7, "/", -2, -3},  {7, "/", 0, {}},       {Least, "/", -1, {}},   {-7, "%", 2, -1},
+    {7, "%", -2, 1},   {7, "%", 0, {}},       {Least, "%", -1, {}},   {0, "~", 0, 0},
+    {0, "~", 7, -7},   {0, "~", -7, 7},       {0, "~", Most, -Most},  {0, "~", Least, Least},
 };
 
 TEST(TypeRules, IntegersWrapAndDivideTowardsZero) {
-  for (const IntegerCase& row : IntegerCases) {
+  for (const auto& [beneath, name, top, result] : IntegerCases) {
     Calculator calculator;
-    calculator.interpreter.PushCopy(CaValue(row.beneath));
-    calculator.interpreter.PushCopy(CaValue(row.top));
-    EXPECT_EQ(calculator.Run(std::string(row.name) + " # ").output,
-              " " + std::to_string(row.result) + "\n")
-        << row.beneath << " " << row.top << " " << row.name;
-  }
-  for (const std::int32_t value : {0, 7, -7, Most, Least}) {
-    Calculator calculator;
-    calculator.interpreter.PushCopy(CaValue(value));
-    const std::int32_t negated = value == Least ? Least : -value;
-    EXPECT_EQ(calculator.Run("~ # ").output, " " + std::to_string(negated) + "\n");
+    for (const std::int32_t operand : {beneath, top}) {
+      calculator.interpreter.PushCopy(CaValue(operand));
+    }
+    const Written written = calculator.Run(std::string(name) + " # ");
+    EXPECT_EQ(written.output, " " + std::to_string(result.value_or(top)) + "\n")
+        << beneath << " " << top << " " << name;
+    EXPECT_EQ(written.errors, result ? "" : "\a \n") << beneath << " " << top << " " << name;
   }
 }
 
