@@ -117,8 +117,8 @@ TEST(TypeRules, EveryOperatorOnEveryType) {
 
 struct IntegerCase {
   std::int32_t beneath;  // stays beneath the result of "~"
-  std::string_view name;
   std::int32_t top;
+  std::string_view name;
   std::optional<std::int32_t> result;  // none where the operator fails
 };
 
@@ -126,15 +126,15 @@ constexpr std::int32_t Least = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t Most = std::numeric_limits<std::int32_t>::max();
 
 constexpr IntegerCase IntegerCases[] = {
-    {7, "+", 2, 9},    {Most, "+", 1, Least}, {7, "-", 9, -2},        {Least, "-", 1, Most},
-    {-7, "*", 3, -21}, {Most, "*", 2, -2},    {65536, "*", 65536, 0}, {-7, "/", 2, -3},
-    {7, "/", -2, -3},  {7, "/", 0, {}},       {Least, "/", -1, {}},   {-7, "%", 2, -1},
-    {7, "%", -2, 1},   {7, "%", 0, {}},       {Least, "%", -1, {}},   {0, "~", 0, 0},
-    {0, "~", 7, -7},   {0, "~", -7, 7},       {0, "~", Most, -Most},  {0, "~", Least, Least},
+    {7, 2, "+", 9},    {Most, 1, "+", Least}, {7, 9, "-", -2},        {Least, 1, "-", Most},
+    {-7, 3, "*", -21}, {Most, 2, "*", -2},    {65536, 65536, "*", 0}, {-7, 2, "/", -3},
+    {7, -2, "/", -3},  {7, 0, "/", {}},       {Least, -1, "/", {}},   {-7, 2, "%", -1},
+    {7, -2, "%", 1},   {7, 0, "%", {}},       {Least, -1, "%", {}},   {0, 0, "~", 0},
+    {0, 7, "~", -7},   {0, -7, "~", 7},       {0, Most, "~", -Most},  {0, Least, "~", Least},
 };
 
 TEST(TypeRules, IntegersWrapAndDivideTowardsZero) {
-  for (const auto& [beneath, name, top, result] : IntegerCases) {
+  for (const auto& [beneath, top, name, result] : IntegerCases) {
     Calculator calculator;
     for (const std::int32_t operand : {beneath, top}) {
       calculator.interpreter.PushCopy(CaValue(operand));
