@@ -1,9 +1,9 @@
 #include "geometry/matrix.h"
 
 #include <cmath>
-#include <cstdio>
 #include <type_traits>
 
+#include "geometry/messages.h"
 #include "geometry/pair.h"
 #include "geometry/quaternion.h"
 #include "geometry/rotation.h"
@@ -75,7 +75,7 @@ inline CyMatrix FullProduct(const CyMatrix& a, const CyMatrix& b) {
 bool AngleFromZ(const CyVector& p, double& degrees) {
   const double length = p.Mag();
   if (length < AxisTolerance) {
-    std::fputs("CyMatrix::RotVec(): error in temp vector mag.\n", stderr);
+    CyReport("CyMatrix::RotVec(): error in temp vector mag.\n");
     return false;
   }
   degrees = std::acos(Dot(CyVector(0.0, 0.0, 1.0), p) / length) * RadiansToDegrees;

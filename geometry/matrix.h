@@ -91,8 +91,8 @@ struct CyMatrix {
 
   /// Becomes the rotation by `degrees` about `axis`, which need not be of unit length.
   /// Axis components below 0.001 count as zero: an axis of one such component left is taken as
-  /// that axis exactly, the zero axis as z. In two cases that the others already exclude it writes
-  /// "CyMatrix::RotVec(): error in temp vector mag.\n" to the standard error stream and changes
+  /// that axis exactly, the zero axis as z. In two cases that the others already exclude it sends
+  /// "CyMatrix::RotVec(): error in temp vector mag.\n" where messages go (messages.h) and changes
   /// nothing.
   void RotVec(const CyVector& axis, double degrees) noexcept;
 

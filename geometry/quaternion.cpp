@@ -1,10 +1,10 @@
 #include "geometry/quaternion.h"
 
 #include <cmath>
-#include <cstdio>
 #include <type_traits>
 
 #include "geometry/matrix_quaternion.h"
+#include "geometry/messages.h"
 #include "geometry/rotation.h"
 
 static_assert(std::is_trivially_copyable_v<CyQuaternion> && sizeof(CyQuaternion) == 32);
@@ -17,7 +17,7 @@ constexpr double HalfDegreesToRadians = 0.008726646259971648;  // pi / 360
 
 CyQuaternion operator/(const CyQuaternion& q, double s) noexcept {
   if (s > LengthThreshold) return q * (1.0 / s);
-  std::fputs("Quaternion divided by zero!\n", stderr);
+  CyReport("Quaternion divided by zero!\n");
   return q;
 }
 

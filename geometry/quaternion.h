@@ -95,6 +95,6 @@ inline CyQuaternion operator*(const CyQuaternion& a, const CyQuaternion& b) noex
 
 /// `q` times the reciprocal of `s`.
 /// Deliberate: the test is one-sided. Any divisor that is not greater than 1e-6 counts as zero,
-/// -2 as well: "Quaternion divided by zero!\n" goes to the standard error stream and `q` is
+/// -2 as well: "Quaternion divided by zero!\n" goes where messages go (messages.h) and `q` is
 /// returned as it is. Held by Division in quaternion_test.cpp.
 CyQuaternion operator/(const CyQuaternion& q, double s) noexcept;

@@ -1,5 +1,8 @@
 #include "geometry/quaternion.h"
 
+#include <string>
+
+#include "geometry/messages.h"
 #include "tests/geometry/random_geometry.h"
 
 namespace {
@@ -42,10 +45,22 @@ TEST(Quaternion, Division) {
   EXPECT_TRUE(Same(Q(2, 0, 0, 4) / 2.0, Q(1, 0, 0, 2)));
   EXPECT_TRUE(Same(Q(5, 0, 0, 0) / 49.0, Q(5 * (1.0 / 49.0), 0, 0, 0)));  // by the reciprocal
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  const auto add = [](void* to, const char* message) noexcept {
+    *static_cast<std::string*>(to) += message;
+  };
   for (const double divisor : {0.0, 1e-6, -2.0, NotANumber}) {
     testing::internal::CaptureStderr();
     EXPECT_TRUE(Same(Q(2, 0, 0, 4) / divisor, Q(2, 0, 0, 4))) << divisor;
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Quaternion divided by zero!\n") << divisor;
+    std::string outer, inner;
+    const CyMessageScope toOuter(add, &outer);
+    {
+      const CyMessageScope toInner(add, &inner);
+      Q(1, 0, 0, 0) / divisor;
+    }
+    Q(1, 0, 0, 0) / divisor;
+    for (const std::string& message : {testing::internal::GetCapturedStderr(), inner, outer}) {
+      EXPECT_EQ(message, "Quaternion divided by zero!\n") << divisor;
+    }
   }
 }
 
