@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/compound_tree.h"
+#include "compound/directory.h"
 #include "platform/storage_enumerator.h"
 #include "platform/storage_storage.h"
 #include "platform/storage_stream.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/compound_tree.h"
+#include "compound/directory.h"
 
 HRESULT CompoundEnumerator::QueryInterface(REFIID riid, void** ppvObject) {
   if (ppvObject == nullptr) return E_POINTER;

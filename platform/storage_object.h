@@ -3,7 +3,7 @@
 #include <memory>
 #include <new>
 
-#include "platform/compound_document.h"
+#include "compound/document.h"
 #include "platform/storage.h"
 
 /// What every object on a document has: its count of references and its place among the objects

@@ -8,8 +8,8 @@
 #include <fstream>
 #include <string>
 
-#include "platform/compound_format.h"
-#include "platform/compound_uppercase.h"
+#include "compound/format.h"
+#include "compound/name.h"
 #include "platform/storage_storage.h"
 #include "tests/folder.h"
 #include "tools/compound_check/compound_checker.h"

@@ -1,4 +1,4 @@
-#include "platform/compound_file.h"
+#include "compound/gathering_file.h"
 
 #include <unistd.h>
 
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/file_space.h"
+#include "compound/disk.h"
 
 namespace {
 

@@ -4,8 +4,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/compound_allocator.h"
-#include "platform/compound_runs.h"
+#include "compound/layout.h"
+#include "compound/sector_chain.h"
+#include "compound/sector_space.h"
 #include "platform/storage.h"
 
 class CompoundDocument;

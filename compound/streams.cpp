@@ -3,7 +3,7 @@
 #include <new>
 #include <vector>
 
-#include "platform/compound_document.h"
+#include "compound/document.h"
 
 namespace {
 

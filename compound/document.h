@@ -3,10 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/compound_allocator.h"
-#include "platform/compound_directory.h"
-#include "platform/compound_file.h"
-#include "platform/compound_format.h"
+#include "compound/directory.h"
+#include "compound/format.h"
+#include "compound/gathering_file.h"
+#include "compound/layout.h"
+#include "compound/sector_space.h"
 
 /// One compound file that is being written: its directory, its sectors and the bytes in them.
 /// Knows nothing of interfaces. Operations may throw std::bad_alloc and are then without effect.

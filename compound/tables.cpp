@@ -1,10 +1,10 @@
-#include "platform/compound_writer.h"
+#include "compound/tables.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "platform/compound_document.h"
-#include "platform/compound_tree.h"
+#include "compound/directory.h"
+#include "compound/document.h"
 
 namespace {
 

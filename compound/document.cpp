@@ -1,8 +1,8 @@
-#include "platform/compound_document.h"
+#include "compound/document.h"
 
 #include <new>
 
-#include "platform/compound_writer.h"
+#include "compound/tables.h"
 
 CompoundDocument::CompoundDocument(const CompoundParameters& fileParameters)
     : parameters(fileParameters), space(LockedSector(fileParameters)), miniSpace(MarkFree) {}

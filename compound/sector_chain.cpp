@@ -1,4 +1,4 @@
-#include "platform/compound_runs.h"
+#include "compound/sector_chain.h"
 
 #include <algorithm>
 #include <memory>

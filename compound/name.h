@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/compound_format.h"
+#include "compound/format.h"
 #include "platform/storage.h"
 
 /// The name of an element as the directory keeps it.
@@ -26,3 +26,12 @@ OLECHAR* NewWideName(const char16_t* units, std::size_t length);
 /// Wide text as UTF-8, for the file system. U+DC80 to U+DCFF stand for single bytes 80 to FF of a
 /// path that is no UTF-8. False when it is no valid text otherwise.
 bool ToUtf8(const wchar_t* text, std::string* utf8);
+
+/// The simple upper case of a UTF-16 unit beyond ASCII; the unit itself where it has none.
+/// The same on every machine, whatever the locale.
+char16_t UppercaseBeyondAscii(char16_t unit);
+
+inline char16_t Uppercase(char16_t unit) {
+  if (unit < 0x80) return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
+  return UppercaseBeyondAscii(unit);
+}

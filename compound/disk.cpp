@@ -1,4 +1,4 @@
-#include "platform/file_space.h"
+#include "compound/disk.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
