@@ -304,6 +304,10 @@ KEL_PLATFORM_API HRESULT WINAPI StgCreateStorageEx(const WCHAR* pwcsName, DWORD 
                                                    PSECURITY_DESCRIPTOR pSecurityDescriptor,
                                                    REFIID riid, void** ppObjectOpen);
 
+/// What the last creation of this thread answered; S_OK before the first. For a caller that hears
+/// from a library in between only that there is no file.
+KEL_PLATFORM_API HRESULT WINAPI KelLastStorageResult();
+
 /// The allocator of memory that changes hands: names in STATSTG come from it.
 KEL_PLATFORM_API LPVOID WINAPI CoTaskMemAlloc(SIZE_T cb);
 KEL_PLATFORM_API LPVOID WINAPI CoTaskMemRealloc(LPVOID pv, SIZE_T cb);

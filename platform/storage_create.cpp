@@ -18,7 +18,13 @@ HRESULT SectorSizeOf(const STGOPTIONS* options, std::uint32_t* sectorSize) {
   return S_OK;
 }
 
+thread_local HRESULT lastResult = S_OK;
+
 }  // namespace
+
+HRESULT Remembered(HRESULT result) { return lastResult = result; }
+
+HRESULT KelLastStorageResult() { return lastResult; }
 
 HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
                            const CompoundParameters& parameters, IStorage** storage) {
@@ -41,9 +47,8 @@ HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
   return S_OK;
 }
 
-HRESULT StgCreateStorageEx(const WCHAR* pwcsName, DWORD grfMode, DWORD stgfmt, DWORD grfAttrs,
-                           STGOPTIONS* pStgOptions, PSECURITY_DESCRIPTOR /*unused*/, REFIID riid,
-                           void** ppObjectOpen) {
+static HRESULT Create(const WCHAR* pwcsName, DWORD grfMode, DWORD stgfmt, DWORD grfAttrs,
+                      const STGOPTIONS* pStgOptions, REFIID riid, void** ppObjectOpen) {
   if (ppObjectOpen == nullptr) return STG_E_INVALIDPOINTER;
   *ppObjectOpen = nullptr;
   if (stgfmt != STGFMT_DOCFILE || grfAttrs != 0) return STG_E_INVALIDPARAMETER;
@@ -62,6 +67,12 @@ HRESULT StgCreateStorageEx(const WCHAR* pwcsName, DWORD grfMode, DWORD stgfmt, D
     *ppObjectOpen = storage;
     return result;
   });
+}
+
+HRESULT StgCreateStorageEx(const WCHAR* pwcsName, DWORD grfMode, DWORD stgfmt, DWORD grfAttrs,
+                           STGOPTIONS* pStgOptions, PSECURITY_DESCRIPTOR /*unused*/, REFIID riid,
+                           void** ppObjectOpen) {
+  return Remembered(Create(pwcsName, grfMode, stgfmt, grfAttrs, pStgOptions, riid, ppObjectOpen));
 }
 
 LPVOID CoTaskMemAlloc(SIZE_T cb) { return std::malloc(cb == 0 ? 1 : cb); }

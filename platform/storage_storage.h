@@ -69,3 +69,6 @@ class CompoundStorage final : public IStorage, public OpenObject {
 /// is what the root's Stat tells. May throw std::bad_alloc.
 HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
                            const CompoundParameters& parameters, IStorage** storage);
+
+/// Keeps a result for KelLastStorageResult, and returns it.
+HRESULT Remembered(HRESULT result);

@@ -396,6 +396,7 @@ TEST_F(StorageInterface, ArgumentsOfCreation) {
     void* made = this;
     EXPECT_EQ(row.result, StgCreateStorageEx(wide.c_str(), row.mode, row.format, row.attributes,
                                              row.options, nullptr, row.id, &made));
+    EXPECT_EQ(row.result, KelLastStorageResult());
     EXPECT_EQ(row.result == S_OK, made != nullptr);
     if (made != nullptr) static_cast<IUnknown*>(made)->Release();
     EXPECT_EQ(row.result == S_OK, std::filesystem::remove(name));
