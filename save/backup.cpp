@@ -1,11 +1,11 @@
 #include "save/backup.h"
 
+#include <kelsave.h>
 #include <cstddef>
 
 #include "platform/files.h"
 #include "platform/host_strings.h"
 #include "platform/resources.h"
-#include "save/kelsave.h"
 #include "save/path_buffer.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "save/chunk_codes.h"
 
-#include "save/kelsave.h"
+#include <kelsave.h>
 
 // Deliberate: the low four and the high four bits of a code play no part, so that an aligned group
 // of sixteen codes shares one entry.

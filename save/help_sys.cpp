@@ -1,8 +1,8 @@
+#include <kelsave.h>
 #include <algorithm>
 #include <iterator>
 
 #include "platform/window.h"
-#include "save/kelsave.h"
 
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): copying a record onto itself does no harm
 HelpSys& HelpSys::operator=(const HelpSys& source) {

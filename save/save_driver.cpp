@@ -1,13 +1,14 @@
 /// The save driver: the steps of a save in their order. It writes no stream itself; the host's
 /// writers put everything into the file.
 
+#include <kelsave.h>
+
 #include "platform/files.h"
 #include "platform/host_strings.h"
 #include "platform/resources.h"
 #include "platform/storage.h"
 #include "platform/window.h"
 #include "save/backup.h"
-#include "save/kelsave.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 /// Where the thumb of a slider is, from positions to pixels and back.
 
+#include <kelsave.h>
 #include <cstdint>
 #include <limits>
 
 #include "platform/window.h"
-#include "save/kelsave.h"
 #include "save/wrapping.h"
 
 static_assert(std::numeric_limits<double>::is_iec559, "dividing by zero gives no finite number");

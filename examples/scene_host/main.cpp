@@ -3,6 +3,7 @@
 /// The first save makes a new file, the second one moves it to the backup, and in the third a
 /// writer fails; then the backup is brought back. It leaves FOLDER/scene.kel and exits with 0.
 
+#include <kelsave.h>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -10,7 +11,6 @@
 
 #include "examples/scene_host/scene.h"
 #include "examples/scene_host/scene_writer.h"
-#include "save/kelsave.h"
 
 namespace fs = std::filesystem;
 

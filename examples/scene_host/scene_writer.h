@@ -1,11 +1,11 @@
 #pragma once
 
+#include <kelsave.h>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "examples/scene_host/scene.h"
-#include "save/kelsave.h"
 
 /// Saves one scene. Every operation prints what it does. The file gets these streams:
 ///   Title, Meshes/<one for each mesh>, Materials, Layers, Sections (their names, in order)

@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <kelsave.h>
 #include <cstdint>
 #include <set>
-
-#include "save/kelsave.h"
 
 namespace {
 

@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <kelsave.h>
 #include <algorithm>
 #include <array>
 #include <cstdint>
-
-#include "save/kelsave.h"
 
 namespace {
 

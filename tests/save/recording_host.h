@@ -1,8 +1,8 @@
 #pragma once
 
+#include <kelsave.h>
 #include <string>
 
-#include "save/kelsave.h"
 #include "tests/folder.h"
 
 /// A host that writes down every operation the library calls, with its arguments. In each one it

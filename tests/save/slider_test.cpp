@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <kelsave.h>
 #include <array>
 #include <climits>
 
 #include "platform/window.h"
-#include "save/kelsave.h"
 #include "save/wrapping.h"
 
 namespace {

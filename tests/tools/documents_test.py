@@ -38,6 +38,7 @@ class DocumentsTest(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.addCleanup(os.chdir, os.getcwd())
         os.chdir(folder.name)
+        os.makedirs("examples/written")
 
     def test_the_programs_of_the_language_reference(self):
         programs = []

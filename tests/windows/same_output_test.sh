@@ -26,7 +26,11 @@ emulator=$2
 windows=$3
 sources=$4
 
-cd "$sources"
+# In a copy, because programs write files.
+cp -r "$sources/examples" "$folder"
+mkdir "$folder/tests"
+cp -r "$sources/tests/programs" "$folder/tests"
+cd "$folder"
 count=0
 for program in examples/*.3dc; do
   compare "$program" "$program" </dev/null

@@ -1,0 +1,74 @@
+# What `cmake --install` leaves, in the components that the packages are made of:
+#   runtime        the shared objects, or the DLL
+#   development    headers, what links with them, the CMake package, pkg-config files, the checker
+#   kelcalc        the calculator
+#   documentation  all pages and the examples
+# All of it can be moved to another folder as a whole, unless the folders were given as absolute ones.
+include(CMakePackageConfigHelpers)
+
+set(kel_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kelsave)
+set(kel_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/kelsave)
+
+# kel_install_files(COMPONENT DESTINATION FILE...)
+function(kel_install_files component destination)
+  install(FILES ${ARGN} DESTINATION ${destination} COMPONENT ${component})
+endfunction()
+
+# The library and what it needs at run time.
+set(kel_libraries kelsave)
+set(kel_platform_headers base_types resources storage window)
+if(NOT WIN32)
+  list(APPEND kel_libraries kelplatform)
+  list(APPEND kel_platform_headers files host_strings)
+  set_target_properties(${kel_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
+endif()
+install(TARGETS ${kel_libraries} EXPORT kelsaveTargets
+  RUNTIME COMPONENT runtime
+  LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE COMPONENT development)
+
+# For who builds with it.
+kel_install_files(development ${kel_include_dir} ${PROJECT_SOURCE_DIR}/save/kelsave.h)
+list(TRANSFORM kel_platform_headers
+  REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/platform/\\1.h" OUTPUT_VARIABLE headers)
+kel_install_files(development ${kel_include_dir}/platform ${headers})
+install(EXPORT kelsaveTargets NAMESPACE kel:: DESTINATION ${kel_package_dir} COMPONENT development)
+configure_package_config_file(
+  ${PROJECT_SOURCE_DIR}/cmake/kelsaveConfig.cmake.in ${PROJECT_BINARY_DIR}/kelsaveConfig.cmake
+  INSTALL_DESTINATION ${kel_package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/kelsaveConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+kel_install_files(development ${kel_package_dir}
+  ${PROJECT_BINARY_DIR}/kelsaveConfig.cmake ${PROJECT_BINARY_DIR}/kelsaveConfigVersion.cmake)
+
+# The programs.
+install(TARGETS kelcalc RUNTIME COMPONENT kelcalc)
+add_dependencies(product ${kel_libraries} kelcalc)
+
+file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
+if(WIN32)
+  # A folder to be handed on: with what its reader needs to know.
+  kel_install_files(documentation docs ${pages})
+  return()
+endif()
+install(TARGETS compound_check RUNTIME COMPONENT development)
+add_dependencies(product compound_check)
+
+kel_install_files(documentation ${CMAKE_INSTALL_DOCDIR} ${pages})
+kel_install_files(kelcalc ${CMAKE_INSTALL_MANDIR}/man1 ${PROJECT_SOURCE_DIR}/man/kelcalc.1)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.bash RENAME kelcalc
+  DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT kelcalc)
+
+# With relative folders the pkg-config file finds its prefix from where it lies.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+  file(RELATIVE_PATH pc_up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  set(pc_prefix "\${pcfiledir}/${pc_up}")
+endif()
+set(pc_libdir "\${prefix}")
+cmake_path(APPEND pc_libdir "${CMAKE_INSTALL_LIBDIR}")
+set(pc_includedir "\${prefix}")
+cmake_path(APPEND pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
+configure_file(${PROJECT_SOURCE_DIR}/cmake/kelsave.pc.in ${PROJECT_BINARY_DIR}/kelsave.pc @ONLY)
+kel_install_files(development ${CMAKE_INSTALL_LIBDIR}/pkgconfig ${PROJECT_BINARY_DIR}/kelsave.pc)
