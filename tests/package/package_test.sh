@@ -15,6 +15,17 @@ mv "$work/first" "$work/moved"
   sed -E 's/^\.\///; s/(Targets)-[a-z]+(\.cmake)$/\1-CONFIG\2/' | LC_ALL=C sort |
   diff -u "$here/installed_files.txt" -
 
+# As a part of another project nothing of ours is installed.
+mkdir "$work/outer"
+cat >"$work/outer/CMakeLists.txt" <<OUTER
+cmake_minimum_required(VERSION 3.25)
+project(outer LANGUAGES CXX)
+add_subdirectory("$source" kelsave)
+OUTER
+CXX=$compiler "$cmake" -G Ninja -S "$work/outer" -B "$work/outer/build" >"$work/log"
+"$cmake" --install "$work/outer/build" --prefix "$work/nothing" >"$work/log"
+[ ! -e "$work/nothing" ]
+
 # The host is the README's example, word for word.
 cp -r "$here/consumer" "$work/consumer"
 sed -n '/^```cpp$/,/^```$/{/^```/d;p}' "$source/README.md" >"$work/consumer/main.cpp"
