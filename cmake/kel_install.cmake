@@ -56,6 +56,8 @@ add_dependencies(product compound_check)
 
 kel_install_files(documentation ${CMAKE_INSTALL_DOCDIR} ${pages})
 kel_install_files(kelcalc ${CMAKE_INSTALL_MANDIR}/man1 ${PROJECT_SOURCE_DIR}/man/kelcalc.1)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/editors/vim/
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/vim/vimfiles COMPONENT kelcalc)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.bash RENAME kelcalc
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT kelcalc)
 
