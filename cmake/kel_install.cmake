@@ -56,10 +56,12 @@ add_dependencies(product compound_check)
 
 kel_install_files(documentation ${CMAKE_INSTALL_DOCDIR} ${pages})
 kel_install_files(kelcalc ${CMAKE_INSTALL_MANDIR}/man1 ${PROJECT_SOURCE_DIR}/man/kelcalc.1)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/editors/vim/
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/vim/vimfiles COMPONENT kelcalc)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.bash RENAME kelcalc
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT kelcalc)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.zsh RENAME _kelcalc
+  DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions COMPONENT kelcalc)
+kel_install_files(kelcalc ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d
+  ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.fish)
 
 # With relative folders the pkg-config file finds its prefix from where it lies.
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")

@@ -1,23 +1,37 @@
 # bash completion for kelcalc
 
+# The options, as --help tells them.
+_kelcalc_options() {
+  "$1" --help 2>/dev/null | sed -n 's/^  \(-[^ ,]\+\)\(, \(--[^ ]\+\)\)\?.*/\1 \3/p'
+}
+
+# What --explain takes: functions without their ";", which the shell would take for its own.
+_kelcalc_names() {
+  "$1" --list 2>/dev/null | sed -n 's/^  ;\?\([^ ]\+\) .*/\1/p'
+}
+
 _kelcalc() {
-  local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  local command=${COMP_WORDS[0]} word=${COMP_WORDS[COMP_CWORD]} name
   COMPREPLY=()
-  case $previous in
+  case ${COMP_WORDS[COMP_CWORD - 1]} in
     -e) return ;;
     --digits) mapfile -t COMPREPLY < <(compgen -W "$(echo {1..17})" -- "$word") && return ;;
+    --json) compopt -o filenames 2>/dev/null
+      mapfile -t COMPREPLY < <(compgen -f -- "$word") && return ;;
     --explain)
-      # Names such as ;sin and ~== must reach the command line quoted.
-      local name
+      local typed=${word//[\\\'\"]/}
       while read -r name; do
-        [[ $name == "${word#[\'\"]}"* ]] && COMPREPLY+=("$(printf %q "$name")")
-      done < <("${COMP_WORDS[0]}" --list 2>/dev/null | awk '/^  [^ ]/ { print $1 }')
+        [[ $typed == \;* ]] && name=";$name"
+        [[ $name == "$typed"* ]] || continue
+        # Within quotation marks nothing else is quoted; outside, "~==" and the like must be.
+        [[ $word == [\'\"]* ]] || name=$(printf %q "$name")
+        COMPREPLY+=("$name")
+      done < <(_kelcalc_names "$command")
       return
       ;;
   esac
   if [[ $word == -* ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "-e -i --no-stack --where --no-where --strict --stop
-      --digits --list --explain --help --version" -- "$word")
+    mapfile -t COMPREPLY < <(compgen -W "$(_kelcalc_options "$command")" -- "$word")
   else
     compopt -o filenames 2>/dev/null
     mapfile -t COMPREPLY < <(compgen -f -X '!*.3dc' -- "$word"; compgen -d -- "$word")
