@@ -15,11 +15,11 @@ Options Parse(std::vector<const char*> arguments) {
 }
 
 TEST(Options, ProgramsKeepTheirOrder) {
-  const Options options = Parse({"a.3dc", "-e", "-1 #", "-", "--", "-e", "--stop"});
+  const Options options = Parse({"a.3dc", "-e", "-1 #", "-e=1", "-", "--", "-e", "--stop"});
   ASSERT_EQ(options.error, "");
   const std::vector<std::pair<Program::Origin, std::string>> expected = {
-      {Program::File, "a.3dc"}, {Program::Text, "-1 #"},   {Program::StandardInput, ""},
-      {Program::File, "-e"},    {Program::File, "--stop"},
+      {Program::File, "a.3dc"},     {Program::Text, "-1 #"}, {Program::Text, "=1"},
+      {Program::StandardInput, ""}, {Program::File, "-e"},   {Program::File, "--stop"},
   };
   ASSERT_EQ(options.programs.size(), expected.size());
   for (std::size_t i = 0; i < expected.size(); ++i) {
@@ -30,6 +30,8 @@ TEST(Options, ProgramsKeepTheirOrder) {
 
 TEST(Options, FirstTaskWins) {
   EXPECT_EQ(Parse({"--list", "--help"}).task, Task::List);
+  EXPECT_EQ(Parse({"-V", "-h"}).task, Task::Version);
+  EXPECT_EQ(Parse({"-h"}).task, Task::Help);
   EXPECT_EQ(Parse({"--help", "--explain", "+"}).task, Task::Help);
   const Options options = Parse({"--explain", "--", "--version"});
   EXPECT_EQ(options.task, Task::Explain);
@@ -55,11 +57,11 @@ TEST(Options, WrongOnesSayWhy) {
       {{"--digits", "99999999999"}, "--digits takes a number from 1 to 17, not '99999999999'"},
       {{"--digits", "3x"}, "--digits takes a number from 1 to 17, not '3x'"},
       {{"--digits="}, "--digits takes a number from 1 to 17, not ''"},
-      {{"--digits"}, "option --digits needs a number"},
-      {{"-e"}, "option -e needs a text"},
-      {{"--explain"}, "option --explain needs a name"},
+      {{"--digits"}, "option --digits needs N"},
+      {{"-e"}, "option -e needs TEXT"},
       {{"--strictly"}, "unknown option --strictly"},
-      {{"-e=1"}, "unknown option -e=1"},
+      {{"-i1"}, "unknown option -i1"},
+      {{"--stop=1"}, "unknown option --stop=1"},
       {{"-x", "--help"}, "unknown option -x"},
   };
   for (const auto& wrong : cases) EXPECT_EQ(Parse(wrong.arguments).error, wrong.error);

@@ -10,6 +10,8 @@ import sys
 import tempfile
 import unittest
 
+from terminal import Terminal
+
 KELCALC = os.path.abspath(sys.argv[1])
 ROOT = pathlib.Path(sys.argv[2]).resolve()
 
@@ -72,6 +74,8 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual([line.split(" on ")[0] for line in self.where("", "outer.3dc")],
                          ["inner.3dc:2:5: *", "outer.3dc:2:5: ;sin"])
         self.assertEqual(self.where("", "-e", "1 ;x")[0].split(" on ")[0], "-e:1:3: ;x")
+        self.assertEqual([line.split(" ")[0] for line in self.where("", "-e;y ", "-e;z")],
+                         ["-e(1):1:1:", "-e(2):1:1:"])
 
     def test_where_counts_across_blocks_and_tokens_that_they_cut(self):
         for before in range(65532, 65538):
@@ -134,19 +138,48 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual((done.returncode, done.stdout, done.stderr),
                          (0, script.with_suffix(".out").read_text(), ""))
 
-    def test_bash_completion(self):
-        def complete(*words):
-            script = (f'source "{ROOT}/tools/kelcalc/kelcalc.bash"; COMP_WORDS=("$@"); '
-                      'COMP_CWORD=$(($# - 1)); _kelcalc; printf "%s\\n" "${COMPREPLY[@]}"')
-            return subprocess.run(["bash", "-c", script, "bash", KELCALC, *words], check=True,
-                                  capture_output=True, text=True).stdout.split()
-        self.assertEqual(complete("--st"), ["--strict", "--stop"])
-        self.assertEqual(complete("--explain", ";sq"), ["\\;sqrt"])
-        self.assertIn("\\~==", complete("--explain", ""))
-        self.assertEqual(complete("--digits", "9"), ["9"])
-        pathlib.Path("a.3dc").touch()
-        pathlib.Path("b.txt").touch()
-        self.assertEqual(complete(""), ["a.3dc"])
+    def test_shells_complete_options_and_names(self):
+        here = f'source "{ROOT}/tools/kelcalc/kelcalc.'
+        folder = os.path.dirname(KELCALC)
+        environment = {**os.environ, "PATH": f"{folder}:{os.environ['PATH']}", "HOME": os.getcwd()}
+
+        def bash(line):
+            script = (here + 'bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _kelcalc; '
+                      'printf "%s\\n" "${COMPREPLY[@]}"')
+            return ["bash", "-c", script, "bash", *line.split(" ")]
+
+        def fish(line):
+            return ["fish", "-c", here + 'fish"; complete -C "$argv[1]"', line]
+
+        for name in "a.3dc", "b.txt":
+            pathlib.Path(name).touch()
+        rows = [
+            ("kelcalc --st", ["--stop", "--strict"]),
+            ("kelcalc --explain sq", ["sqrt"]),
+            ("kelcalc --digits 9", ["9"]),
+            ("kelcalc a", ["a.3dc"]),
+        ]
+        rows = [(make, *row) for row in rows for make in (bash, fish)] + [
+            (bash, "kelcalc --explain \\;sq", ["\\;sqrt"]),
+            (bash, "kelcalc --explain ';sq", [";sqrt"]),
+            (bash, "kelcalc --explain ~==", ["\\~=="]),
+        ]
+        for make, line, words in rows:
+            with self.subTest(make=make, line=line):
+                done = subprocess.run(make(line), env=environment, capture_output=True, text=True,
+                                      check=True)
+                self.assertEqual(sorted(shown.split("\t")[0] for shown in done.stdout.splitlines()),
+                                 words)
+        os.symlink(ROOT / "tools/kelcalc/kelcalc.zsh", "_kelcalc")
+        zsh = Terminal(["/bin/zsh", "-f"], environment)
+        self.addCleanup(zsh.kill)
+        zsh.send("fpath=($PWD $fpath); autoload -Uz compinit; compinit -D -u; PS1=READY\r")
+        zsh.expect("PS1=READY")
+        zsh.expect("READY")
+        zsh.send("kelcalc --str\t")
+        zsh.expect("--strict ")
+        zsh.send("--explain sq\t")
+        zsh.expect("sqrt")
 
 
 if __name__ == "__main__":

@@ -150,8 +150,11 @@ class Session(unittest.TestCase):
 
     def test_history_that_cannot_be_written_is_silent(self):
         (self.home / ".local").write_text("a file where a folder should be")
-        with self.start() as terminal:
-            self.assertEqual(terminal.line("1 #", "0> ").split("\n", 1)[1], " 1.000000\n")
+        missing = self.home / "missing"
+        for home in self.home, missing:
+            with self.start(HOME=str(home)) as terminal:
+                self.assertEqual(terminal.line("1 #", "0> ").split("\n", 1)[1], " 1.000000\n")
+        self.assertFalse(missing.exists())
 
     @needs_editing
     def test_completion_of_functions_variables_and_operators(self):

@@ -4,6 +4,7 @@
 import errno
 import os
 import random
+import signal
 import subprocess
 import sys
 import tempfile
@@ -77,9 +78,9 @@ class KelcalcTest(unittest.TestCase):
         rows = [
             # argument, status, output, errors
             ("--help", 0, "(?s)kelcalc.*-e .*--help.*--version", r"\A\Z"),
-            ("--version", 0, r"\Akelcalc \d+\.\d+\.\d+\n", r"\A\Z"),
+            ("-V", 0, r"\Akelcalc \d+\.\d+\.\d+( \([0-9a-f]+\+?\))?\n\Z", r"\A\Z"),
             ("--nope", 2, r"\A\Z", "kelcalc"),
-            ("-e", 2, r"\A\Z", "kelcalc"),
+            ("2 3 + #", 1, r"\A\Z", r" Can't open file 2 3 \+ #!\n.*kelcalc -e '"),
         ]
         for argument, status, output, errors in rows:
             with self.subTest(argument=argument):
@@ -92,9 +93,9 @@ class KelcalcTest(unittest.TestCase):
         os.mkdir("folder.d")
         for name in "missing.3dc", "folder.d":
             with self.subTest(name=name):
-                status, _, errors = run(name)
-                self.assertEqual(status, 1)
-                self.assertIn(f" Can't open file {name}!\n", errors)
+                self.assertEqual(run(name, "-e", "1 #"),
+                                 (1, " 1.000000\n", f" Can't open file {name}!\n"))
+                self.assertEqual(run("--stop", name, "-e", "1 #")[:2], (1, ""))
 
     def test_a_first_line_that_comes_in_pieces(self):
         os.mkfifo("pipe")
@@ -108,13 +109,50 @@ class KelcalcTest(unittest.TestCase):
 
     def test_closed_pipe(self):
         self.write("much.3dc", "1 # \n" * 200000)
-        with subprocess.Popen([KELCALC, "much.3dc"], stdout=subprocess.PIPE,
-                              stderr=subprocess.PIPE) as process:
-            self.assertEqual(process.stdout.readline(), b" 1.000000\n")
-            process.stdout.close()
-            errors = process.stderr.read().decode()
-            self.assertGreater(process.wait(timeout=120), 0, "no status of its own")
-        self.assertRegex(errors, "kelcalc: .+\n")
+        for action, status in (signal.SIG_DFL, -signal.SIGPIPE), (signal.SIG_IGN, 1):
+            with subprocess.Popen([KELCALC, "much.3dc"], stdout=subprocess.PIPE,
+                                  stderr=subprocess.PIPE, restore_signals=False,
+                                  preexec_fn=lambda a=action: signal.signal(signal.SIGPIPE, a),
+                                  ) as process:
+                self.assertEqual(process.stdout.readline(), b" 1.000000\n")
+                process.stdout.close()
+                self.assertEqual((process.stderr.read(), process.wait(timeout=120)), (b"", status))
+
+    def test_a_partner_gets_its_answers(self):
+        with subprocess.Popen([KELCALC], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                              bufsize=0) as process:
+            for number in range(3):
+                process.stdin.write(b"%d # \n" % number)
+                self.assertEqual(process.stdout.readline(), b" %d.000000\n" % number)
+            process.stdin.close()
+
+    def test_messages_follow_what_was_printed_before(self):
+        done = subprocess.run([KELCALC], input=b"1 # . 2 # q(1,2,3,4) 0 / nope( 3 # ", check=False,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120)
+        self.assertEqual(done.stdout, b" 1.000000\nProblem in format of number\n 2.000000\n"
+                                      b"Quaternion divided by zero!\n"
+                                      b"\nUnrecognized constant specifier nope\n 3.000000\n")
+
+    def test_input_that_cannot_be_read(self):
+        for options in [], ["--strict"], ["-e", "1 #", "-"], ["-i"]:
+            for source, reason in ("<.", errno.EISDIR), ("<&-", errno.EBADF):
+                with self.subTest(options=options, source=source):
+                    done = subprocess.run(["sh", "-c", f'"$0" "$@" {source}', KELCALC, *options],
+                                          capture_output=True, check=False, timeout=120)
+                    self.assertEqual((done.returncode, done.stderr.decode()),
+                                     (1, "kelcalc: cannot read the standard input: "
+                                         f"{os.strerror(reason)}\n"))
+
+    def test_input_that_does_not_block(self):
+        reading, writing = os.pipe()
+        os.set_blocking(reading, False)
+        with subprocess.Popen([KELCALC], stdin=reading, stdout=subprocess.PIPE) as process:
+            time.sleep(0.1)  # until it has found nothing
+            os.write(writing, b"1 2 + # \n")
+            os.close(writing)
+            self.assertEqual(process.stdout.read(), b" 3.000000\n")
+        self.assertEqual(process.returncode, 0)
+        os.close(reading)
 
     @unittest.skipUnless(os.path.exists("/dev/full"), "no /dev/full here")
     def test_full_disk(self):

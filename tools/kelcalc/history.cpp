@@ -37,7 +37,8 @@ std::string HistoryPath() {
   fs::path state = AbsolutePathIn("XDG_STATE_HOME");
   if (state.empty()) {
     const fs::path home = AbsolutePathIn("HOME");
-    if (home.empty()) return "";
+    std::error_code ignored;
+    if (home.empty() || !fs::is_directory(home, ignored)) return "";
     state = home / ".local" / "state";
   }
   return (state / "kelcalc" / "history").string();

@@ -33,7 +33,7 @@ class History {
 };
 
 /// $XDG_STATE_HOME/kelcalc/history, or $HOME/.local/state/kelcalc/history; empty when neither
-/// variable holds an absolute path.
+/// variable holds an absolute path, or when there is no home folder: none is made.
 std::string HistoryPath();
 
 }  // namespace kelcalc

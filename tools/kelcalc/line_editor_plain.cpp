@@ -1,12 +1,7 @@
 #include <cstddef>
 #include <cstdio>
 
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
-
+#include "tools/kelcalc/input.h"
 #include "tools/kelcalc/interrupt.h"
 #include "tools/kelcalc/line_editor.h"
 
@@ -14,15 +9,6 @@ namespace kelcalc {
 namespace {
 
 constexpr std::size_t BlockSize = 4096;  // a terminal never delivers more at once
-
-/// At most `BlockSize` bytes of standard input into `block`; 0 or less at the end.
-std::ptrdiff_t ReadBlock(char* block) {
-#ifdef _WIN32
-  return _read(0, block, BlockSize);
-#else
-  return read(STDIN_FILENO, block, BlockSize);
-#endif
-}
 
 class PlainEditor final : public LineEditor {
  public:
@@ -35,9 +21,9 @@ class PlainEditor final : public LineEditor {
       if (length > 0) return Deliver(length, line);
       if (!WaitForInput()) return Drop();
       char block[BlockSize];
-      const std::ptrdiff_t count = ReadBlock(block);
-      if (count <= 0) return DeliverLast(line);
-      unread.append(block, static_cast<std::size_t>(count));
+      const std::size_t count = ReadStandardInput(block, BlockSize);
+      if (count == 0) return DeliverLast(line);
+      unread.append(block, count);
     }
   }
 

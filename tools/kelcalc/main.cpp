@@ -1,71 +1,25 @@
 // kelcalc: runs programs from files, arguments, the standard input and the keyboard.
 
-#include <cstddef>
 #include <cstdio>
 #include <exception>
-#include <memory>
 #include <string>
-#include <vector>
 
-#include "calc/character_source.h"
 #include "calc/exit_hook.h"
 #include "calc/interpreter.h"
-#include "calc/reports.h"
 #include "calc/run.h"
 #include "tools/kelcalc/failure_report.h"
+#include "tools/kelcalc/input.h"
 #include "tools/kelcalc/number_style.h"
 #include "tools/kelcalc/options.h"
 #include "tools/kelcalc/output.h"
+#include "tools/kelcalc/programs.h"
 #include "tools/kelcalc/reference.h"
 #include "tools/kelcalc/session.h"
 #include "tools/kelcalc/stack_display.h"
+#include "tools/kelcalc/version.h"
 
 namespace kelcalc {
 namespace {
-
-/// Before it waits for more input it looks whether anybody still takes the output.
-CaCharacterSource& WatchedInput() {
-  static CaCharacterSource source(CaCharacterSource::Fill([](char* block, std::size_t size) {
-    EndIfOutputFailed();
-    return CaCharacterSource::ReadStandardInput(block, size);
-  }));
-  source.name = "<stdin>";
-  return source;
-}
-
-/// Lets a file be made executable: its first line may name the program that runs it.
-void SkipInterpreterLine(CaCharacterSource& source) {
-  if (!source.StartsWith("#!")) return;
-  int c = source.Read();
-  while (c != '\n' && c != CaCharacterSource::End) c = source.Read();
-}
-
-int RunNamedFile(CaInterpreter& interpreter, const std::string& path) {
-  const std::unique_ptr<CaCharacterSource> source = CaCharacterSource::OpenFile(path.c_str());
-  if (source == nullptr) return ReportUnopenedFile(interpreter, path.c_str());
-  SkipInterpreterLine(*source);
-  return RunSource(interpreter, *source);
-}
-
-int RunProgram(CaInterpreter& interpreter, const Program& program) {
-  switch (program.origin) {
-    case Program::StandardInput:
-      return RunSource(interpreter, WatchedInput());
-    // The text ends like a line, so that its last operator is complete.
-    case Program::Text:
-      return RunText(interpreter, program.text + "\n", "-e");
-    default:
-      return RunNamedFile(interpreter, program.text);
-  }
-}
-
-int RunPrograms(CaInterpreter& interpreter, const std::vector<Program>& programs) {
-  int status = 0;
-  for (const Program& program : programs) {
-    if (RunProgram(interpreter, program) == 0) status = 1;
-  }
-  return status;
-}
 
 /// Runs the interpreter's input to its end, which empties the interpreter.
 void RunInput(CaInterpreter& interpreter) {
@@ -73,19 +27,22 @@ void RunInput(CaInterpreter& interpreter) {
   RunTopLevel(interpreter);
 }
 
+bool WantsSession(const Options& options) {
+  return options.interactive || (options.programs.empty() && AtTerminal());
+}
+
 int Run(const Options& options) {
-  const bool session = options.interactive || (options.programs.empty() && AtTerminal());
+  const bool session = WantsSession(options);
   const bool colour = session && ColoursWanted();
   FailureReport report(
-      {.where = options.where == Choice::On || (session && options.where == Choice::Default),
-       .stop = options.stop,
-       .colour = colour});
+      {.where = Chosen(options.where, session), .stop = options.stop, .colour = colour});
   SetExitHook([](int) {});  // the end of the input returns to here
 
   CaInterpreter interpreter;
   if (options.strict || options.stop || report.SaysWhere()) interpreter.observer = &report;
   if (options.digits > 0) SetShownDigits(interpreter, options.digits);
-  int status = RunPrograms(interpreter, options.programs);
+  int status = RunPrograms(interpreter, options.programs, options.stop);
+  if (status != 0 && options.stop) return status;
   if (session) {
     RunSession(
         interpreter, {.showStack = options.showStack},
@@ -93,7 +50,7 @@ int Run(const Options& options) {
   } else if (options.programs.empty()) {
     RunInput(interpreter);
   }
-  if (options.strict && report.Count() > 0) status = 1;
+  if ((options.strict && report.Count() > 0) || InputFailed()) status = 1;
   return status;
 }
 
@@ -113,10 +70,10 @@ int Perform(const Options& options) {
   if (!options.error.empty()) return Refuse(options.error);
   switch (options.task) {
     case Task::Help:
-      std::fputs(Usage, stdout);
+      std::fputs(UsageText().c_str(), stdout);
       return 0;
     case Task::Version:
-      std::puts("kelcalc " KEL_VERSION);
+      std::printf("kelcalc %s\n", VersionText);
       return 0;
     case Task::List:
       std::fputs(ListText().c_str(), stdout);
@@ -132,10 +89,11 @@ int Perform(const Options& options) {
 }  // namespace kelcalc
 
 int main(int count, char** words) {
-  WatchOutput();
   int status = 1;
   try {
-    status = kelcalc::Perform(kelcalc::ParseOptions(count, words));
+    const kelcalc::Options options = kelcalc::ParseOptions(count, words);
+    WatchOutput(options.task == kelcalc::Task::Run && kelcalc::WantsSession(options));
+    status = kelcalc::Perform(options);
   } catch (const std::exception& problem) {
     std::fprintf(stderr, "kelcalc: %s\n", problem.what());
   }

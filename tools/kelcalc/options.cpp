@@ -8,25 +8,6 @@
 #include "tools/kelcalc/number_style.h"
 
 namespace kelcalc {
-
-const char* const Usage =
-    "usage: kelcalc [OPTION]... [FILE | - | -e TEXT]...\n"
-    "Runs programs in a postfix language for 3-D geometry: the files, texts and standard input\n"
-    "(-) in their order, on one stack; without any of them, standard input.\n"
-    "\n"
-    "  -e TEXT         run TEXT\n"
-    "  -i              talk to a person, whatever standard input and output are; after the\n"
-    "                  programs, if there are any\n"
-    "  --no-stack      do not show the stack after each line of a session\n"
-    "  --where         after each failure, say where it was and why (default in a session)\n"
-    "  --no-where      do not\n"
-    "  --strict        exit with status 1 when anything failed\n"
-    "  --stop          the same, and end at the first failure\n"
-    "  --digits N      print numbers with N significant digits (1 to 17)\n"
-    "  --list          list all operators and functions\n"
-    "  --explain NAME  explain one of them: its operands, its results, an example\n"
-    "  --help, --version\n";
-
 namespace {
 
 void SetTask(Options& options, Task task) {
@@ -37,7 +18,7 @@ void AddText(Options& options, const char* text) {
   options.programs.push_back({Program::Text, text});
 }
 
-void AddStandardInput(Options& options) {
+void AddStandardInput(Options& options, const char*) {
   options.programs.push_back({Program::StandardInput, ""});
 }
 
@@ -55,70 +36,114 @@ void SetExplained(Options& options, const char* name) {
   SetTask(options, Task::Explain);
 }
 
-struct Flag {
-  std::string_view name;
-  void (*set)(Options&);
-};
-
-struct Setting {
-  std::string_view name;
-  const char* needs;
+/// One option, once for all: how it is written, what it needs, what is told of it, what it does.
+struct Option {
+  std::string_view brief;  // "-x", or empty
+  std::string_view name;   // "--name", or empty
+  const char* argument;    // what it needs, or null
+  const char* help;        // a further line begins behind each newline
   void (*set)(Options&, const char* value);
 };
 
 // clang-format off
-constexpr Flag Flags[] = {
-    {"-i",         [](Options& options) { options.interactive = true; }},
-    {"--no-stack", [](Options& options) { options.showStack = false; }},
-    {"--where",    [](Options& options) { options.where = Choice::On; }},
-    {"--no-where", [](Options& options) { options.where = Choice::Off; }},
-    {"--strict",   [](Options& options) { options.strict = true; }},
-    {"--stop",     [](Options& options) { options.stop = true; }},
-    {"--list",     [](Options& options) { SetTask(options, Task::List); }},
-    {"--help",     [](Options& options) { SetTask(options, Task::Help); }},
-    {"--version",  [](Options& options) { SetTask(options, Task::Version); }},
-    {"-",          AddStandardInput},
-};
-
-constexpr Setting Settings[] = {
-    {"-e",        "text",   AddText},
-    {"--digits",  "number", SetDigits},
-    {"--explain", "name",   SetExplained},
+constexpr Option AllOptions[] = {
+    {"-e", "", "TEXT", "run TEXT", AddText},
+    {"-",  "", nullptr, "run standard input", AddStandardInput},
+    {"-i", "", nullptr,
+     "talk to a person, whatever standard input and output are; after the\n"
+     "programs, if there are any",
+     [](Options& options, const char*) { options.interactive = true; }},
+    {"", "--no-stack", nullptr, "do not show the stack after each line of a session",
+     [](Options& options, const char*) { options.showStack = false; }},
+    {"", "--where", nullptr,
+     "after each failure, say where it was and why (default in a session)",
+     [](Options& options, const char*) { options.where = Choice::On; }},
+    {"", "--no-where", nullptr, "do not",
+     [](Options& options, const char*) { options.where = Choice::Off; }},
+    {"", "--strict", nullptr, "exit with status 1 when anything failed",
+     [](Options& options, const char*) { options.strict = true; }},
+    {"", "--stop", nullptr, "the same, and end at the first failure",
+     [](Options& options, const char*) { options.stop = true; }},
+    {"", "--digits", "N", "print numbers with N significant digits (1 to 17)", SetDigits},
+    {"", "--list", nullptr, "list all operators and functions",
+     [](Options& options, const char*) { SetTask(options, Task::List); }},
+    {"", "--explain", "NAME",
+     "explain an operator or a function: what it takes and gives, an\n"
+     "example",
+     SetExplained},
+    {"-h", "--help", nullptr, "print this",
+     [](Options& options, const char*) { SetTask(options, Task::Help); }},
+    {"-V", "--version", nullptr, "print the version",
+     [](Options& options, const char*) { SetTask(options, Task::Version); }},
 };
 // clang-format on
 
-bool TakeFlag(Options& options, std::string_view argument) {
-  for (const Flag& flag : Flags) {
-    if (flag.name != argument) continue;
-    flag.set(options);
-    return true;
+/// What `argument` sets: an option and the value that is written into the same argument, if any.
+struct Match {
+  const Option* option = nullptr;
+  const char* value = nullptr;
+};
+
+/// Takes "-x", "-xVALUE", "--name" and "--name=VALUE".
+Match FindOption(const char* argument) {
+  const std::string_view text = argument;
+  for (const Option& option : AllOptions) {
+    if (text == option.brief || text == option.name) return {&option, nullptr};
+    if (option.argument == nullptr) continue;
+    if (!option.brief.empty() && text.starts_with(option.brief)) return {&option, argument + 2};
+    const std::size_t length = option.name.size();
+    if (length > 0 && text.starts_with(option.name) && text.substr(length).starts_with('=')) {
+      return {&option, argument + length + 1};
+    }
   }
-  return false;
+  return {};
 }
 
-/// Takes "--name value" and "--name=value". False when `arguments[at]` is no setting.
-bool TakeSetting(Options& options, int count, const char* const* arguments, int& at) {
-  const std::string_view argument = arguments[at];
-  for (const Setting& setting : Settings) {
-    if (argument == setting.name) {
-      if (++at < count) {
-        setting.set(options, arguments[at]);
-      } else {
-        options.error = "option " + std::string(argument) + " needs a " + setting.needs;
-      }
-      return true;
-    }
-    const std::size_t length = setting.name.size();
-    if (argument.starts_with("--") && argument.starts_with(setting.name) &&
-        argument.substr(length).starts_with('=')) {
-      setting.set(options, arguments[at] + length + 1);
-      return true;
-    }
+/// Takes the option at `at` and, where it is the next argument, its value.
+void TakeOption(Options& options, int count, const char* const* arguments, int& at) {
+  const std::string argument = arguments[at];
+  Match match = FindOption(arguments[at]);
+  if (match.option == nullptr) {
+    options.error = "unknown option " + argument;
+    return;
   }
-  return false;
+  if (match.option->argument != nullptr && match.value == nullptr) {
+    if (++at == count) {
+      options.error = "option " + argument + " needs " + match.option->argument;
+      return;
+    }
+    match.value = arguments[at];
+  }
+  match.option->set(options, match.value);
+}
+
+constexpr std::size_t HelpColumn = 18;
+
+std::string OptionHelp(const Option& option) {
+  std::string text = "  ";
+  text += option.brief;
+  if (!option.brief.empty() && !option.name.empty()) text += ", ";
+  text += option.name;
+  if (option.argument != nullptr) text += std::string(" ") + option.argument;
+  text.resize(text.size() < HelpColumn ? HelpColumn : text.size() + 1, ' ');
+  for (const char c : std::string_view(option.help)) {
+    text += c;
+    if (c == '\n') text.append(HelpColumn, ' ');
+  }
+  return text + '\n';
 }
 
 }  // namespace
+
+std::string UsageText() {
+  std::string text =
+      "usage: kelcalc [OPTION]... [FILE | - | -e TEXT]...\n"
+      "Runs programs in a postfix language for 3-D geometry: the files, texts and standard input\n"
+      "(-) in their order, on one stack; without any of them, standard input.\n"
+      "\n";
+  for (const Option& option : AllOptions) text += OptionHelp(option);
+  return text;
+}
 
 Options ParseOptions(int count, const char* const* arguments) {
   Options options;
@@ -129,8 +154,8 @@ Options ParseOptions(int count, const char* const* arguments) {
       options.programs.push_back({Program::File, arguments[at]});
     } else if (argument == "--") {
       onlyFiles = true;
-    } else if (!TakeFlag(options, argument) && !TakeSetting(options, count, arguments, at)) {
-      options.error = "unknown option " + std::string(argument);
+    } else {
+      TakeOption(options, count, arguments, at);
     }
   }
   return options;

@@ -18,6 +18,11 @@ struct Program {
 /// Yes or no, or whatever fits where kelcalc runs.
 enum class Choice { Default, On, Off };
 
+/// What is chosen, where a session makes the difference.
+inline bool Chosen(Choice choice, bool inSession) {
+  return choice == Choice::On || (choice == Choice::Default && inSession);
+}
+
 struct Options {
   Task task = Task::Run;
   std::string explained;          // the name for Task::Explain
@@ -35,6 +40,6 @@ struct Options {
 Options ParseOptions(int count, const char* const* arguments);
 
 /// The text that --help prints.
-extern const char* const Usage;
+std::string UsageText();
 
 }  // namespace kelcalc

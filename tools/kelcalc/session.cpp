@@ -75,7 +75,7 @@ class Session {
   std::size_t Fill(char* block, std::size_t size) {
     if (rest.empty()) {
       ForgiveOutput();
-      EndIfOutputFailed();
+      HandOnOutput();
       if (settings.showStack && typed && open.Opening() == '\0') {
         ShowStack(interpreter, style, stdout);
       }

@@ -1,1 +1,0 @@
-autocmd BufRead,BufNewFile *.3dc setfiletype 3dc

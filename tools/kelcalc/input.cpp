@@ -1,0 +1,68 @@
+#include "tools/kelcalc/input.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <poll.h>
+#include <unistd.h>
+#endif
+
+#include "calc/character_source.h"
+#include "tools/kelcalc/output.h"
+
+namespace kelcalc {
+namespace {
+
+bool Failed = false;
+
+std::ptrdiff_t Read(char* block, std::size_t size) {
+#ifdef _WIN32
+  return _read(0, block, static_cast<unsigned>(size));
+#else
+  return read(STDIN_FILENO, block, size);
+#endif
+}
+
+/// Whether a read that failed for `reason` is worth another try; waits until it is.
+bool MayTryAgain(int reason) {
+  if (reason == EINTR) return true;
+#ifdef _WIN32
+  return false;
+#else
+  if (reason != EAGAIN) return false;
+  pollfd ready = {STDIN_FILENO, POLLIN, 0};
+  return poll(&ready, 1, -1) >= 0 || errno == EINTR;
+#endif
+}
+
+}  // namespace
+
+CaCharacterSource& WatchedInput() {
+  static CaCharacterSource source{CaCharacterSource::Fill(ReadStandardInput)};
+  source.name = "<stdin>";
+  return source;
+}
+
+std::size_t ReadStandardInput(char* block, std::size_t size) {
+  HandOnOutput();
+  std::ptrdiff_t count = 0;
+  do {
+    count = Read(block, size);
+  } while (count < 0 && MayTryAgain(errno));
+  if (count >= 0) return static_cast<std::size_t>(count);
+  ReportUnreadInput("the standard input", errno);
+  return 0;
+}
+
+void ReportUnreadInput(const char* name, int reason) {
+  std::fprintf(stderr, "kelcalc: cannot read %s: %s\n", name, std::strerror(reason));
+  Failed = true;
+}
+
+bool InputFailed() { return Failed; }
+
+}  // namespace kelcalc
