@@ -30,6 +30,10 @@ class ObjectMaker {
 
 }  // namespace
 
+std::string SpellingOf(const CaOperatorEntry& entry) {
+  return std::string(entry.sign).append(entry.name);
+}
+
 CaObject* NextObject(CaInterpreter& interpreter) {
   ObjectMaker maker(interpreter);
   CaItemReader<ObjectMaker>(interpreter, maker).ReadItem();

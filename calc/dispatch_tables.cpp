@@ -5,11 +5,10 @@
 #include <string_view>
 
 #include "calc/additive_operators.h"
-#include "calc/block_operators.h"
-#include "calc/comparison_operators.h"
 #include "calc/component_functions.h"
 #include "calc/constants.h"
 #include "calc/constructor_functions.h"
+#include "calc/control_operators.h"
 #include "calc/dispatch.h"
 #include "calc/file_functions.h"
 #include "calc/geometric_operators.h"
@@ -19,70 +18,70 @@
 #include "calc/stack_operators.h"
 
 constexpr CaOperatorEntry CaOperatorTable[] = {
-    {"~", Negate, 0},
-    {"#", PrintTop, 0},
-    {"##", PrintAllAndClear, 0},
-    {"?", ShowTop, 0},
-    {"??", ShowAll, 0},
-    {"\\", Drop, 0},
-    {"\\\\", DropAll, 0},
-    {"'", Duplicate, 0},
-    {"''", Pick, 0},
-    {":", Assign, 0},
-    {">>", ToRadians, 0},
-    {"<<", ToDegrees, 0},
-    {"+", Sum, 0},
-    {"-", Difference, 0},
-    {"*", Product, 0},
-    {"%", Remainder, 0},
-    {"/", Quotient, 0},
-    {"^", Power, 0},
-    {"$", Magnitude, 0},
-    {"@", RotationBetween, 0},
-    {"|", Swap, 0},
-    {"{", OpenBlock, 1},
-    {"}", CloseBlock, 1},
-    {"}}", CloseAllBlocks, 1},
-    {"<", Less, 0},
-    {"<=", LessOrEqual, 0},
-    {">", Greater, 0},
-    {">=", GreaterOrEqual, 0},
-    {"=", Equal, 0},
-    {"~=", NotEqual, 0},
-    {"==", Near, 0},
-    {"~==", NotNear, 0},
-    {"", nullptr, 0},
+    operators::Negate,
+    operators::PrintTop,
+    operators::PrintAllAndClear,
+    operators::ShowTop,
+    operators::ShowAll,
+    operators::Drop,
+    operators::DropAll,
+    operators::Duplicate,
+    operators::Pick,
+    operators::Assign,
+    operators::ToRadians,
+    operators::ToDegrees,
+    operators::Sum,
+    operators::Difference,
+    operators::Product,
+    operators::Remainder,
+    operators::Quotient,
+    operators::Power,
+    operators::Magnitude,
+    operators::RotationBetween,
+    operators::Swap,
+    operators::OpenBlock,
+    operators::CloseBlock,
+    operators::CloseAllBlocks,
+    operators::Less,
+    operators::LessOrEqual,
+    operators::Greater,
+    operators::GreaterOrEqual,
+    operators::Equal,
+    operators::NotEqual,
+    operators::Near,
+    operators::NotNear,
+    {"", nullptr},
 };
 
 constexpr CaOperatorEntry CaFunctionTable[] = {
-    {"v", MakeVector, 0},
-    {"p", MakePoint, 0},
-    {"m", MakeMatrix, 0},
-    {"u", FirstAxisOf, 0},
-    {"n", ThirdAxisOf, 0},
-    {"t", TranslationOf, 0},
-    {"q", MakeQuaternion, 0},
-    {"r", MakeRotation, 0},
-    {"s", MakeScale, 0},
-    {"w", MeasureOf, 0},
-    {"x", XOf, 0},
-    {"y", YOf, 0},
-    {"z", ZOf, 0},
-    {"a", AngleOf, 0},
-    {"sin", Sine, 0},
-    {"cos", Cosine, 0},
-    {"tan", Tangent, 0},
-    {"asin", ArcSine, 0},
-    {"acos", ArcCosine, 0},
-    {"atan", ArcTangent, 0},
-    {"atan2", ArcTangent2, 0},
-    {"ln", Logarithm, 0},
-    {"exp", Exponential, 0},
-    {"sqrt", SquareRoot, 0},
-    {"write", WriteVariablesFile, 0},
-    {"read", ReadProgramFile, 0},
-    {"build", BuildNumber, 0},
-    {"", nullptr, 0},
+    operators::MakeVector,
+    operators::MakePoint,
+    operators::MakeMatrix,
+    operators::FirstAxisOf,
+    operators::ThirdAxisOf,
+    operators::TranslationOf,
+    operators::MakeQuaternion,
+    operators::MakeRotation,
+    operators::MakeScale,
+    operators::MeasureOf,
+    operators::XOf,
+    operators::YOf,
+    operators::ZOf,
+    operators::AngleOf,
+    operators::Sine,
+    operators::Cosine,
+    operators::Tangent,
+    operators::ArcSine,
+    operators::ArcCosine,
+    operators::ArcTangent,
+    operators::ArcTangent2,
+    operators::Logarithm,
+    operators::Exponential,
+    operators::SquareRoot,
+    operators::Write,
+    operators::Read,
+    operators::BuildNumber,
+    {"", nullptr},
 };
 
 constexpr CaSpecifierEntry CaSpecifierTable[] = {
@@ -91,6 +90,22 @@ constexpr CaSpecifierEntry CaSpecifierTable[] = {
 };
 
 namespace {
+
+/// Ends compilation; the compiler shows which entry was checked.
+void Refuse(const char* reason) { static_cast<void>(reason); }
+
+constexpr void Check(const CaOperatorEntry& entry) {
+  if ((entry.pairs == nullptr) == entry.forms.empty()) Refuse("pairs or forms, not both");
+  if (!NamesEachTypeOnce(entry.forms)) Refuse("two forms for one type");
+  if (*entry.help.summary == '\0' || *entry.help.example == '\0') Refuse("no help");
+}
+
+constexpr bool AreSound(std::span<const CaOperatorEntry> table) {
+  for (const CaOperatorEntry& entry : table.first(table.size() - 1)) Check(entry);
+  return *table.back().name == '\0';
+}
+static_assert(AreSound(CaOperatorTable));
+static_assert(AreSound(CaFunctionTable));
 
 constexpr CaNameIndex OperatorIndex(CaOperatorTable);
 constexpr CaNameIndex FunctionIndex(CaFunctionTable);

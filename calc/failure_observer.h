@@ -1,11 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 struct CaInterpreter;
-struct CaRule;
-struct CaTopRule;
+struct CaOperatorEntry;
 
 /// What can go wrong in a program.
 enum class CaFailure : std::int32_t {
@@ -25,11 +23,9 @@ class CaFailureObserver {
   CaFailureObserver& operator=(const CaFailureObserver&) = delete;
   virtual ~CaFailureObserver() = default;
 
-  /// The operator that is running found no rule for its operands among these. `Failed` follows.
-  virtual void NoRuleAmong(std::span<const CaRule>) {}
-  virtual void NoRuleAmong(std::span<const CaTopRule>) {}
-
   /// Where the token stands is known to the interpreter's input as the marked position. The stack
-  /// is as the failure left it. `name` is good during the call only.
-  virtual void Failed(const CaInterpreter& interpreter, CaFailure failure, const char* name) = 0;
+  /// is as the failure left it. `name` is good during the call only; `entry` is null unless an
+  /// operator failed.
+  virtual void Failed(const CaInterpreter& interpreter, CaFailure failure, const char* name,
+                      const CaOperatorEntry* entry) = 0;
 };

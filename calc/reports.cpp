@@ -2,13 +2,16 @@
 
 #include <cstdio>
 
+#include "calc/dispatch.h"
 #include "calc/failure_observer.h"
 #include "calc/interpreter.h"
 
 namespace {
 
-void Tell(const CaInterpreter& interpreter, CaFailure failure, const char* name) {
-  if (interpreter.observer != nullptr) interpreter.observer->Failed(interpreter, failure, name);
+void Tell(const CaInterpreter& interpreter, CaFailure failure, const char* name,
+          const CaOperatorEntry* entry = nullptr) {
+  if (interpreter.observer == nullptr) return;
+  interpreter.observer->Failed(interpreter, failure, name, entry);
 }
 
 }  // namespace
@@ -45,7 +48,7 @@ int ReportUnopenedFile(CaInterpreter& interpreter, const char* path) {
   return 0;
 }
 
-void ReportFailure(CaInterpreter& interpreter, const char* name) {
+void ReportFailure(CaInterpreter& interpreter, const CaOperatorEntry& entry) {
   std::fputs("\a \n", interpreter.errors);
-  Tell(interpreter, CaFailure::OperatorFailed, name);
+  Tell(interpreter, CaFailure::OperatorFailed, entry.name, &entry);
 }

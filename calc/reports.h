@@ -1,6 +1,7 @@
 #pragma once
 
 struct CaInterpreter;
+struct CaOperatorEntry;
 
 /// Every message of the language, each written in one place, all to the interpreter's `errors`.
 /// Failures of a program are told to its observer as well.
@@ -24,6 +25,5 @@ int ReportTypeMismatch(CaInterpreter& interpreter, const char* name);
 /// A file that cannot be opened, or is nested too deeply.
 int ReportUnopenedFile(CaInterpreter& interpreter, const char* path);
 
-/// The bell that follows every operator or function that failed; here it is called `name`, which
-/// only the observer is told.
-void ReportFailure(CaInterpreter& interpreter, const char* name);
+/// The bell that follows every operator or function that failed; only the observer is told which.
+void ReportFailure(CaInterpreter& interpreter, const CaOperatorEntry& entry);

@@ -17,6 +17,10 @@ struct CaInterpreter;
 /// Stands for every type, one outside the known ones included.
 inline constexpr auto AnyType = static_cast<CaType>(-1);
 
+/// Stand for operands in the forms of operators that look at more than a type.
+inline constexpr auto AnyVariable = static_cast<CaType>(-2);  // an entry that is a variable
+inline constexpr auto AllEntries = static_cast<CaType>(-3);   // the whole stack, be it empty
+
 /// Makes the result of A (beneath) and B (top). A value of type nothing says that there is none:
 /// the operator then fails silently.
 using CaCombine = CaValue (*)(const CaValue& a, const CaValue& b);
@@ -38,6 +42,7 @@ struct CaRule {
   CaType top;
   CaType beneath;
   CaOutcome then;
+  CaType gives = TypeNothing;  // the type of the result
 
   constexpr bool Fits(std::int32_t topType, std::int32_t beneathType) const {
     return (top == AnyType || top == topType) && (beneath == AnyType || beneath == beneathType);
@@ -46,7 +51,8 @@ struct CaRule {
 
 inline constexpr std::int32_t TypeCount = TypeScale + 1;
 
-/// Whether every pair of types has a rule and every rule is the first for some pair.
+/// Whether every pair of types has a rule, every rule is the first for some pair, and exactly those
+/// that make something say what.
 constexpr bool CoversEveryPairOnce(std::span<const CaRule> rules) {
   std::array<bool, 64> used{};
   for (std::int32_t pair = 0; pair < TypeCount * TypeCount; ++pair) {
@@ -57,6 +63,7 @@ constexpr bool CoversEveryPairOnce(std::span<const CaRule> rules) {
   }
   for (std::size_t row = 0; row < rules.size(); ++row) {
     if (!used[row]) return false;
+    if ((rules[row].then.combine == nullptr) != (rules[row].gives == TypeNothing)) return false;
   }
   return true;
 }
@@ -90,31 +97,41 @@ class CaRuleGrid {
   std::array<CaOutcome, TypeCount * TypeCount> outcomes_;
 };
 
-/// Applies the rules to the two top entries, of which there must be two. `name` goes into a
-/// report. Returns 1, or 0 with the stack as it was.
-int ApplyRules(CaInterpreter& interpreter, const CaRuleGrid& rules, const char* name);
-
 /// The values of the operands by position: [0] is the top.
 using CaOperands = std::span<const CaValue* const>;
 
-/// One row of a function of the top operand.
+/// One form of what a function of the top operand takes and gives.
 struct CaTopRule {
   CaType top;
-  int operands;    // consumed, the top included; 0 leaves everything as it is and succeeds
+  int operands;    // consumed, the top included
   CaType further;  // the type of the operands beneath the top; another one is reported
-  CaValue (*make)(CaOperands s);
+  CaType gives;    // the type of the result; TypeNothing where there is none
+  CaValue (*make)(CaOperands s) = nullptr;  // null: nothing changes
 };
 
 /// The most operands that a rule takes.
 inline constexpr std::size_t MostOperands = 12;
 
 /// A row that replaces the top alone.
-constexpr CaTopRule Replaced(CaType top, CaValue (*make)(CaOperands s)) {
-  return {top, 1, AnyType, make};
+constexpr CaTopRule Replaced(CaType top, CaType gives, CaValue (*make)(CaOperands s)) {
+  return {top, 1, AnyType, gives, make};
 }
 
 /// A row that leaves the top as it is.
-constexpr CaTopRule Kept(CaType top) { return {top, 0, AnyType, nullptr}; }
+constexpr CaTopRule Kept(CaType top) { return {top, 1, AnyType, top}; }
+
+// The one form of an operator that has no table of rules.
+
+inline constexpr CaTopRule TakesNothing[] = {{TypeNothing, 0, AnyType, TypeNothing}};
+inline constexpr CaTopRule TakesAll[] = {{AllEntries, 0, AnyType, TypeNothing}};
+inline constexpr CaTopRule TakesString[] = {{TypeString, 1, AnyType, TypeNothing}};
+inline constexpr CaTopRule TakesVariable[] = {{AnyVariable, 2, AnyType, TypeNothing}};
+template <int Count>
+inline constexpr CaTopRule TakesAny[] = {{AnyType, Count, AnyType, TypeNothing}};
+template <int Count>
+inline constexpr CaTopRule TakesReals[] = {{TypeReal, Count, TypeReal, TypeNothing}};
+template <CaType Type>
+inline constexpr CaTopRule Gives[] = {{TypeNothing, 0, AnyType, Type}};
 
 /// Whether no type has two rows and no row takes too many operands.
 constexpr bool NamesEachTypeOnce(std::span<const CaTopRule> rules) {
@@ -127,6 +144,12 @@ constexpr bool NamesEachTypeOnce(std::span<const CaTopRule> rules) {
   return true;
 }
 
-/// Applies the row for the type of the top, of which there must be one; without a row, or with
-/// too few operands, it fails silently. Returns 1, or 0 with the stack as it was.
-int ApplyTopRules(CaInterpreter& interpreter, std::span<const CaTopRule> rules, const char* name);
+struct CaOperatorEntry;
+
+/// Applies the rules for pairs of `entry` to the two top entries, of which there must be two.
+/// Returns 1, or 0 with the stack as it was.
+int ApplyRules(CaInterpreter& interpreter, const CaRuleGrid& rules, const CaOperatorEntry& entry);
+
+/// Applies the form of `entry` for the type of the top, of which there must be one; without a
+/// form, or with too few operands, it fails silently. Returns 1, or 0 with the stack as it was.
+int ApplyForms(CaInterpreter& interpreter, const CaOperatorEntry& entry);

@@ -45,7 +45,7 @@ class ItemRunner {
     const bool runs = !Skipping() || entry.alwaysRun != 0;
     const int done = runs ? entry.function(interpreter_) : 1;
     if (skippingOne && interpreter_.skipLevel == 0) interpreter_.skipLevel = -1;
-    if (done == 0) ReportFailure(interpreter_, entry.name);
+    if (done == 0) ReportFailure(interpreter_, entry);
   }
 
  private:

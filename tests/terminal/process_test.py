@@ -42,16 +42,17 @@ class OptionsTest(unittest.TestCase):
     def test_where(self):
         rows = [
             ('1 2 + # ', []),
-            ('"a" 1 + ', ["1:7: + on (string, real): no rule; it takes real+real, vector+vector, "
-                          "point+vector, vector+point, quaternion+quaternion"]),
-            ('\n[ two\nlines ] 1 -  ', ["3:11: - on (real): too few entries; it takes real-real, "
-                                        "vector-vector, point-vector, point-point, "
+            ('"a" 1 + ', ["1:7: + on (string, real): no rule; it takes real+real, or "
+                          "vector+vector, or point+vector, or vector+point, or "
+                          "quaternion+quaternion"]),
+            ('\n[ two\nlines ] 1 -  ', ["3:11: - on (real): too few entries; it takes real-real, or "
+                                        "vector-vector, or point-vector, or point-point, or "
                                         "quaternion-quaternion"]),
-            ('"a" p(1,2,3) * ', ["1:14: * on (string, point): no rule; it takes real*real, "
-                                 "vector*real, quaternion*real, rotation*real, scale*real, "
-                                 "vector*vector, ..."]),
-            ('1 "a" 2 ;v ', ["1:9: ;v on (real, string, real): no rule; it takes 3 reals, vector, "
-                             "point, matrix, quaternion, rotation"]),
+            ('"a" p(1,2,3) * ', ["1:14: * on (string, point): no rule; it takes real*real, or "
+                                 "vector*real, or quaternion*real, or rotation*real, or "
+                                 "scale*real, or vector*vector, ..."]),
+            ('1 "a" 2 ;v ', ["1:9: ;v on (real, string, real): no rule; it takes 3 reals, or "
+                             "vector, or point, or matrix, or quaternion, or rotation"]),
             (';nope ;  1 -- ', ["1:1: ;nope is no operator or function, the stack holds 0 ()",
                                 "1:7: ; is no operator or function, the stack holds 0 ()",
                                 "1:12: -- is no operator or function, the stack holds 1 (real)"]),
@@ -59,7 +60,7 @@ class OptionsTest(unittest.TestCase):
                         "1:3: 1e+ is no number, the stack holds 0 ()"]),
             ('v(1,\n2) ', ["1:1: v(1, 2 is no constant v(...), the stack holds 0 ()"]),
             ('V(1) ', ["1:1: V( begins no constant; v( p( m( q( r( s( do, the stack holds 0 ()"]),
-            ('5 7 : ', ["1:5: : on (real, real): no rule; it takes any, variable"]),
+            ('5 7 : ', ["1:5: : on (real, real): no rule; it takes anything and a variable"]),
             ('"no" ;read ', ["1:6: ;read on (string): failed with these values"]),
             ('1 2 9 \'\' ', ["1:7: '' on (real, real): the index that was on top is no position"]),
             ('"a" 1 < ', ["1:7: < on (string, real): no rule; it takes real<real"]),

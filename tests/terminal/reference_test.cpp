@@ -2,18 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "calc/dispatch.h"
-#include "calc/help.h"
 #include "calc/interpreter.h"
 #include "calc/run.h"
 #include "tests/folder.h"
-#include "tools/kelcalc/operand_types.h"
 
 namespace {
 
@@ -34,62 +36,97 @@ std::string OutputOf(const std::string& program, std::string& errors) {
   return texts[0];
 }
 
-TEST(Help, StandsInTheOrderOfTheDispatchTables) {
-  const CaHelpEntry* help = CaHelpTable;
-  for (const CaOperatorEntry* entry = CaOperatorTable; *entry->name != '\0'; ++entry, ++help) {
-    EXPECT_STREQ(help->name, entry->name);
+/// All operators and functions.
+std::vector<const CaOperatorEntry*> Entries() {
+  std::vector<const CaOperatorEntry*> entries;
+  for (const CaOperatorEntry* table : {CaOperatorTable, CaFunctionTable}) {
+    for (; *table->name != '\0'; ++table) entries.push_back(table);
   }
-  for (const CaOperatorEntry* entry = CaFunctionTable; *entry->name != '\0'; ++entry, ++help) {
-    EXPECT_EQ(help->name, std::string(";").append(entry->name));
-  }
-  EXPECT_STREQ(help->name, "");
+  return entries;
 }
 
 TEST(Help, ExamplesPrintWhatIsPromised) {
   const auto before = std::filesystem::current_path();
   const Folder folder;
   std::filesystem::current_path(folder.Root());  // the examples of files make one
-  for (const CaHelpEntry* help = CaHelpTable; *help->name != '\0'; ++help) {
+  for (const CaOperatorEntry* entry : Entries()) {
+    const CaHelp& help = entry->help;
     std::string errors;
-    EXPECT_EQ(OutputOf(help->example, errors), help->output) << help->example;
-    EXPECT_EQ(errors, "") << help->example;
-    EXPECT_NE(std::string(help->example).find(help->name), std::string::npos) << help->name;
+    EXPECT_EQ(OutputOf(help.example, errors), help.output) << help.example;
+    EXPECT_EQ(errors, "") << help.example;
+    EXPECT_NE(std::string(help.example).find(SpellingOf(*entry)), std::string::npos) << entry->name;
   }
   std::filesystem::current_path(before);
 }
 
-/// The combinations of `name`, each followed by ";".
-std::string Combinations(const char* name) {
+/// The alternatives of `name`, each followed by ";".
+std::string Alternatives(const char* name) {
+  const CaOperatorEntry& entry = *kelcalc::FindEntry(name);
   std::string text;
-  for (const auto& combination : kelcalc::TypesOf(*FindHelp(name)).combinations) {
-    text += kelcalc::CombinationText(combination, name).append(" ");
-    text += combination.result;
-    text += "; ";
+  for (const auto& one : kelcalc::AlternativesOf(entry)) {
+    text += kelcalc::TakenText(one, entry) + "; ";
   }
   return text;
 }
 
-TEST(OperandTypes, AreThoseOfTheRules) {
-  EXPECT_EQ(Combinations("/"),
-            "integer/integer integer; real/real real; vector/real vector; "
-            "quaternion/real quaternion; rotation/real quaternion; scale/real scale; ");
-  EXPECT_EQ(Combinations(";m"),
-            "12 reals matrix; 3 vectors, point matrix; matrix unchanged; quaternion matrix; "
-            "rotation matrix; scale matrix; ");
-  EXPECT_EQ(Combinations(";atan2"), "real, real real; ");
-  EXPECT_EQ(Combinations(";build"), "nothing real; ");
-  EXPECT_EQ(Combinations(":"), "any, variable ; ");
+TEST(Alternatives, AreToldApartFromOperands) {
+  EXPECT_EQ(Alternatives("%"), "integer%integer; vector%vector; quaternion%quaternion; ");
+  EXPECT_EQ(Alternatives(";m"),
+            "12 reals; 3 vectors and a point; matrix; quaternion; rotation; scale; ");
+  EXPECT_EQ(Alternatives("atan2"), "2 reals; ");
+  EXPECT_EQ(Alternatives(":"), "anything and a variable; ");
+  EXPECT_EQ(Alternatives("|") + Alternatives("}"), "2 values; nothing; ");
 }
 
-/// Where no rules can be asked, what users are told must be what runs.
-TEST(OperandTypes, ThatAreOnlyToldHold) {
-  for (const CaHelpEntry* help = CaHelpTable; *help->name != '\0'; ++help) {
-    if (std::string(help->operands).find("real") == std::string::npos) continue;
-    std::string errors;
-    OutputOf(std::string("1 1 0 ").append(help->name), errors);
-    EXPECT_EQ(errors, "") << help->name;
-    OutputOf(std::string("1 1 \"a\" ").append(help->name), errors);
-    EXPECT_EQ(errors, "\a \n") << help->name;
+bool Takes(const std::vector<kelcalc::Alternative>& alternatives, int top, int beneath) {
+  return std::ranges::any_of(alternatives, [&](const kelcalc::Alternative& one) {
+    return std::ranges::all_of(one.operands, [&](const CaType& operand) {
+      const int type = &operand == &one.operands.back() ? top : beneath;
+      return operand == type || operand == AnyType || operand == AllEntries;
+    });
+  });
+}
+
+/// Runs `entry` on a deep stack of values, `top` on top.
+void ExpectToRunAsTold(const CaOperatorEntry& entry, int top, int beneath, std::FILE* output) {
+  CaInterpreter interpreter;
+  interpreter.errors = std::tmpfile();
+  interpreter.output = output;
+  CaValue value("text");
+  value.integer = 1;
+  value.real = 1.0;
+  for (std::size_t i = 0; i <= MostOperands; ++i) {
+    value.type = i == MostOperands ? top : beneath;
+    interpreter.PushCopy(value);
+  }
+  const auto alternatives = kelcalc::AlternativesOf(entry);
+  const int done = entry.function(interpreter);
+  EXPECT_EQ(done != 0, Takes(alternatives, top, beneath)) << entry.name << top << beneath;
+  const int result = interpreter.Peek(0)->Value()->type;
+  EXPECT_TRUE(done == 0 || std::ranges::any_of(alternatives,
+                                               [&](const auto& one) {
+                                                 return one.gives == TypeNothing ||
+                                                        one.gives == result;
+                                               }))
+      << entry.name << top << beneath;
+  std::fclose(interpreter.errors);
+}
+
+// What an entry tells of an operator is what its routine does, whichever way it does it.
+TEST(Alternatives, AreWhatRuns) {
+  for (const CaOperatorEntry* entry : Entries()) {
+    if (SpellingOf(*entry) == ";write" || SpellingOf(*entry) == ";read") continue;
+    std::FILE* output = std::tmpfile();
+    for (int pair = 0; pair < TypeCount * TypeCount; ++pair) {
+      ExpectToRunAsTold(*entry, pair / TypeCount, pair % TypeCount, output);
+    }
+    EXPECT_EQ(std::ftell(output) > 0, entry->prints) << entry->name;
+    std::fclose(output);
+    CaInterpreter empty;
+    const std::vector<CaType> operands = kelcalc::AlternativesOf(*entry)[0].operands;
+    const bool succeeds = operands.empty() || operands[0] == AllEntries ||
+                          entry->onShortStack == CaShortStack::Succeeds;
+    EXPECT_EQ(entry->function(empty) != 0, succeeds) << entry->name;
   }
 }
 

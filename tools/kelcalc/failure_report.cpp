@@ -4,22 +4,23 @@
 #include <cctype>
 #include <cstddef>
 #include <cstdio>
+#include <vector>
 
 #include "calc/character_source.h"
-#include "calc/help.h"
+#include "calc/dispatch.h"
 #include "calc/interpreter.h"
 #include "calc/object.h"
 #include "calc/rules.h"
 #include "tools/kelcalc/number_style.h"
-#include "tools/kelcalc/operand_types.h"
 #include "tools/kelcalc/output.h"
+#include "tools/kelcalc/reference.h"
 
 namespace kelcalc {
 namespace {
 
-constexpr std::size_t MostCombinations = 6;
+constexpr std::size_t MostAlternatives = 6;
 
-/// What a program writes for the operator or function that the engine calls `name`.
+/// What a program wrote for the unknown operator or function that the engine calls `name`.
 std::string Spelling(const std::string& name) {
   const auto first = static_cast<unsigned char>(name.empty() ? 'x' : name.front());
   return std::isalnum(first) != 0 || first == '_' ? ';' + name : name;
@@ -45,65 +46,53 @@ std::string TokenText(const CaInterpreter& interpreter) {
   return token;
 }
 
-/// "it takes real+real, vector+vector, ..."; integers, which no program can make, are left out.
-std::string TakenText(const OperandTypes& taken, const std::string& name) {
-  std::string text;
+/// "it takes real+real, or vector+vector, ..."; integers, which no program can make, are left out.
+std::string TakenText(const CaOperatorEntry& entry) {
+  std::string text = "it takes ";
   std::size_t shown = 0;
-  for (const Combination& combination : taken.combinations) {
-    if (std::ranges::find(combination.operands, "integer") != combination.operands.end()) continue;
-    if (shown == MostCombinations) return text + ", ...";
-    text += (shown++ == 0 ? "it takes " : ", ") + CombinationText(combination, name);
+  for (const Alternative& one : AlternativesOf(entry)) {
+    if (std::ranges::find(one.operands, TypeInteger) != one.operands.end()) continue;
+    if (shown == MostAlternatives) return text + ", ...";
+    if (shown++ > 0) text += ", or ";
+    text += TakenText(one, entry);
   }
   return text;
 }
 
-int MostOperandsOf(const OperandTypes& taken) {
-  std::size_t most = 0;
-  for (const Combination& one : taken.combinations) most = std::max(most, one.operands.size());
-  return static_cast<int>(most);
+/// Whether the entries on top are what `alternative` takes.
+bool Fits(const CaInterpreter& interpreter, const Alternative& alternative) {
+  auto position = static_cast<int>(alternative.operands.size());
+  if (interpreter.Depth() < position) return false;
+  return std::ranges::all_of(alternative.operands, [&](CaType type) {
+    const CaObject& entry = *interpreter.Peek(--position);
+    if (type == AnyVariable) return entry.Kind() == KindVariable;
+    return type == AnyType || type == entry.Value()->type;
+  });
 }
 
-int FewestOperandsOf(const OperandTypes& taken) {
-  std::size_t fewest = MostOperands;
-  for (const Combination& one : taken.combinations) fewest = std::min(fewest, one.operands.size());
-  return static_cast<int>(fewest);
-}
-
-/// Whether the entries on top are of the types that an operator without rules takes.
-bool Fits(const CaInterpreter& interpreter, const OperandTypes& taken) {
-  for (const Combination& combination : taken.combinations) {
-    int position = static_cast<int>(combination.operands.size());
-    const bool fits = std::ranges::all_of(combination.operands, [&](const std::string& type) {
-      const CaObject& entry = *interpreter.Peek(--position);
-      if (type == "variable") return entry.Kind() == KindVariable;
-      return type == "any" || type == TypeName(entry.Value()->type);
-    });
-    if (fits) return true;
+std::string OperatorReason(const CaInterpreter& interpreter, const CaOperatorEntry& entry) {
+  const std::string name = SpellingOf(entry);
+  if (name == "''") {  // the one operator whose operand is gone when it fails
+    return name + " on " + TopTypes(interpreter, 4) + ": the index that was on top is no position";
   }
-  return false;
+  const std::vector<Alternative> alternatives = AlternativesOf(entry);
+  std::size_t fewest = MostOperands;
+  std::size_t most = 0;
+  for (const Alternative& one : alternatives) {
+    fewest = std::min(fewest, one.operands.size());
+    most = std::max(most, one.operands.size());
+  }
+  const std::string on = name + " on " + TopTypes(interpreter, static_cast<int>(most)) + ": ";
+  if (interpreter.Depth() < static_cast<int>(fewest)) {
+    return on + "too few entries; " + TakenText(entry);
+  }
+  const auto fits = [&](const Alternative& one) { return Fits(interpreter, one); };
+  if (std::ranges::any_of(alternatives, fits)) return on + "failed with these values";
+  return on + "no rule; " + TakenText(entry);
 }
 
-}  // namespace
-
-void FailureReport::Failed(const CaInterpreter& interpreter, CaFailure failure, const char* name) {
-  ++count;
-  if (settings.where) SayWhere(interpreter, failure, name);
-  pairRules = {};
-  topRules = {};
-  if (settings.stop) EndWithOutput(1);
-}
-
-void FailureReport::SayWhere(const CaInterpreter& interpreter, CaFailure failure,
-                             const char* name) const {
-  const CaPosition position = interpreter.input->MarkedPosition();
-  const std::string place = interpreter.input->name + ':' + std::to_string(position.line) + ':' +
-                            std::to_string(position.column) + ": ";
-  std::fprintf(interpreter.errors, "%s%s%s%s\n", settings.colour ? "\x1b[1m" : "", place.c_str(),
-               settings.colour ? "\x1b[0m" : "", Reason(interpreter, failure, name).c_str());
-}
-
-std::string FailureReport::Reason(const CaInterpreter& interpreter, CaFailure failure,
-                                  const char* name) const {
+std::string Reason(const CaInterpreter& interpreter, CaFailure failure, const char* name,
+                   const CaOperatorEntry* entry) {
   const std::string stack =
       ", the stack holds " + std::to_string(interpreter.Depth()) + ' ' + TopTypes(interpreter, 4);
   switch (failure) {
@@ -116,32 +105,24 @@ std::string FailureReport::Reason(const CaInterpreter& interpreter, CaFailure fa
     case CaFailure::UnknownSpecifier:
       return std::string(name) + "( begins no constant; v( p( m( q( r( s( do" + stack;
     default:
-      return OperatorReason(interpreter, Spelling(name));
+      return OperatorReason(interpreter, *entry);
   }
 }
 
-std::string FailureReport::OperatorReason(const CaInterpreter& interpreter,
-                                          const std::string& name) const {
-  if (name == "''") {  // the one operator whose operand is gone when it fails
-    return name + " on " + TopTypes(interpreter, 4) + ": the index that was on top is no position";
+}  // namespace
+
+void FailureReport::Failed(const CaInterpreter& interpreter, CaFailure failure, const char* name,
+                           const CaOperatorEntry* entry) {
+  ++count;
+  if (settings.where) {
+    const CaPosition position = interpreter.input->MarkedPosition();
+    const std::string place = interpreter.input->name + ':' + std::to_string(position.line) + ':' +
+                              std::to_string(position.column) + ": ";
+    std::fprintf(interpreter.errors, "%s%s%s%s\n", settings.colour ? "\x1b[1m" : "", place.c_str(),
+                 settings.colour ? "\x1b[0m" : "",
+                 Reason(interpreter, failure, name, entry).c_str());
   }
-  OperandTypes taken;
-  if (!pairRules.empty()) {
-    taken = {CombinationsOf(pairRules), true};
-  } else if (!topRules.empty()) {
-    taken = {CombinationsOf(topRules), true};
-  } else if (const CaHelpEntry* help = FindHelp(name); help != nullptr) {
-    taken = TypesOf(*help);
-  }
-  // Where the number of operands depends on the top, its type is what tells.
-  const int wanted = taken.combinations.empty() ? 0 : MostOperandsOf(taken);
-  const std::string on = name + " on " + TopTypes(interpreter, wanted) + ": ";
-  if (interpreter.Depth() < FewestOperandsOf(taken)) {
-    return on + "too few entries; " + TakenText(taken, name);
-  }
-  const bool tried = !pairRules.empty() || !topRules.empty();
-  if (!tried && Fits(interpreter, taken)) return on + "failed with these values";
-  return on + "no rule; " + TakenText(taken, name);
+  if (settings.stop) EndWithOutput(1);
 }
 
 }  // namespace kelcalc

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <span>
 #include <string>
 
 #include "calc/failure_observer.h"
@@ -22,19 +21,12 @@ class FailureReport final : public CaFailureObserver {
   long long Count() const { return count; }
   bool SaysWhere() const { return settings.where; }
 
-  void NoRuleAmong(std::span<const CaRule> rules) override { pairRules = rules; }
-  void NoRuleAmong(std::span<const CaTopRule> rules) override { topRules = rules; }
-  void Failed(const CaInterpreter& interpreter, CaFailure failure, const char* name) override;
+  void Failed(const CaInterpreter& interpreter, CaFailure failure, const char* name,
+              const CaOperatorEntry* entry) override;
 
  private:
-  void SayWhere(const CaInterpreter& interpreter, CaFailure failure, const char* name) const;
-  std::string Reason(const CaInterpreter& interpreter, CaFailure failure, const char* name) const;
-  std::string OperatorReason(const CaInterpreter& interpreter, const std::string& name) const;
-
   Settings settings;
   long long count = 0;
-  std::span<const CaRule> pairRules;    // tried by the operator that is failing
-  std::span<const CaTopRule> topRules;  // the same
 };
 
 }  // namespace kelcalc

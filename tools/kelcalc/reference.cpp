@@ -5,15 +5,12 @@
 #include <initializer_list>
 #include <vector>
 
-#include "calc/help.h"
-#include "tools/kelcalc/operand_types.h"
+#include "tools/kelcalc/number_style.h"
 
 namespace kelcalc {
 namespace {
 
 constexpr std::size_t LineWidth = 78;
-
-bool IsFunction(const CaHelpEntry& entry) { return entry.name[0] == ';'; }
 
 std::string Joined(std::initializer_list<std::string_view> parts) {
   std::string text;
@@ -26,10 +23,48 @@ std::string Padded(std::string text, std::size_t width) {
   return text;
 }
 
-std::string GivenText(const Combination& combination, const std::string& name) {
-  std::string taken = CombinationText(combination, name);
-  if (combination.result.empty()) return taken;
-  return Joined({taken, " -> ", combination.result});
+/// An operand as part of a list: "a point".
+std::string WithArticle(const std::string& noun) {
+  const bool vowel = std::string_view("aeiou").find(noun.front()) != std::string_view::npos;
+  return Joined({noun == "anything" ? "" : vowel ? "an " : "a ", noun});
+}
+
+std::string NounOf(CaType operand) {
+  if (operand == AnyType) return "anything";
+  if (operand == AnyVariable) return "variable";
+  if (operand == AllEntries) return "all entries";
+  return TypeName(operand);
+}
+
+/// "12 reals" for twelve of them in a row, else one after the other.
+std::string Listed(const std::vector<CaType>& operands) {
+  std::string text;
+  for (std::size_t i = 0; i < operands.size();) {
+    std::size_t same = i + 1;
+    while (same < operands.size() && operands[same] == operands[i]) ++same;
+    const std::string noun = NounOf(operands[i]);
+    if (!text.empty()) text += " and ";
+    if (operands[i] == AnyType && same > i + 1) {
+      text += Joined({std::to_string(same - i), " values"});
+    } else if (same > i + 1) {
+      text += Joined({std::to_string(same - i), " ", noun, "s"});
+    } else {
+      text += operands.size() == 1 ? noun : WithArticle(noun);
+    }
+    i = same;
+  }
+  return text;
+}
+
+std::string ResultText(const Alternative& alternative) {
+  if (alternative.keeps) return "unchanged";
+  return alternative.gives == TypeNothing ? "" : TypeName(alternative.gives);
+}
+
+std::string GivenText(const Alternative& alternative, const CaOperatorEntry& entry) {
+  const std::string taken = TakenText(alternative, entry);
+  const std::string result = ResultText(alternative);
+  return result.empty() ? taken : Joined({taken, " -> ", result});
 }
 
 /// `parts` one after the other, in lines that begin with `indent`.
@@ -52,68 +87,107 @@ std::string Wrapped(const std::vector<std::string>& parts, const std::string& in
   return text + '\n';
 }
 
-std::string ListEntry(const CaHelpEntry& entry) {
-  std::vector<std::string> combinations;
-  for (const Combination& combination : TypesOf(entry).combinations) {
-    combinations.push_back(GivenText(combination, entry.name));
+std::string ListEntry(const CaOperatorEntry& entry) {
+  std::vector<std::string> alternatives;
+  for (const Alternative& one : AlternativesOf(entry)) {
+    alternatives.push_back(GivenText(one, entry));
   }
-  return Joined({"  ", Padded(entry.name, 8), entry.summary, "\n",
-                 Wrapped(combinations, std::string(12, ' '))});
+  return Joined({"  ", Padded(SpellingOf(entry), 8), entry.help.summary, "\n",
+                 Wrapped(alternatives, std::string(12, ' '))});
 }
 
-std::string Explanation(const CaHelpEntry& entry) {
-  const OperandTypes types = TypesOf(entry);
+std::string Explanation(const CaOperatorEntry& entry) {
+  const std::vector<Alternative> alternatives = AlternativesOf(entry);
   std::size_t width = 0;
-  for (const Combination& combination : types.combinations) {
-    width = std::max(width, CombinationText(combination, entry.name).size());
+  for (const Alternative& one : alternatives) {
+    width = std::max(width, TakenText(one, entry).size());
   }
-  std::string text = Joined({entry.name, "  ", entry.summary, "\n\n"});
-  for (const Combination& combination : types.combinations) {
-    const std::string taken = CombinationText(combination, entry.name);
-    text += combination.result.empty()
-                ? Joined({"  ", taken, "\n"})
-                : Joined({"  ", Padded(taken, width), "  ->  ", combination.result, "\n"});
+  std::string text = Joined({SpellingOf(entry), "  ", entry.help.summary, "\n\n"});
+  for (const Alternative& one : alternatives) {
+    const std::string taken = TakenText(one, entry);
+    const std::string result = ResultText(one);
+    text += result.empty() ? Joined({"  ", taken, "\n"})
+                           : Joined({"  ", Padded(taken, width), "  ->  ", result, "\n"});
   }
-  return Joined({text, "\nExample:  ", entry.example, "\n", entry.output});
+  if (entry.onShortStack == CaShortStack::Succeeds) {
+    text += "\nWith too few entries it does nothing and does not fail.\n";
+  }
+  return Joined({text, "\nExample:  ", entry.help.example, "\n", entry.help.output});
 }
 
 /// In a code span, which no sign of the language can end.
 std::string Code(const std::string& text) { return Joined({"`", text, "`"}); }
 
-std::string MarkdownEntry(const CaHelpEntry& entry) {
-  std::vector<std::string> combinations;
-  for (const Combination& combination : TypesOf(entry).combinations) {
-    const std::string taken = CombinationText(combination, entry.name);
-    std::string given = Code(taken);
-    if (!combination.result.empty()) given = Joined({given, " gives ", combination.result});
-    combinations.push_back(given);
+std::string MarkdownEntry(const CaOperatorEntry& entry) {
+  std::vector<std::string> alternatives;
+  for (const Alternative& one : AlternativesOf(entry)) {
+    const std::string result = ResultText(one);
+    const std::string taken = Code(TakenText(one, entry));
+    alternatives.push_back(result.empty() ? taken : Joined({taken, " gives ", result}));
   }
-  return Joined({"- ", Code(entry.name), " ", entry.summary, ".\n", Wrapped(combinations, "  "),
-                 "  Example: ", Code(entry.example), "\n"});
+  return Joined({"- ", Code(SpellingOf(entry)), " ", entry.help.summary, ".\n",
+                 Wrapped(alternatives, "  "), "  Example: ", Code(entry.help.example), "\n"});
 }
 
-/// The operators, then the functions, each under `heading` and made by `make`.
+/// The entries of one table under a title, each made by `make`.
 template <typename Make>
-std::string Sections(const char* heading, const char* afterHeading, Make make) {
-  std::string text;
-  const CaHelpEntry* entry = CaHelpTable;
-  for (const char* title : {"Operators", "Functions"}) {
-    const bool functions = title[0] == 'F';
-    text += Joined({text.empty() ? "" : "\n", heading, title, afterHeading});
-    for (; *entry->name != '\0' && IsFunction(*entry) == functions; ++entry) text += make(*entry);
-  }
+std::string Section(const CaOperatorEntry* table, std::string text, Make make) {
+  for (const CaOperatorEntry* entry = table; *entry->name != '\0'; ++entry) text += make(*entry);
   return text;
+}
+
+const CaOperatorEntry* FindIn(const CaOperatorEntry* table, std::string_view name) {
+  while (*table->name != '\0' && table->name != name) ++table;
+  return *table->name == '\0' ? nullptr : table;
 }
 
 }  // namespace
 
-std::string ListText() { return Sections("", ":\n", ListEntry); }
+std::vector<Alternative> AlternativesOf(const CaOperatorEntry& entry) {
+  std::vector<Alternative> alternatives;
+  if (entry.pairs != nullptr) {
+    for (const CaRule& rule : entry.pairs->Rules()) {
+      if (rule.gives == TypeNothing) continue;
+      alternatives.push_back({{rule.beneath, rule.top}, rule.gives, false});
+    }
+  }
+  for (const CaTopRule& form : entry.forms) {
+    std::vector<CaType> operands(static_cast<std::size_t>(std::max(form.operands - 1, 0)),
+                                 form.further);
+    if (form.operands > 0 || form.top == AllEntries) operands.push_back(form.top);
+    const bool keeps = form.make == nullptr && form.operands == 1 && form.gives == form.top;
+    alternatives.push_back({operands, form.gives, keeps});
+  }
+  return alternatives;
+}
+
+std::string TakenText(const Alternative& alternative, const CaOperatorEntry& entry) {
+  if (alternative.operands.empty()) return "nothing";
+  const bool between =
+      alternative.operands.size() == 2 && *entry.sign == '\0' && alternative.operands[0] != AnyType;
+  if (!between) return Listed(alternative.operands);
+  return Joined({NounOf(alternative.operands[0]), entry.name, NounOf(alternative.operands[1])});
+}
+
+const CaOperatorEntry* FindEntry(std::string_view name) {
+  if (name.starts_with(FunctionSign)) return FindIn(CaFunctionTable, name.substr(1));
+  const CaOperatorEntry* entry = FindIn(CaOperatorTable, name);
+  return entry == nullptr ? FindIn(CaFunctionTable, name) : entry;
+}
+
+std::string ListText() {
+  return Section(CaOperatorTable, "Operators:\n", ListEntry) +
+         Section(CaFunctionTable, "\nFunctions:\n", ListEntry);
+}
 
 std::string ExplanationText(std::string_view name) {
-  const CaHelpEntry* entry = FindHelp(name);
+  const CaOperatorEntry* entry = FindEntry(name);
   return entry == nullptr ? "" : Explanation(*entry);
 }
 
-std::string ReferenceMarkdown() { return Sections("### All ", "\n\n", MarkdownEntry); }
+std::string ReferenceMarkdown() {
+  return Section(CaOperatorTable, "### All Operators\n\n", MarkdownEntry) +
+         Section(CaFunctionTable, "\n### All Functions\n\n", MarkdownEntry);
+}
 
 }  // namespace kelcalc
