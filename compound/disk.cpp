@@ -2,43 +2,29 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <ctime>
 
 namespace {
 
 alignas(4096) constexpr std::byte Zeros[64 * 1024] = {};
 
-struct ErrorCode {
-  int error;
-  HRESULT result;
-};
+int ErrorOf(int result) { return result == 0 ? 0 : errno; }
 
-constexpr ErrorCode WriteErrors[] = {
-    {ENOSPC, STG_E_MEDIUMFULL},
-    {EDQUOT, STG_E_MEDIUMFULL},
-    {EFBIG, STG_E_MEDIUMFULL},
-    {ENOMEM, E_OUTOFMEMORY},
-};
-
-constexpr ErrorCode OpenErrors[] = {
-    {ENOENT, STG_E_PATHNOTFOUND},      {ENOTDIR, STG_E_PATHNOTFOUND},
-    {ENAMETOOLONG, STG_E_INVALIDNAME}, {EMFILE, STG_E_TOOMANYOPENFILES},
-    {ENFILE, STG_E_TOOMANYOPENFILES},  {ENOSPC, STG_E_MEDIUMFULL},
-    {EDQUOT, STG_E_MEDIUMFULL},        {ENOMEM, E_OUTOFMEMORY},
-};
-
-template <std::size_t Size>
-HRESULT ResultOf(int error, const ErrorCode (&table)[Size], HRESULT otherwise) {
-  for (const ErrorCode& row : table) {
-    if (row.error == error) return row.result;
+/// Makes a call until no signal interrupts it; 0 or its errno.
+template <class Call>
+int Repeat(const Call& call) {
+  while (call() < 0) {
+    if (errno != EINTR) return errno;
   }
-  return otherwise;
+  return 0;
 }
 
 /// While it lives, growing beyond the process's file-size limit is an error (EFBIG) and does not
@@ -46,139 +32,210 @@ HRESULT ResultOf(int error, const ErrorCode (&table)[Size], HRESULT otherwise) {
 class FileSizeSignalBlocked {
  public:
   FileSizeSignalBlocked() {
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGXFSZ);
+    sigemptyset(&signals_);
+    sigaddset(&signals_, SIGXFSZ);
     sigset_t pending;
     sigpending(&pending);
-    wasPending = sigismember(&pending, SIGXFSZ) == 1;
-    pthread_sigmask(SIG_BLOCK, &signals, &before);
+    wasPending_ = sigismember(&pending, SIGXFSZ) == 1;
+    pthread_sigmask(SIG_BLOCK, &signals_, &before_);
   }
   ~FileSizeSignalBlocked() {
     const timespec now = {0, 0};
     const int error = errno;
-    while (!wasPending && sigtimedwait(&signals, nullptr, &now) < 0 && errno == EINTR) {
+    while (!wasPending_ && sigtimedwait(&signals_, nullptr, &now) < 0 && errno == EINTR) {
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
     errno = error;
   }
   FileSizeSignalBlocked(const FileSizeSignalBlocked&) = delete;
   FileSizeSignalBlocked& operator=(const FileSizeSignalBlocked&) = delete;
 
  private:
-  sigset_t signals;
-  sigset_t before;
-  bool wasPending;
+  sigset_t signals_;
+  sigset_t before_;
+  bool wasPending_;
 };
 
-/// Opens the file; `*isNew` tells whether that made it.
-int OpenOrMake(const char* path, bool exists, bool* isNew) {
-  constexpr int Flags = O_RDWR | O_CREAT | O_CLOEXEC;
-  const int made = exists ? -1 : open(path, Flags | O_EXCL, 0666);
-  *isNew = made >= 0;
-  if (exists || (made < 0 && errno == EEXIST)) return open(path, Flags, 0666);
-  return made;
-}
-
-bool WriteZeros(int file, std::uint64_t from, std::uint64_t to) {
-  while (from < to) {
-    const std::size_t size = std::min<std::uint64_t>(to - from, sizeof Zeros);
-    if (!WriteAll(file, Zeros, size, from)) return false;
-    from += size;
+class TheSystemsDisk final : public Disk {
+ public:
+  int Open(const char* path, int flags, mode_t permissions, int* file) override {
+    return Repeat([&] { return *file = open(path, flags | O_CLOEXEC, permissions); });
   }
-  return true;
-}
 
-/// Writes the first `size` bytes over themselves: what keeps them from being written (a limit, a
-/// quota, a disk that copies on writing) shows while they are still there.
-bool Rewrite(int file, std::uint64_t size) {
-  const FileSizeSignalBlocked blocked;
-  std::byte bytes[4096];
-  for (std::uint64_t at = 0; at < size;) {
-    const std::size_t part = std::min<std::uint64_t>(size - at, sizeof bytes);
-    const ssize_t got = pread(file, bytes, part, static_cast<off_t>(at));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return got == 0;
-    if (!WriteAll(file, bytes, static_cast<std::size_t>(got), at)) return false;
-    at += static_cast<std::uint64_t>(got);
+  int OpenUnseen(const char* folder, int* file, std::string* name) override {
+    name->clear();
+    const int error = Open(folder, O_TMPFILE | O_RDWR, 0600, file);
+    // What a file system or a kernel says that does not know such files.
+    if (error != EOPNOTSUPP && error != EISDIR && error != ENOENT && error != EINVAL) return error;
+    *name = std::string(folder) + "/.kelsave-XXXXXX";
+    *file = mkostemp(name->data(), O_CLOEXEC);
+    return *file < 0 ? errno : 0;
   }
-  return true;
-}
 
-/// Empties the file and takes its space. What an old file has of it, it keeps, as others could
-/// take what is given back; what it lacks is taken before anything of it is lost.
-HRESULT Empty(int file, std::uint64_t space) {
-  struct stat status = {};
-  if (flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return STG_E_SHAREVIOLATION;
-  if (fstat(file, &status) != 0) return STG_E_WRITEFAULT;
-  const auto before = static_cast<std::uint64_t>(status.st_size);
-  const std::uint64_t kept = std::min(before, space);
-  if (!Rewrite(file, kept) || (kept < space && !TakeSpace(file, kept, space))) {
-    const HRESULT result = WriteResult(errno);
-    return CutFile(file, before) ? result : STG_E_WRITEFAULT;
+  int Show(int file, const char* name, const char* newName) override {
+    if (*name != '\0') return Rename(name, newName);
+    char self[40];
+    std::snprintf(self, sizeof self, "/proc/self/fd/%d", file);
+    return ErrorOf(linkat(AT_FDCWD, self, AT_FDCWD, newName, AT_SYMLINK_FOLLOW));
   }
-  return CutFile(file, space) && WriteZeros(file, 0, kept) ? S_OK : WriteResult(errno);
-}
+
+  int Close(int file) override { return ErrorOf(close(file)); }
+
+  int Lock(int file, bool exclusive) override {
+    return Repeat([&] { return flock(file, (exclusive ? LOCK_EX : LOCK_SH) | LOCK_NB); });
+  }
+
+  int Unlock(int file) override { return ErrorOf(flock(file, LOCK_UN)); }
+
+  int Status(int file, struct stat* status) override { return ErrorOf(fstat(file, status)); }
+
+  int ReadAt(int file, std::uint64_t offset, void* data, std::size_t size,
+             std::size_t* got) override {
+    auto* to = static_cast<std::byte*>(data);
+    for (*got = 0; *got < size;) {
+      const ssize_t read = pread(file, to + *got, size - *got, static_cast<off_t>(offset + *got));
+      if (read < 0 && errno == EINTR) continue;
+      if (read <= 0) return read == 0 ? 0 : errno;
+      *got += static_cast<std::size_t>(read);
+    }
+    return 0;
+  }
+
+  int WriteAt(int file, std::uint64_t offset, const void* data, std::size_t size) override {
+    const FileSizeSignalBlocked blocked;
+    return WriteAll(file, offset, static_cast<const std::byte*>(data), size);
+  }
+
+  int TakeSpace(int file, std::uint64_t from, std::uint64_t to, Length length) override {
+    const FileSizeSignalBlocked blocked;
+    const int mode = length == Length::Keep ? FALLOC_FL_KEEP_SIZE : 0;
+    const int error = Repeat([&] {
+      return fallocate(file, mode, static_cast<off_t>(from), static_cast<off_t>(to - from));
+    });
+    if (error != EOPNOTSUPP && error != ENOSYS) return error;
+    while (from < to) {
+      const std::size_t part = std::min<std::uint64_t>(to - from, sizeof Zeros);
+      const int written = WriteAll(file, from, Zeros, part);
+      if (written != 0) return written;
+      from += part;
+    }
+    return 0;
+  }
+
+  int Cut(int file, std::uint64_t size) override {
+    const FileSizeSignalBlocked blocked;
+    return Repeat([&] { return ftruncate(file, static_cast<off_t>(size)); });
+  }
+
+  int Sync(int file) override {
+    return Repeat([&] { return fsync(file); });
+  }
+
+  int SetAttributes(int file, const struct stat& status) override {
+    const timespec times[2] = {status.st_atim, status.st_mtim};
+    // Keeping the owner is often forbidden.
+    if (fchown(file, status.st_uid, status.st_gid) != 0) errno = 0;
+    const int error = ErrorOf(fchmod(file, status.st_mode & 07777U));
+    return error != 0 ? error : ErrorOf(futimens(file, times));
+  }
+
+  int StatusOf(const char* path, struct stat* status) override {
+    return ErrorOf(stat(path, status));
+  }
+
+  int StatusOfLink(const char* path, struct stat* status) override {
+    return ErrorOf(lstat(path, status));
+  }
+
+  int ReadLink(const char* path, std::string* target) override {
+    char text[PATH_MAX];
+    const ssize_t size = readlink(path, text, sizeof text);
+    if (size < 0) return errno;
+    target->assign(text, static_cast<std::size_t>(size));
+    return 0;
+  }
+
+  int SetPermissions(const char* path, mode_t permissions) override {
+    return ErrorOf(chmod(path, permissions));
+  }
+
+  int Rename(const char* from, const char* to) override {
+#ifdef RENAME_NOREPLACE
+    const int error = ErrorOf(renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE));
+    if (error != EINVAL && error != ENOSYS) return error;
+#endif
+    struct stat existing;
+    return lstat(to, &existing) == 0 ? EEXIST : ErrorOf(std::rename(from, to));
+  }
+
+  int Remove(const char* path) override { return ErrorOf(unlink(path)); }
+
+  int SyncFolder(const char* folder) override {
+    int file = -1;
+    int error = Open(folder, O_RDONLY | O_DIRECTORY, 0, &file);
+    if (error != 0) return error;
+    error = Sync(file);
+    close(file);
+    return error == EINVAL ? 0 : error;  // a file system that has nothing to wait for
+  }
+
+ private:
+  static int WriteAll(int file, std::uint64_t offset, const std::byte* data, std::size_t size) {
+    while (size > 0) {
+      const ssize_t written = pwrite(file, data, size, static_cast<off_t>(offset));
+      if (written < 0 && errno == EINTR) continue;
+      if (written <= 0) return written == 0 ? EIO : errno;
+      data += written;
+      size -= static_cast<std::size_t>(written);
+      offset += static_cast<std::uint64_t>(written);
+    }
+    return 0;
+  }
+};
+
+Disk* inUse = nullptr;
 
 }  // namespace
 
-HRESULT WriteResult(int error) { return ResultOf(error, WriteErrors, STG_E_WRITEFAULT); }
-
-HRESULT OpenEmpty(const char* path, std::uint64_t space, int* descriptor) {
-  struct stat status = {};
-  const bool exists = stat(path, &status) == 0;
-  if (exists && (!S_ISREG(status.st_mode) || (status.st_mode & S_IWUSR) == 0)) {
-    return STG_E_ACCESSDENIED;
-  }
-  bool isNew = false;
-  const int opened = OpenOrMake(path, exists, &isNew);
-  if (opened < 0) return ResultOf(errno, OpenErrors, STG_E_ACCESSDENIED);
-  const HRESULT result = Empty(opened, space);
-  if (FAILED(result)) {
-    // Who holds the lock on a file this new is saving a scene into it.
-    if (isNew && result != STG_E_SHAREVIOLATION) unlink(path);
-    close(opened);
-    return result;
-  }
-  *descriptor = opened;
-  return S_OK;
+Disk& SystemDisk() {
+  static TheSystemsDisk disk;
+  return disk;
 }
 
-bool WriteAll(int descriptor, const std::byte* data, std::size_t size, std::uint64_t offset) {
-  while (size > 0) {
-    const ssize_t written = pwrite(descriptor, data, size, static_cast<off_t>(offset));
-    if (written < 0 && errno == EINTR) continue;
-    if (written == 0) errno = EIO;
-    if (written <= 0) return false;
-    data += written;
-    size -= static_cast<std::size_t>(written);
-    offset += static_cast<std::uint64_t>(written);
+Disk& CurrentDisk() { return inUse != nullptr ? *inUse : SystemDisk(); }
+
+void UseDisk(Disk* disk) { inUse = disk; }
+
+int* OpenFile::Place() {
+  Close();
+  return &number_;
+}
+
+int OpenFile::Close() {
+  if (number_ < 0) return 0;
+  const int file = number_;
+  number_ = -1;
+  return CurrentDisk().Close(file);
+}
+
+int FollowLinks(const std::string& path, std::string* name) {
+  constexpr int LongestChain = 40;  // as the kernel counts
+  *name = path;
+  for (int followed = 0; followed < LongestChain; ++followed) {
+    struct stat status;
+    const int error = CurrentDisk().StatusOfLink(name->c_str(), &status);
+    if (error != 0) return error == ENOENT ? 0 : error;
+    if (!S_ISLNK(status.st_mode)) return 0;
+    std::string target;
+    const int unread = CurrentDisk().ReadLink(name->c_str(), &target);
+    if (unread != 0) return unread;
+    *name = target.front() == '/' ? target : FolderOf(*name) + "/" + target;
   }
-  return true;
+  return ELOOP;
 }
 
-bool TakeSpace(int descriptor, std::uint64_t from, std::uint64_t to) {
-  const FileSizeSignalBlocked blocked;
-  int result = 0;
-  do {
-    result = fallocate(descriptor, 0, static_cast<off_t>(from), static_cast<off_t>(to - from));
-  } while (result != 0 && errno == EINTR);
-  if (result == 0) return true;
-  if (errno != EOPNOTSUPP && errno != ENOSYS) return false;
-  return WriteZeros(descriptor, from, to);
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
 }
-
-bool CutFile(int descriptor, std::uint64_t size) {
-  while (ftruncate(descriptor, static_cast<off_t>(size)) != 0) {
-    if (errno != EINTR) return false;
-  }
-  return true;
-}
-
-bool SyncFile(int descriptor) {
-  while (fdatasync(descriptor) != 0) {
-    if (errno != EINTR) return false;
-  }
-  return true;
-}
-
-void UnlockFile(int descriptor) { flock(descriptor, LOCK_UN); }

@@ -1,13 +1,11 @@
 #include "compound/gathering_file.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
 
-#include "compound/disk.h"
+#include "compound/file_creation.h"
 
 namespace {
 
@@ -20,14 +18,19 @@ std::uint64_t PieceOf(std::uint64_t offset) { return offset & ~std::uint64_t{Pie
 
 }  // namespace
 
-CompoundFile::~CompoundFile() {
-  if (descriptor >= 0) close(descriptor);
-}
-
 HRESULT CompoundFile::Create(const char* path, std::uint64_t size) {
-  const HRESULT result = OpenEmpty(path, size, &descriptor);
-  if (SUCCEEDED(result)) reserved = size;
-  return result;
+  // Memory first, as nothing may fail once the old file is cut.
+  Piece& first = pieces[0];
+  first.bytes.reset(new (std::nothrow) std::byte[PieceSize]);
+  if (!first.bytes) return E_OUTOFMEMORY;
+  std::string name;
+  const HRESULT result = OpenEmpty(path, size, &file, &name);
+  if (FAILED(result)) return result;
+  folder = FolderOf(name);
+  std::memset(first.bytes.get(), 0, size);
+  first.end = size;
+  touched = reserved = size;
+  return S_OK;
 }
 
 HRESULT CompoundFile::Reserve(std::uint64_t size) { return size <= reserved ? S_OK : Grow(size); }
@@ -35,14 +38,16 @@ HRESULT CompoundFile::Reserve(std::uint64_t size) { return size <= reserved ? S_
 HRESULT CompoundFile::Grow(std::uint64_t size) {
   const std::uint64_t ahead = std::clamp(reserved / 8, SmallestGrowth, LargestGrowth);
   const std::uint64_t generous = PieceOf(std::max(size, reserved + ahead) + PieceSize - 1);
+  int error = 0;
   // A disk that is nearly full still takes what is really needed.
   for (const std::uint64_t to : {generous, size}) {
-    if (TakeSpace(descriptor, reserved, to)) {
+    error = CurrentDisk().TakeSpace(file.Number(), reserved, to, Disk::Length::Grow);
+    if (error == 0) {
       reserved = to;
       return S_OK;
     }
   }
-  return WriteResult(errno);
+  return WriteResult(error);
 }
 
 HRESULT CompoundFile::Write(std::uint64_t offset, const void* data, std::size_t size) {
@@ -134,10 +139,9 @@ HRESULT CompoundFile::Take(std::uint64_t pieceOffset, Piece** piece) {
 
 HRESULT CompoundFile::WriteOut(Piece& piece) {
   if (piece.begin == piece.end) return S_OK;
-  if (!WriteAll(descriptor, &piece.bytes[piece.begin], piece.end - piece.begin,
-                piece.offset + piece.begin)) {
-    return WriteResult(errno);
-  }
+  const int error = CurrentDisk().WriteAt(file.Number(), piece.offset + piece.begin,
+                                          &piece.bytes[piece.begin], piece.end - piece.begin);
+  if (error != 0) return WriteResult(error);
   piece.begin = piece.end = 0;
   piece.lastUse = 0;
   return S_OK;
@@ -146,7 +150,8 @@ HRESULT CompoundFile::WriteOut(Piece& piece) {
 HRESULT CompoundFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
   // Also when the write fails: a part of it may be in the file.
   touched = std::max(touched, offset + size);
-  if (!WriteAll(descriptor, data, size, offset)) return WriteResult(errno);
+  const int error = CurrentDisk().WriteAt(file.Number(), offset, data, size);
+  if (error != 0) return WriteResult(error);
   for (Piece& piece : pieces) {
     if (piece.offset >= offset && piece.offset < offset + size) piece.begin = piece.end = 0;
   }
@@ -177,18 +182,9 @@ HRESULT CompoundFile::Read(std::uint64_t offset, void* data, std::size_t size) {
 }
 
 HRESULT CompoundFile::ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size) {
-  while (size > 0) {
-    const ssize_t got = pread(descriptor, data, size, static_cast<off_t>(offset));
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return STG_E_READFAULT;
-    if (got == 0) {
-      std::memset(data, 0, size);
-      return S_OK;
-    }
-    data += got;
-    size -= static_cast<std::size_t>(got);
-    offset += static_cast<std::uint64_t>(got);
-  }
+  std::size_t got = 0;
+  if (CurrentDisk().ReadAt(file.Number(), offset, data, size, &got) != 0) return STG_E_READFAULT;
+  std::memset(data + got, 0, size - got);
   return S_OK;
 }
 
@@ -197,16 +193,25 @@ HRESULT CompoundFile::Flush(std::uint64_t size, bool toDisk) {
     const HRESULT result = WriteOut(piece);
     if (FAILED(result)) return result;
   }
-  if (!CutFile(descriptor, size)) return STG_E_WRITEFAULT;
+  if (CurrentDisk().Cut(file.Number(), size) != 0) return STG_E_WRITEFAULT;
   reserved = std::min(reserved, size);
   touched = std::min(touched, size);
-  if (!toDisk) return S_OK;
-  if (SUCCEEDED(synced) && !SyncFile(descriptor)) synced = WriteResult(errno);
+  return toDisk ? Wait() : S_OK;
+}
+
+HRESULT CompoundFile::Wait() {
+  if (FAILED(synced)) return synced;
+  int error = CurrentDisk().Sync(file.Number());
+  if (error == 0 && !isNameOnDisk) {
+    error = CurrentDisk().SyncFolder(folder.c_str());
+    if (error == EACCES) error = 0;  // a folder that may not be read cannot be waited for
+    isNameOnDisk = error == 0;
+  }
+  if (error != 0) synced = WriteResult(error);
   return synced;
 }
 
 void CompoundFile::Close() {
-  UnlockFile(descriptor);
-  close(descriptor);
-  descriptor = -1;
+  CurrentDisk().Unlock(file.Number());
+  file.Close();
 }

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 
+#include "compound/disk.h"
 #include "platform/storage.h"
 
 /// A file that is written in large aligned pieces. Small writes gather in a few pieces of memory;
@@ -15,11 +17,6 @@
 class CompoundFile {
  public:
   static constexpr std::size_t PieceSize = 512 * 1024;
-
-  CompoundFile() = default;
-  ~CompoundFile();
-  CompoundFile(const CompoundFile&) = delete;
-  CompoundFile& operator=(const CompoundFile&) = delete;
 
   /// Creates or replaces the file, with space for its first `size` bytes; see OpenEmpty.
   HRESULT Create(const char* path, std::uint64_t size);
@@ -36,7 +33,8 @@ class CompoundFile {
   HRESULT Read(std::uint64_t offset, void* data, std::size_t size);
 
   /// Hands everything gathered to the system and cuts the file to `size`, giving back what was
-  /// reserved beyond; with `toDisk` also waits for the disk. Once the disk has failed, every later
+  /// reserved beyond; with `toDisk` also waits for the disk, and the first time for the folder that
+  /// has the file's name. Once the disk has failed, every later
   /// wait fails as well: the system tells only once of bytes that it has lost.
   HRESULT Flush(std::uint64_t size, bool toDisk);
 
@@ -59,8 +57,11 @@ class CompoundFile {
   HRESULT WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size);
   HRESULT ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size);
   HRESULT Grow(std::uint64_t size);
+  HRESULT Wait();
 
-  int descriptor = -1;
+  OpenFile file;
+  std::string folder;  // where the file's name is
+  bool isNameOnDisk = false;
   std::uint64_t reserved = 0;  // the file has space up to here
   std::uint64_t touched = 0;   // nothing was ever written from here on
   std::uint64_t clock = 0;

@@ -1,0 +1,110 @@
+#include "compound/file_creation.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace {
+
+struct ErrorCode {
+  int error;
+  HRESULT result;
+};
+
+constexpr ErrorCode WriteErrors[] = {
+    {ENOSPC, STG_E_MEDIUMFULL},
+    {EDQUOT, STG_E_MEDIUMFULL},
+    {EFBIG, STG_E_MEDIUMFULL},
+    {ENOMEM, E_OUTOFMEMORY},
+};
+
+constexpr ErrorCode OpenErrors[] = {
+    {ENOENT, STG_E_PATHNOTFOUND},      {ENOTDIR, STG_E_PATHNOTFOUND},
+    {ENAMETOOLONG, STG_E_INVALIDNAME}, {EMFILE, STG_E_TOOMANYOPENFILES},
+    {ENFILE, STG_E_TOOMANYOPENFILES},  {ENOSPC, STG_E_MEDIUMFULL},
+    {EDQUOT, STG_E_MEDIUMFULL},        {ENOMEM, E_OUTOFMEMORY},
+};
+
+template <std::size_t Size>
+HRESULT ResultOf(int error, const ErrorCode (&table)[Size], HRESULT otherwise) {
+  for (const ErrorCode& row : table) {
+    if (row.error == error) return row.result;
+  }
+  return otherwise;
+}
+
+/// Opens the file; `*isNew` tells whether that made it.
+int OpenOrMake(const char* path, bool exists, OpenFile* file, bool* isNew) {
+  constexpr int Flags = O_RDWR | O_CREAT;
+  Disk& disk = CurrentDisk();
+  *isNew = false;
+  if (!exists) {
+    const int error = disk.Open(path, Flags | O_EXCL, 0666, file->Place());
+    *isNew = error == 0;
+    if (error != EEXIST) return error;
+  }
+  return disk.Open(path, Flags, 0666, file->Place());
+}
+
+/// Writes the first `size` bytes over themselves: what keeps them from being written (a limit, a
+/// quota, a disk that copies on writing) shows while they are still there.
+int Rewrite(int file, std::uint64_t size) {
+  std::byte bytes[4096];
+  for (std::uint64_t at = 0; at < size;) {
+    std::size_t got = 0;
+    const std::size_t part = std::min<std::uint64_t>(size - at, sizeof bytes);
+    int error = CurrentDisk().ReadAt(file, at, bytes, part, &got);
+    if (error == 0) error = CurrentDisk().WriteAt(file, at, bytes, got);
+    if (error != 0 || got == 0) return error;
+    at += got;
+  }
+  return 0;
+}
+
+/// Takes the file's space and gives it its length. What an old file has of the space it keeps, as
+/// others could take what is given back; what it lacks is taken behind its end. Cutting it is the
+/// one step that loses anything of it, and the last one.
+HRESULT Empty(int file, std::uint64_t space) {
+  Disk& disk = CurrentDisk();
+  struct stat status = {};
+  if (disk.Lock(file, true) == EWOULDBLOCK) return STG_E_SHAREVIOLATION;
+  int error = disk.Status(file, &status);
+  if (error != 0) return WriteResult(error);
+  const auto before = static_cast<std::uint64_t>(status.st_size);
+  const std::uint64_t kept = std::min(before, space);
+  error = Rewrite(file, kept);
+  if (error == 0 && kept < space) {
+    error = disk.TakeSpace(file, kept, space, Disk::Length::Keep);
+  }
+  if (error == 0) error = disk.Cut(file, space);
+  if (error == 0) return S_OK;
+  if (kept < space) disk.Cut(file, before);  // gives back what was taken
+  return WriteResult(error);
+}
+
+}  // namespace
+
+HRESULT WriteResult(int error) { return ResultOf(error, WriteErrors, STG_E_WRITEFAULT); }
+
+HRESULT OpenEmpty(const char* path, std::uint64_t space, OpenFile* file, std::string* name) {
+  Disk& disk = CurrentDisk();
+  struct stat status = {};
+  int error = FollowLinks(path, name);
+  if (error == 0) error = disk.StatusOf(name->c_str(), &status);
+  const bool exists = error == 0;
+  if (!exists && error != ENOENT) return ResultOf(error, OpenErrors, STG_E_ACCESSDENIED);
+  if (exists && (!S_ISREG(status.st_mode) || (status.st_mode & S_IWUSR) == 0)) {
+    return STG_E_ACCESSDENIED;
+  }
+  bool isNew = false;
+  error = OpenOrMake(name->c_str(), exists, file, &isNew);
+  if (error != 0) return ResultOf(error, OpenErrors, STG_E_ACCESSDENIED);
+  const HRESULT result = Empty(file->Number(), space);
+  if (FAILED(result)) {
+    // Who holds the lock on a file this new is saving a scene into it.
+    if (isNew && result != STG_E_SHAREVIOLATION) disk.Remove(name->c_str());
+    file->Close();
+  }
+  return result;
+}

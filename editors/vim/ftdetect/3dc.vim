@@ -1,0 +1,1 @@
+autocmd BufRead,BufNewFile *.3dc setfiletype 3dc
