@@ -74,14 +74,14 @@ void SortSameLength(SortItem* begin, SortItem* end) {
 
 }  // namespace
 
-CompoundDirectory::CompoundDirectory() : table(SmallestTable) {
-  root = NewEntry();
-  root->storage = std::make_unique<StorageInfo>();
-  count = 1;
+CompoundDirectory::CompoundDirectory() : table_(SmallestTable) {
+  root_ = NewEntry();
+  root_->storage = std::make_unique<StorageInfo>();
+  count_ = 1;
 }
 
 CompoundDirectory::~CompoundDirectory() {
-  for (const auto& block : blocks) {
+  for (const auto& block : blocks_) {
     for (std::size_t i = 0; i < BlockEntries; ++i) block[i].chain.Free();
   }
 }
@@ -95,10 +95,10 @@ std::uint32_t CompoundDirectory::HashOf(const CompoundEntry* parent, const Compo
 CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent,
                                        const CompoundName& name) const {
   const std::uint32_t hash = HashOf(parent, name);
-  const std::size_t mask = table.size() - 1;
-  for (std::size_t i = hash & mask; table[i].entry != nullptr; i = (i + 1) & mask) {
-    CompoundEntry* entry = table[i].entry;
-    if (table[i].hash == hash && entry->parent == parent && SameName(entry->name, name)) {
+  const std::size_t mask = table_.size() - 1;
+  for (std::size_t i = hash & mask; table_[i].entry != nullptr; i = (i + 1) & mask) {
+    CompoundEntry* entry = table_[i].entry;
+    if (table_[i].hash == hash && entry->parent == parent && SameName(entry->name, name)) {
       return entry;
     }
   }
@@ -107,14 +107,14 @@ CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent,
 
 CompoundEntry* CompoundDirectory::Add(CompoundEntry* parent, const CompoundName& name,
                                       bool isStream) {
-  if ((count + 1) * std::size_t{2} > table.size()) GrowTable();
+  if ((count_ + 1) * std::size_t{2} > table_.size()) GrowTable();
   std::unique_ptr<StorageInfo> info = isStream ? nullptr : std::make_unique<StorageInfo>();
   CompoundEntry* entry = NewEntry();
   entry->storage = std::move(info);
   entry->name = name;
   Link(entry, parent);
   Insert(entry);
-  ++count;
+  ++count_;
   return entry;
 }
 
@@ -123,9 +123,9 @@ void CompoundDirectory::Remove(CompoundEntry* entry) {
   Unlink(entry);
   entry->storage.reset();
   entry->size = 0;
-  entry->next = unused;
-  unused = entry;
-  --count;
+  entry->next = unused_;
+  unused_ = entry;
+  --count_;
 }
 
 void CompoundDirectory::Move(CompoundEntry* entry, CompoundEntry* parent,
@@ -139,46 +139,46 @@ void CompoundDirectory::Move(CompoundEntry* entry, CompoundEntry* parent,
 
 void CompoundDirectory::Insert(CompoundEntry* entry) {
   const std::uint32_t hash = HashOf(entry->parent, entry->name);
-  const std::size_t mask = table.size() - 1;
+  const std::size_t mask = table_.size() - 1;
   std::size_t i = hash & mask;
-  while (table[i].entry != nullptr) i = (i + 1) & mask;
-  table[i] = {entry, hash};
+  while (table_[i].entry != nullptr) i = (i + 1) & mask;
+  table_[i] = {entry, hash};
 }
 
 void CompoundDirectory::Erase(const CompoundEntry* entry) {
-  const std::size_t mask = table.size() - 1;
+  const std::size_t mask = table_.size() - 1;
   std::size_t hole = HashOf(entry->parent, entry->name) & mask;
-  while (table[hole].entry != entry) hole = (hole + 1) & mask;
+  while (table_[hole].entry != entry) hole = (hole + 1) & mask;
   // Later slots move back into the hole unless that would put them before their own place.
-  for (std::size_t i = (hole + 1) & mask; table[i].entry != nullptr; i = (i + 1) & mask) {
-    const std::size_t wanted = table[i].hash & mask;
+  for (std::size_t i = (hole + 1) & mask; table_[i].entry != nullptr; i = (i + 1) & mask) {
+    const std::size_t wanted = table_[i].hash & mask;
     if (((i - wanted) & mask) >= ((i - hole) & mask)) {
-      table[hole] = table[i];
+      table_[hole] = table_[i];
       hole = i;
     }
   }
-  table[hole] = {};
+  table_[hole] = {};
 }
 
 void CompoundDirectory::GrowTable() {
-  std::vector<Slot> larger(table.size() * 2);
+  std::vector<Slot> larger(table_.size() * 2);
   const std::size_t mask = larger.size() - 1;
-  for (const Slot& slot : table) {
+  for (const Slot& slot : table_) {
     if (slot.entry == nullptr) continue;
     std::size_t i = slot.hash & mask;
     while (larger[i].entry != nullptr) i = (i + 1) & mask;
     larger[i] = slot;
   }
-  table.swap(larger);
+  table_.swap(larger);
 }
 
 CompoundEntry* CompoundDirectory::NewEntry() {
-  if (unused != nullptr) return std::exchange(unused, unused->next);
-  if (blocks.empty() || usedInBlock == BlockEntries) {
-    blocks.push_back(std::make_unique<CompoundEntry[]>(BlockEntries));
-    usedInBlock = 0;
+  if (unused_ != nullptr) return std::exchange(unused_, unused_->next);
+  if (blocks_.empty() || usedInBlock_ == BlockEntries) {
+    blocks_.push_back(std::make_unique<CompoundEntry[]>(BlockEntries));
+    usedInBlock_ = 0;
   }
-  return &blocks.back()[usedInBlock++];
+  return &blocks_.back()[usedInBlock_++];
 }
 
 std::vector<CompoundEntry*> SortedChildren(const CompoundEntry& storage) {

@@ -46,8 +46,8 @@ class CompoundDirectory {
   CompoundDirectory(const CompoundDirectory&) = delete;
   CompoundDirectory& operator=(const CompoundDirectory&) = delete;
 
-  CompoundEntry* Root() const { return root; }
-  std::uint32_t Count() const { return count; }  // the root included
+  CompoundEntry* Root() const { return root_; }
+  std::uint32_t Count() const { return count_; }  // the root included
 
   CompoundEntry* Find(const CompoundEntry* parent, const CompoundName& name) const;
 
@@ -72,12 +72,12 @@ class CompoundDirectory {
   void GrowTable();
   CompoundEntry* NewEntry();
 
-  std::vector<Slot> table;  // open addressing; at most half full
-  std::vector<std::unique_ptr<CompoundEntry[]>> blocks;
-  std::size_t usedInBlock = 0;
-  CompoundEntry* unused = nullptr;  // removed entries, linked by `next`
-  CompoundEntry* root = nullptr;
-  std::uint32_t count = 0;
+  std::vector<Slot> table_;  // open addressing; at most half full
+  std::vector<std::unique_ptr<CompoundEntry[]>> blocks_;
+  std::size_t usedInBlock_ = 0;
+  CompoundEntry* unused_ = nullptr;  // removed entries, linked by `next`
+  CompoundEntry* root_ = nullptr;
+  std::uint32_t count_ = 0;
 };
 
 /// The children of a storage in the format's order. May throw std::bad_alloc.

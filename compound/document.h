@@ -20,7 +20,7 @@ class CompoundDocument {
 
   HRESULT Create(const char* path);
 
-  CompoundDirectory& Directory() { return directory; }
+  CompoundDirectory& Directory() { return directory_; }
 
   HRESULT AddEntry(CompoundEntry* parent, const CompoundName& name, bool isStream,
                    CompoundEntry** entry);
@@ -48,7 +48,7 @@ class CompoundDocument {
  private:
   friend class CompoundWriter;
 
-  bool IsMini(std::uint64_t size) const { return size < parameters.miniCutoff; }
+  bool IsMini(std::uint64_t size) const { return size < parameters_.miniCutoff; }
   std::uint32_t UnitsFor(std::uint64_t size) const;
   std::uint64_t OffsetOf(std::uint32_t sector) const;
 
@@ -75,13 +75,13 @@ class CompoundDocument {
                      std::size_t size, std::size_t* done);
   HRESULT ZeroChain(const SectorChain& chain, bool mini, std::uint64_t from, std::uint64_t to);
 
-  CompoundParameters parameters;
-  CompoundFile file;
-  CompoundDirectory directory;
-  SectorSpace space;
-  SectorSpace miniSpace;
-  SectorChain miniStream;
-  std::uint64_t securedEnd = 0;
-  std::uint64_t securedEntries = 0;
-  std::uint64_t securedMini = 0;
+  CompoundParameters parameters_;
+  GatheringFile file_;
+  CompoundDirectory directory_;
+  SectorSpace space_;
+  SectorSpace miniSpace_;
+  SectorChain miniStream_;
+  std::uint64_t securedEnd_ = 0;
+  std::uint64_t securedEntries_ = 0;
+  std::uint64_t securedMini_ = 0;
 };

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t PieceSize = CompoundFile::PieceSize;
+constexpr std::size_t PieceSize = GatheringFile::PieceSize;
 constexpr std::uint64_t SmallestGrowth = 256 * 1024;
 constexpr std::uint64_t LargestGrowth = 32 * 1024 * 1024;
 alignas(4096) constexpr std::byte Zeros[64 * 1024] = {};
@@ -18,39 +18,39 @@ std::uint64_t PieceOf(std::uint64_t offset) { return offset & ~std::uint64_t{Pie
 
 }  // namespace
 
-HRESULT CompoundFile::Create(const char* path, std::uint64_t size) {
+HRESULT GatheringFile::Create(const char* path, std::uint64_t size) {
   // Memory first, as nothing may fail once the old file is cut.
-  Piece& first = pieces[0];
+  Piece& first = pieces_[0];
   first.bytes.reset(new (std::nothrow) std::byte[PieceSize]);
   if (!first.bytes) return E_OUTOFMEMORY;
   std::string name;
-  const HRESULT result = OpenEmpty(path, size, &file, &name);
+  const HRESULT result = OpenEmpty(path, size, &file_, &name);
   if (FAILED(result)) return result;
-  folder = FolderOf(name);
+  folder_ = FolderOf(name);
   std::memset(first.bytes.get(), 0, size);
   first.end = size;
-  touched = reserved = size;
+  touched_ = reserved_ = size;
   return S_OK;
 }
 
-HRESULT CompoundFile::Reserve(std::uint64_t size) { return size <= reserved ? S_OK : Grow(size); }
+HRESULT GatheringFile::Reserve(std::uint64_t size) { return size <= reserved_ ? S_OK : Grow(size); }
 
-HRESULT CompoundFile::Grow(std::uint64_t size) {
-  const std::uint64_t ahead = std::clamp(reserved / 8, SmallestGrowth, LargestGrowth);
-  const std::uint64_t generous = PieceOf(std::max(size, reserved + ahead) + PieceSize - 1);
+HRESULT GatheringFile::Grow(std::uint64_t size) {
+  const std::uint64_t ahead = std::clamp(reserved_ / 8, SmallestGrowth, LargestGrowth);
+  const std::uint64_t generous = PieceOf(std::max(size, reserved_ + ahead) + PieceSize - 1);
   int error = 0;
   // A disk that is nearly full still takes what is really needed.
   for (const std::uint64_t to : {generous, size}) {
-    error = CurrentDisk().TakeSpace(file.Number(), reserved, to, Disk::Length::Grow);
+    error = CurrentDisk().TakeSpace(file_.Number(), reserved_, to, Disk::Length::Grow);
     if (error == 0) {
-      reserved = to;
+      reserved_ = to;
       return S_OK;
     }
   }
   return WriteResult(error);
 }
 
-HRESULT CompoundFile::Write(std::uint64_t offset, const void* data, std::size_t size) {
+HRESULT GatheringFile::Write(std::uint64_t offset, const void* data, std::size_t size) {
   auto* from = static_cast<const std::byte*>(data);
   while (size > 0) {
     const std::size_t within = offset & (PieceSize - 1);
@@ -70,9 +70,9 @@ HRESULT CompoundFile::Write(std::uint64_t offset, const void* data, std::size_t 
   return S_OK;
 }
 
-HRESULT CompoundFile::WriteZeros(std::uint64_t offset, std::uint64_t size) {
-  if (offset >= touched) return S_OK;
-  size = std::min(size, touched - offset);
+HRESULT GatheringFile::WriteZeros(std::uint64_t offset, std::uint64_t size) {
+  if (offset >= touched_) return S_OK;
+  size = std::min(size, touched_ - offset);
   while (size > 0) {
     const std::size_t part = std::min<std::uint64_t>(size, sizeof Zeros);
     const HRESULT result = Write(offset, Zeros, part);
@@ -83,7 +83,7 @@ HRESULT CompoundFile::WriteZeros(std::uint64_t offset, std::uint64_t size) {
   return S_OK;
 }
 
-HRESULT CompoundFile::Gather(std::uint64_t offset, const std::byte* data, std::size_t size) {
+HRESULT GatheringFile::Gather(std::uint64_t offset, const std::byte* data, std::size_t size) {
   const std::uint64_t pieceOffset = PieceOf(offset);
   const std::size_t within = offset - pieceOffset;
   Piece* piece = Find(pieceOffset);
@@ -92,7 +92,7 @@ HRESULT CompoundFile::Gather(std::uint64_t offset, const std::byte* data, std::s
     if (FAILED(result)) return result;
     piece->begin = piece->end = within;
   }
-  if (within > piece->end && pieceOffset + piece->end >= touched) {
+  if (within > piece->end && pieceOffset + piece->end >= touched_) {
     std::memset(&piece->bytes[piece->end], 0, within - piece->end);
     piece->end = within;
   }
@@ -104,25 +104,25 @@ HRESULT CompoundFile::Gather(std::uint64_t offset, const std::byte* data, std::s
   std::memcpy(&piece->bytes[within], data, size);
   piece->begin = std::min(piece->begin, within);
   piece->end = std::max(piece->end, within + size);
-  touched = std::max(touched, offset + size);
+  touched_ = std::max(touched_, offset + size);
   // A failure is reported now, but the piece stays and is tried again.
   if (piece->begin == 0 && piece->end == PieceSize) return WriteOut(*piece);
   return S_OK;
 }
 
-CompoundFile::Piece* CompoundFile::Find(std::uint64_t pieceOffset) {
-  for (Piece& piece : pieces) {
+GatheringFile::Piece* GatheringFile::Find(std::uint64_t pieceOffset) {
+  for (Piece& piece : pieces_) {
     if (piece.offset == pieceOffset && piece.begin != piece.end) {
-      piece.lastUse = ++clock;
+      piece.lastUse = ++clock_;
       return &piece;
     }
   }
   return nullptr;
 }
 
-HRESULT CompoundFile::Take(std::uint64_t pieceOffset, Piece** piece) {
-  Piece* oldest = &pieces[0];
-  for (Piece& candidate : pieces) {
+HRESULT GatheringFile::Take(std::uint64_t pieceOffset, Piece** piece) {
+  Piece* oldest = &pieces_[0];
+  for (Piece& candidate : pieces_) {
     if (candidate.lastUse < oldest->lastUse) oldest = &candidate;
   }
   const HRESULT result = WriteOut(*oldest);
@@ -132,14 +132,14 @@ HRESULT CompoundFile::Take(std::uint64_t pieceOffset, Piece** piece) {
     if (!oldest->bytes) return E_OUTOFMEMORY;
   }
   oldest->offset = pieceOffset;
-  oldest->lastUse = ++clock;
+  oldest->lastUse = ++clock_;
   *piece = oldest;
   return S_OK;
 }
 
-HRESULT CompoundFile::WriteOut(Piece& piece) {
+HRESULT GatheringFile::WriteOut(Piece& piece) {
   if (piece.begin == piece.end) return S_OK;
-  const int error = CurrentDisk().WriteAt(file.Number(), piece.offset + piece.begin,
+  const int error = CurrentDisk().WriteAt(file_.Number(), piece.offset + piece.begin,
                                           &piece.bytes[piece.begin], piece.end - piece.begin);
   if (error != 0) return WriteResult(error);
   piece.begin = piece.end = 0;
@@ -147,18 +147,18 @@ HRESULT CompoundFile::WriteOut(Piece& piece) {
   return S_OK;
 }
 
-HRESULT CompoundFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
+HRESULT GatheringFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
   // Also when the write fails: a part of it may be in the file.
-  touched = std::max(touched, offset + size);
-  const int error = CurrentDisk().WriteAt(file.Number(), offset, data, size);
+  touched_ = std::max(touched_, offset + size);
+  const int error = CurrentDisk().WriteAt(file_.Number(), offset, data, size);
   if (error != 0) return WriteResult(error);
-  for (Piece& piece : pieces) {
+  for (Piece& piece : pieces_) {
     if (piece.offset >= offset && piece.offset < offset + size) piece.begin = piece.end = 0;
   }
   return S_OK;
 }
 
-HRESULT CompoundFile::Read(std::uint64_t offset, void* data, std::size_t size) {
+HRESULT GatheringFile::Read(std::uint64_t offset, void* data, std::size_t size) {
   auto* to = static_cast<std::byte*>(data);
   while (size > 0) {
     const std::size_t within = offset & (PieceSize - 1);
@@ -181,37 +181,37 @@ HRESULT CompoundFile::Read(std::uint64_t offset, void* data, std::size_t size) {
   return S_OK;
 }
 
-HRESULT CompoundFile::ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size) {
+HRESULT GatheringFile::ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size) {
   std::size_t got = 0;
-  if (CurrentDisk().ReadAt(file.Number(), offset, data, size, &got) != 0) return STG_E_READFAULT;
+  if (CurrentDisk().ReadAt(file_.Number(), offset, data, size, &got) != 0) return STG_E_READFAULT;
   std::memset(data + got, 0, size - got);
   return S_OK;
 }
 
-HRESULT CompoundFile::Flush(std::uint64_t size, bool toDisk) {
-  for (Piece& piece : pieces) {
+HRESULT GatheringFile::Flush(std::uint64_t size, bool toDisk) {
+  for (Piece& piece : pieces_) {
     const HRESULT result = WriteOut(piece);
     if (FAILED(result)) return result;
   }
-  if (CurrentDisk().Cut(file.Number(), size) != 0) return STG_E_WRITEFAULT;
-  reserved = std::min(reserved, size);
-  touched = std::min(touched, size);
+  if (CurrentDisk().Cut(file_.Number(), size) != 0) return STG_E_WRITEFAULT;
+  reserved_ = std::min(reserved_, size);
+  touched_ = std::min(touched_, size);
   return toDisk ? Wait() : S_OK;
 }
 
-HRESULT CompoundFile::Wait() {
-  if (FAILED(synced)) return synced;
-  int error = CurrentDisk().Sync(file.Number());
-  if (error == 0 && !isNameOnDisk) {
-    error = CurrentDisk().SyncFolder(folder.c_str());
+HRESULT GatheringFile::Wait() {
+  if (FAILED(synced_)) return synced_;
+  int error = CurrentDisk().Sync(file_.Number());
+  if (error == 0 && !isNameOnDisk_) {
+    error = CurrentDisk().SyncFolder(folder_.c_str());
     if (error == EACCES) error = 0;  // a folder that may not be read cannot be waited for
-    isNameOnDisk = error == 0;
+    isNameOnDisk_ = error == 0;
   }
-  if (error != 0) synced = WriteResult(error);
-  return synced;
+  if (error != 0) synced_ = WriteResult(error);
+  return synced_;
 }
 
-void CompoundFile::Close() {
-  CurrentDisk().Unlock(file.Number());
-  file.Close();
+void GatheringFile::Close() {
+  CurrentDisk().Unlock(file_.Number());
+  file_.Close();
 }

@@ -14,7 +14,7 @@
 ///
 /// Space is taken first (Reserve), so that a later write into it cannot fail for lack of space.
 /// Bytes that were reserved and never written read as zeros.
-class CompoundFile {
+class GatheringFile {
  public:
   static constexpr std::size_t PieceSize = 512 * 1024;
 
@@ -59,12 +59,12 @@ class CompoundFile {
   HRESULT Grow(std::uint64_t size);
   HRESULT Wait();
 
-  OpenFile file;
-  std::string folder;  // where the file's name is
-  bool isNameOnDisk = false;
-  std::uint64_t reserved = 0;  // the file has space up to here
-  std::uint64_t touched = 0;   // nothing was ever written from here on
-  std::uint64_t clock = 0;
-  HRESULT synced = S_OK;  // or why the disk failed
-  std::array<Piece, 4> pieces;
+  OpenFile file_;
+  std::string folder_;  // where the file's name is
+  bool isNameOnDisk_ = false;
+  std::uint64_t reserved_ = 0;  // the file has space up to here
+  std::uint64_t touched_ = 0;   // nothing was ever written from here on
+  std::uint64_t clock_ = 0;
+  HRESULT synced_ = S_OK;  // or why the disk failed
+  std::array<Piece, 4> pieces_;
 };

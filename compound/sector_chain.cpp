@@ -4,18 +4,18 @@
 #include <memory>
 
 std::uint32_t SectorChain::End() const {
-  if (total == 0) return 0;
+  if (total_ == 0) return 0;
   const SectorRun& last = Run(RunCount() - 1);
   return last.start + last.count;
 }
 
 SectorRun SectorChain::From(std::uint32_t index) const {
-  if (more == nullptr) return {first.start + index, first.count - index};
+  if (more_ == nullptr) return {first_.start + index, first_.count - index};
   // Writers mostly look at the end of a chain.
-  const SectorRun& last = more->back();
-  const std::uint32_t before = total - last.count;
-  if (index >= before) return {last.start + (index - before), total - index};
-  for (const SectorRun& run : *more) {
+  const SectorRun& last = more_->back();
+  const std::uint32_t before = total_ - last.count;
+  if (index >= before) return {last.start + (index - before), total_ - index};
+  for (const SectorRun& run : *more_) {
     if (index < run.count) return {run.start + index, run.count - index};
     index -= run.count;
   }
@@ -24,34 +24,34 @@ SectorRun SectorChain::From(std::uint32_t index) const {
 
 void SectorChain::Append(SectorRun run) {
   if (run.count == 0) return;
-  if (total == 0) {
-    first = run;
+  if (total_ == 0) {
+    first_ = run;
   } else if (End() == run.start) {
-    (more != nullptr ? more->back() : first).count += run.count;
-  } else if (more != nullptr) {
-    more->push_back(run);
+    (more_ != nullptr ? more_->back() : first_).count += run.count;
+  } else if (more_ != nullptr) {
+    more_->push_back(run);
   } else {
-    more = std::make_unique<std::vector<SectorRun>>(std::vector<SectorRun>{first, run}).release();
+    more_ = std::make_unique<std::vector<SectorRun>>(std::vector<SectorRun>{first_, run}).release();
   }
-  total += run.count;
+  total_ += run.count;
 }
 
 SectorRun SectorChain::TakeLast(std::uint32_t count) {
-  SectorRun& last = more != nullptr ? more->back() : first;
+  SectorRun& last = more_ != nullptr ? more_->back() : first_;
   count = std::min(count, last.count);
   last.count -= count;
-  total -= count;
+  total_ -= count;
   const SectorRun taken = {last.start + last.count, count};
-  if (last.count == 0 && more != nullptr) {
-    more->pop_back();
-    if (more->empty()) Free();
+  if (last.count == 0 && more_ != nullptr) {
+    more_->pop_back();
+    if (more_->empty()) Free();
   }
   return taken;
 }
 
 void SectorChain::Free() {
-  delete more;
-  more = nullptr;
-  first = {};
-  total = 0;
+  delete more_;
+  more_ = nullptr;
+  first_ = {};
+  total_ = 0;
 }

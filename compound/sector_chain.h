@@ -14,11 +14,11 @@ struct SectorRun {
 class SectorChain {
  public:
   std::uint32_t RunCount() const {
-    if (more != nullptr) return static_cast<std::uint32_t>(more->size());
-    return first.count != 0 ? 1 : 0;
+    if (more_ != nullptr) return static_cast<std::uint32_t>(more_->size());
+    return first_.count != 0 ? 1 : 0;
   }
-  const SectorRun& Run(std::uint32_t i) const { return more != nullptr ? (*more)[i] : first; }
-  std::uint32_t Count() const { return total; }
+  const SectorRun& Run(std::uint32_t i) const { return more_ != nullptr ? (*more_)[i] : first_; }
+  std::uint32_t Count() const { return total_; }
   std::uint32_t Start() const { return Run(0).start; }
 
   /// The sector after the last one, where the chain would like to grow; 0 when it is empty.
@@ -37,7 +37,7 @@ class SectorChain {
   void Free();
 
  private:
-  SectorRun first;
-  std::uint32_t total = 0;
-  std::vector<SectorRun>* more = nullptr;  // all the runs, when there are several
+  SectorRun first_;
+  std::uint32_t total_ = 0;
+  std::vector<SectorRun>* more_ = nullptr;  // all the runs, when there are several
 };

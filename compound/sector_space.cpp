@@ -5,48 +5,48 @@
 #include <new>
 
 std::uint64_t SectorSpace::EndAfter(std::uint32_t count) const {
-  const std::uint64_t fresh = count > freeCount ? count - freeCount : 0;
-  const std::uint64_t after = std::uint64_t{end} + fresh;
-  return end <= locked && after > locked ? after + 1 : after;
+  const std::uint64_t fresh = count > freeCount_ ? count - freeCount_ : 0;
+  const std::uint64_t after = std::uint64_t{end_} + fresh;
+  return end_ <= locked_ && after > locked_ ? after + 1 : after;
 }
 
 SectorRun SectorSpace::Take(std::uint32_t count) {
-  if (!freeRuns.empty()) {
-    auto run = freeRuns.begin();
+  if (!freeRuns_.empty()) {
+    auto run = freeRuns_.begin();
     const std::uint32_t start = run->first;
     const std::uint32_t taken = std::min(count, run->second);
     if (taken == run->second) {
-      freeRuns.erase(run);
+      freeRuns_.erase(run);
     } else {
-      auto node = freeRuns.extract(run);
+      auto node = freeRuns_.extract(run);
       node.key() += taken;
       node.mapped() -= taken;
-      freeRuns.insert(std::move(node));
+      freeRuns_.insert(std::move(node));
     }
-    freeCount -= taken;
+    freeCount_ -= taken;
     return {start, taken};
   }
-  if (end == locked) ++end;
-  const std::uint32_t taken = end < locked ? std::min(count, locked - end) : count;
-  end += taken;
-  return {end - taken, taken};
+  if (end_ == locked_) ++end_;
+  const std::uint32_t taken = end_ < locked_ ? std::min(count, locked_ - end_) : count;
+  end_ += taken;
+  return {end_ - taken, taken};
 }
 
 void SectorSpace::Give(SectorRun run) {
   if (run.count == 0) return;
   try {
-    const auto [place, fresh] = freeRuns.emplace(run.start, run.count);
-    freeCount += run.count;
+    const auto [place, fresh] = freeRuns_.emplace(run.start, run.count);
+    freeCount_ += run.count;
     const auto next = std::next(place);
-    if (next != freeRuns.end() && place->first + place->second == next->first) {
+    if (next != freeRuns_.end() && place->first + place->second == next->first) {
       place->second += next->second;
-      freeRuns.erase(next);
+      freeRuns_.erase(next);
     }
-    if (place != freeRuns.begin()) {
+    if (place != freeRuns_.begin()) {
       const auto previous = std::prev(place);
       if (previous->first + previous->second == place->first) {
         previous->second += place->second;
-        freeRuns.erase(place);
+        freeRuns_.erase(place);
       }
     }
     ShrinkEnd();
@@ -56,13 +56,13 @@ void SectorSpace::Give(SectorRun run) {
 }
 
 void SectorSpace::ShrinkEnd() {
-  while (!freeRuns.empty()) {
-    const auto last = std::prev(freeRuns.end());
+  while (!freeRuns_.empty()) {
+    const auto last = std::prev(freeRuns_.end());
     const std::uint32_t lastEnd = last->first + last->second;
-    const bool touches = lastEnd == end || (lastEnd == locked && end == locked + 1);
+    const bool touches = lastEnd == end_ || (lastEnd == locked_ && end_ == locked_ + 1);
     if (!touches) return;
-    end = last->first;
-    freeCount -= last->second;
-    freeRuns.erase(last);
+    end_ = last->first;
+    freeCount_ -= last->second;
+    freeRuns_.erase(last);
   }
 }

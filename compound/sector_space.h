@@ -10,9 +10,9 @@
 /// file's sectors and the mini stream's alike.
 class SectorSpace {
  public:
-  explicit SectorSpace(std::uint32_t lockedSector) : locked(lockedSector) {}
+  explicit SectorSpace(std::uint32_t lockedSector) : locked_(lockedSector) {}
 
-  std::uint32_t End() const { return end; }
+  std::uint32_t End() const { return end_; }
 
   /// What End() will be after taking `count` sectors.
   std::uint64_t EndAfter(std::uint32_t count) const;
@@ -26,8 +26,8 @@ class SectorSpace {
  private:
   void ShrinkEnd();
 
-  std::uint32_t locked;
-  std::uint32_t end = 0;
-  std::uint32_t freeCount = 0;
-  std::map<std::uint32_t, std::uint32_t> freeRuns;  // start, count; never touching each other
+  std::uint32_t locked_;
+  std::uint32_t end_ = 0;
+  std::uint32_t freeCount_ = 0;
+  std::map<std::uint32_t, std::uint32_t> freeRuns_;  // start, count; never touching each other
 };

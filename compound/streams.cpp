@@ -14,7 +14,7 @@ std::uint32_t Divide(std::uint64_t size, std::uint64_t unit) {
 }  // namespace
 
 std::uint32_t CompoundDocument::UnitsFor(std::uint64_t size) const {
-  return Divide(size, IsMini(size) ? MiniSectorSize : parameters.sectorSize);
+  return Divide(size, IsMini(size) ? MiniSectorSize : parameters_.sectorSize);
 }
 
 HRESULT CompoundDocument::Read(const CompoundEntry& stream, std::uint64_t offset, void* data,
@@ -58,7 +58,7 @@ HRESULT CompoundDocument::GrowTo(CompoundEntry& stream, std::uint64_t size,
                                  std::uint64_t zeroUpTo) {
   const std::uint64_t before = stream.size;
   if (size <= before) return S_OK;
-  if (size / parameters.sectorSize >= LargestFile(parameters)) return STG_E_MEDIUMFULL;
+  if (size / parameters_.sectorSize >= LargestFile(parameters_)) return STG_E_MEDIUMFULL;
   const bool mini = IsMini(size);
   HRESULT result = S_OK;
   if (IsMini(before) != mini && before > 0) {
@@ -111,10 +111,10 @@ HRESULT CompoundDocument::ChangeHome(CompoundEntry& stream, std::uint64_t size,
 HRESULT CompoundDocument::Extend(SectorChain& chain, bool mini, std::uint32_t count) {
   const std::uint32_t before = chain.Count();
   if (count <= before) return S_OK;
-  SectorSpace& from = mini ? miniSpace : space;
+  SectorSpace& from = mini ? miniSpace_ : space_;
   const std::uint64_t end = from.EndAfter(count - before);
   const HRESULT result =
-      mini ? ExtendMiniStream(end) : Secure(end, directory.Count(), miniSpace.End());
+      mini ? ExtendMiniStream(end) : Secure(end, directory_.Count(), miniSpace_.End());
   if (FAILED(result)) return result;
   while (chain.Count() < count) {
     const SectorRun run = from.Take(count - chain.Count());
@@ -132,36 +132,36 @@ HRESULT CompoundDocument::Extend(SectorChain& chain, bool mini, std::uint32_t co
 /// Gives the mini stream sectors for `miniEnd` mini sectors; a few more while it is large, so that
 /// it stays in few pieces.
 HRESULT CompoundDocument::ExtendMiniStream(std::uint64_t miniEnd) {
-  const std::uint32_t needed = Divide(miniEnd * MiniSectorSize, parameters.sectorSize);
-  HRESULT result = Secure(space.End(), directory.Count(), miniEnd);
-  if (FAILED(result) || needed <= miniStream.Count()) return result;
+  const std::uint32_t needed = Divide(miniEnd * MiniSectorSize, parameters_.sectorSize);
+  HRESULT result = Secure(space_.End(), directory_.Count(), miniEnd);
+  if (FAILED(result) || needed <= miniStream_.Count()) return result;
   const std::uint32_t ahead = std::min<std::uint32_t>(needed / 8, 63);
   for (const std::uint32_t count : {needed + ahead, needed}) {
-    result = Secure(space.EndAfter(count - miniStream.Count()), directory.Count(), miniEnd);
-    if (SUCCEEDED(result)) return Extend(miniStream, false, count);
+    result = Secure(space_.EndAfter(count - miniStream_.Count()), directory_.Count(), miniEnd);
+    if (SUCCEEDED(result)) return Extend(miniStream_, false, count);
   }
   return result;
 }
 
 void CompoundDocument::Trim(SectorChain& chain, bool mini, std::uint32_t count) {
   while (chain.Count() > count) {
-    (mini ? miniSpace : space).Give(chain.TakeLast(chain.Count() - count));
+    (mini ? miniSpace_ : space_).Give(chain.TakeLast(chain.Count() - count));
   }
 }
 
 void CompoundDocument::TrimMiniStream() {
-  const std::uint64_t bytes = std::uint64_t{miniSpace.End()} * MiniSectorSize;
-  Trim(miniStream, false, Divide(bytes, parameters.sectorSize));
+  const std::uint64_t bytes = std::uint64_t{miniSpace_.End()} * MiniSectorSize;
+  Trim(miniStream_, false, Divide(bytes, parameters_.sectorSize));
 }
 
 CompoundDocument::Extent CompoundDocument::Locate(const SectorChain& chain, bool mini,
                                                   std::uint64_t offset) const {
-  const std::uint32_t unit = mini ? MiniSectorSize : parameters.sectorSize;
+  const std::uint32_t unit = mini ? MiniSectorSize : parameters_.sectorSize;
   const SectorRun run = chain.From(static_cast<std::uint32_t>(offset / unit));
   const std::uint64_t within = offset % unit;
   const std::uint64_t size = std::uint64_t{run.count} * unit - within;
   if (!mini) return {OffsetOf(run.start) + within, size};
-  Extent extent = Locate(miniStream, false, std::uint64_t{run.start} * unit + within);
+  Extent extent = Locate(miniStream_, false, std::uint64_t{run.start} * unit + within);
   extent.size = std::min(extent.size, size);
   return extent;
 }
@@ -172,7 +172,7 @@ HRESULT CompoundDocument::ReadChain(const SectorChain& chain, bool mini, std::ui
   while (size > 0) {
     const Extent extent = Locate(chain, mini, offset);
     const std::size_t part = std::min<std::uint64_t>(size, extent.size);
-    const HRESULT result = file.Read(extent.offset, to, part);
+    const HRESULT result = file_.Read(extent.offset, to, part);
     if (FAILED(result)) return result;
     to += part;
     offset += part;
@@ -187,7 +187,7 @@ HRESULT CompoundDocument::WriteChain(const SectorChain& chain, bool mini, std::u
   for (*done = 0; *done < size;) {
     const Extent extent = Locate(chain, mini, offset + *done);
     const std::size_t part = std::min<std::uint64_t>(size - *done, extent.size);
-    const HRESULT result = file.Write(extent.offset, from + *done, part);
+    const HRESULT result = file_.Write(extent.offset, from + *done, part);
     if (FAILED(result)) return result;
     *done += part;
   }
@@ -199,7 +199,7 @@ HRESULT CompoundDocument::ZeroChain(const SectorChain& chain, bool mini, std::ui
   while (from < to) {
     const Extent extent = Locate(chain, mini, from);
     const std::uint64_t part = std::min(to - from, extent.size);
-    const HRESULT result = file.WriteZeros(extent.offset, part);
+    const HRESULT result = file_.WriteZeros(extent.offset, part);
     if (FAILED(result)) return result;
     from += part;
   }

@@ -55,16 +55,16 @@ class CompoundWriter {
   HRESULT Put(const std::vector<SectorRun>& runs, std::uint64_t offset, const void* data,
               std::size_t size);
 
-  CompoundDocument& document;
-  TableCounts counts;
-  std::uint32_t next;  // where the next table goes
-  std::vector<SectorRun> directoryRuns;
-  std::vector<SectorRun> miniFatRuns;
-  std::vector<SectorRun> fatRuns;
-  std::vector<SectorRun> difatRuns;
-  std::vector<FatRun> chains;
-  std::vector<std::uint32_t> miniFat;
-  std::vector<std::uint32_t> fatSectors;
-  std::uint32_t writtenEntries = 0;
-  std::uint32_t nextBlock = 1;  // entry number of the next storage's first child
+  CompoundDocument& document_;
+  TableCounts counts_;
+  std::uint32_t next_;  // where the next table goes
+  std::vector<SectorRun> directoryRuns_;
+  std::vector<SectorRun> miniFatRuns_;
+  std::vector<SectorRun> fatRuns_;
+  std::vector<SectorRun> difatRuns_;
+  std::vector<FatRun> chains_;
+  std::vector<std::uint32_t> miniFat_;
+  std::vector<std::uint32_t> fatSectors_;
+  std::uint32_t writtenEntries_ = 0;
+  std::uint32_t nextBlock_ = 1;  // entry number of the next storage's first child
 };

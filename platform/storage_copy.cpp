@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "compound/directory.h"
-#include "platform/storage_enumerator.h"
-#include "platform/storage_storage.h"
-#include "platform/storage_stream.h"
+#include "platform/compound_enumerator.h"
+#include "platform/compound_storage.h"
+#include "platform/compound_stream.h"
 
 namespace {
 
@@ -19,21 +19,21 @@ template <class Interface>
 class Reference {
  public:
   Reference() = default;
-  explicit Reference(Interface* object) : held(object) {}
+  explicit Reference(Interface* object) : held_(object) {}
   ~Reference() {
-    if (held != nullptr) held->Release();
+    if (held_ != nullptr) held_->Release();
   }
-  Reference(Reference&& other) noexcept : held(std::exchange(other.held, nullptr)) {}
+  Reference(Reference&& other) noexcept : held_(std::exchange(other.held_, nullptr)) {}
   Reference& operator=(Reference&& other) noexcept {
-    std::swap(held, other.held);
+    std::swap(held_, other.held_);
     return *this;
   }
-  Interface* operator->() const { return held; }
-  Interface* Get() const { return held; }
-  Interface** Place() { return &held; }
+  Interface* operator->() const { return held_; }
+  Interface* Get() const { return held_; }
+  Interface** Place() { return &held_; }
 
  private:
-  Interface* held = nullptr;
+  Interface* held_ = nullptr;
 };
 
 bool Contains(const IID* ids, DWORD count, REFIID id) {
@@ -70,7 +70,7 @@ struct TaskName {
 }  // namespace
 
 bool CompoundStorage::IsWithin(const CompoundEntry* ancestor) const {
-  const CompoundEntry* at = entry;
+  const CompoundEntry* at = entry_;
   while (at != nullptr && at != ancestor) at = at->parent;
   return at != nullptr;
 }
@@ -80,28 +80,28 @@ bool CompoundStorage::IsWithin(const CompoundEntry* ancestor) const {
 bool CompoundStorage::WouldReplaceThis(IStorage* to, const OLECHAR* newName) const {
   const auto* ours = Ours(to);
   CompoundName name;
-  if (ours == nullptr || ours->document != document || FAILED(MakeName(newName, &name))) {
+  if (ours == nullptr || ours->document_ != document_ || FAILED(MakeName(newName, &name))) {
     return false;
   }
-  const CompoundEntry* there = document->Directory().Find(ours->entry, name);
+  const CompoundEntry* there = document_->Directory().Find(ours->entry_, name);
   return there != nullptr && IsWithin(there);
 }
 
 /// A copy of an element with everything beneath it but the kinds that are excluded. Storages of
 /// the same name are merged. Storages wait in a list, so that their nesting costs no depth of
 /// calls.
-class CopyTask {
+class StorageCopy {
  public:
-  CopyTask(DWORD ciidExclude, const IID* rgiidExclude)
-      : streams(!Contains(rgiidExclude, ciidExclude, IID_IStream)),
-        storages(!Contains(rgiidExclude, ciidExclude, IID_IStorage)) {}
+  StorageCopy(DWORD ciidExclude, const IID* rgiidExclude)
+      : streams_(!Contains(rgiidExclude, ciidExclude, IID_IStream)),
+        storages_(!Contains(rgiidExclude, ciidExclude, IID_IStorage)) {}
 
   /// What `from` is, and its elements but those with these names.
   HRESULT Contents(CompoundStorage& from, SNB excluded, IStorage* to) {
     HRESULT result = Level(from, excluded, to);
-    while (SUCCEEDED(result) && !pending.empty()) {
-      const Pending next = std::move(pending.back());
-      pending.pop_back();
+    while (SUCCEEDED(result) && !pending_.empty()) {
+      const Pending next = std::move(pending_.back());
+      pending_.pop_back();
       result = Level(*next.from.Get(), nullptr, next.to.Get());
     }
     return result;
@@ -110,7 +110,7 @@ class CopyTask {
   HRESULT Element(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
                   const OLECHAR* newName) {
     if (element->IsStream()) return Stream(parent, element, to, newName);
-    const Reference<CompoundStorage> from(new CompoundStorage(parent.document, element, OpenMode));
+    const Reference<CompoundStorage> from(new CompoundStorage(parent.document_, element, OpenMode));
     Reference<IStorage> made;
     const HRESULT result = OpenOrCreate(to, newName, made.Place());
     return FAILED(result) ? result : Contents(*from.Get(), nullptr, made.Get());
@@ -124,13 +124,13 @@ class CopyTask {
 
   HRESULT Level(CompoundStorage& from, SNB excluded, IStorage* to) {
     if (from.IsReverted()) return STG_E_REVERTED;
-    HRESULT result = to->SetClass(from.entry->storage->clsid);
+    HRESULT result = to->SetClass(from.entry_->storage->clsid);
     if (SUCCEEDED(result)) {
-      result = to->SetStateBits(from.entry->storage->stateBits, 0xFFFFFFFF);
+      result = to->SetStateBits(from.entry_->storage->stateBits, 0xFFFFFFFF);
     }
-    for (CompoundEntry* child : SortedChildren(*from.entry)) {
+    for (CompoundEntry* child : SortedChildren(*from.entry_)) {
       if (FAILED(result)) return result;
-      if (!(child->IsStream() ? streams : storages) || Contains(excluded, child->name)) continue;
+      if (!(child->IsStream() ? streams_ : storages_) || Contains(excluded, child->name)) continue;
       const TaskName name(child->name);
       result = child->IsStream() ? Stream(from, child, to, name.text)
                                  : Defer(from, child, to, name.text);
@@ -141,7 +141,7 @@ class CopyTask {
   static HRESULT Stream(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
                         const OLECHAR* newName) {
     if (parent.WouldReplaceThis(to, newName)) return STG_E_ACCESSDENIED;
-    const Reference<IStream> from(new CompoundStream(parent.document, element, OpenMode));
+    const Reference<IStream> from(new CompoundStream(parent.document_, element, OpenMode));
     Reference<IStream> made;
     const HRESULT result = to->CreateStream(newName, MakeMode, 0, 0, made.Place());
     return FAILED(result) ? result : from->CopyTo(made.Get(), Everything, nullptr, nullptr);
@@ -149,8 +149,8 @@ class CopyTask {
 
   HRESULT Defer(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
                 const OLECHAR* newName) {
-    Pending& task = pending.emplace_back();
-    task.from = Reference(new CompoundStorage(parent.document, element, OpenMode));
+    Pending& task = pending_.emplace_back();
+    task.from = Reference(new CompoundStorage(parent.document_, element, OpenMode));
     return OpenOrCreate(to, newName, task.to.Place());
   }
 
@@ -160,8 +160,8 @@ class CopyTask {
     return parent->CreateStorage(name, MakeMode, 0, 0, opened);
   }
 
-  const bool streams, storages;  // which are copied
-  std::vector<Pending> pending;
+  const bool streams_, storages_;  // which are copied
+  std::vector<Pending> pending_;
 };
 
 HRESULT CompoundStorage::CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB snbExclude,
@@ -170,9 +170,9 @@ HRESULT CompoundStorage::CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB 
   if (pstgDest == nullptr) return STG_E_INVALIDPOINTER;
   if (rgiidExclude == nullptr) ciidExclude = 0;
   const auto* ours = Ours(pstgDest);
-  if (ours != nullptr && !ours->IsReverted() && ours->IsWithin(entry)) return STG_E_ACCESSDENIED;
+  if (ours != nullptr && !ours->IsReverted() && ours->IsWithin(entry_)) return STG_E_ACCESSDENIED;
   return Guarded(
-      [&] { return CopyTask(ciidExclude, rgiidExclude).Contents(*this, snbExclude, pstgDest); });
+      [&] { return StorageCopy(ciidExclude, rgiidExclude).Contents(*this, snbExclude, pstgDest); });
 }
 
 HRESULT CompoundStorage::MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDest,
@@ -190,17 +190,17 @@ HRESULT CompoundStorage::MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDe
   if (found->opened != nullptr || (move && !IsWritable())) return STG_E_ACCESSDENIED;
   auto* ours = Ours(pstgDest);
   if (ours != nullptr && ours->IsReverted()) return STG_E_REVERTED;
-  if (ours != nullptr && ours->document == document) {
-    const CompoundEntry* there = document->Directory().Find(ours->entry, newName);
+  if (ours != nullptr && ours->document_ == document_) {
+    const CompoundEntry* there = document_->Directory().Find(ours->entry_, newName);
     if (there == found || ours->IsWithin(found)) return STG_E_ACCESSDENIED;
     if (move && there == nullptr && ours->IsWritable()) {
-      document->Directory().Move(found, ours->entry, newName);
-      Touch(entry);
-      Touch(ours->entry);
+      document_->Directory().Move(found, ours->entry_, newName);
+      Touch(entry_);
+      Touch(ours->entry_);
       return S_OK;
     }
   }
   result =
-      Guarded([&] { return CopyTask(0, nullptr).Element(*this, found, pstgDest, pwcsNewName); });
+      Guarded([&] { return StorageCopy(0, nullptr).Element(*this, found, pstgDest, pwcsNewName); });
   return FAILED(result) || !move ? result : DestroyElement(pwcsName);
 }

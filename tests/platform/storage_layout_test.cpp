@@ -10,7 +10,7 @@
 
 #include "compound/format.h"
 #include "compound/name.h"
-#include "platform/storage_storage.h"
+#include "platform/compound_storage.h"
 #include "tests/folder.h"
 #include "tools/compound_check/compound_checker.h"
 #include "tools/compound_check/compound_names.h"

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/storage_object.h"
+#include "platform/open_object.h"
 
 /// The object behind an IStream. Clones are further objects on the same entry.
 class CompoundStream final : public IStream, public OpenObject {
  public:
   CompoundStream(CompoundDocument* openedDocument, CompoundEntry* openedEntry, DWORD openMode)
-      : OpenObject(openedDocument, openedEntry), mode(openMode) {}
+      : OpenObject(openedDocument, openedEntry), mode_(openMode) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) override;
   ULONG STDMETHODCALLTYPE AddRef() override;
@@ -26,6 +26,6 @@ class CompoundStream final : public IStream, public OpenObject {
   HRESULT STDMETHODCALLTYPE Clone(IStream** ppstm) override;
 
  private:
-  DWORD mode;
-  std::uint64_t position = 0;
+  DWORD mode_;
+  std::uint64_t position_ = 0;
 };

@@ -15,7 +15,7 @@ class OpenObject {
   OpenObject(const OpenObject&) = delete;
   OpenObject& operator=(const OpenObject&) = delete;
 
-  bool IsReverted() const { return document == nullptr; }
+  bool IsReverted() const { return document_ == nullptr; }
 
   /// Cuts the object off. Never fails.
   void CutOff();
@@ -23,13 +23,13 @@ class OpenObject {
  protected:
   ~OpenObject() { CutOff(); }
 
-  CompoundDocument* document;
-  CompoundEntry* entry;
-  ULONG references = 1;
+  CompoundDocument* document_;
+  CompoundEntry* entry_;
+  ULONG references_ = 1;
 
  private:
-  OpenObject* next;
-  OpenObject* previous = nullptr;
+  OpenObject* next_;
+  OpenObject* previous_ = nullptr;
 };
 
 /// Reverts every object on an entry and beneath it.

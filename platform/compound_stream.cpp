@@ -1,4 +1,4 @@
-#include "platform/storage_stream.h"
+#include "platform/compound_stream.h"
 
 #include <algorithm>
 #include <limits>
@@ -22,10 +22,10 @@ HRESULT CompoundStream::QueryInterface(REFIID riid, void** ppvObject) {
   return S_OK;
 }
 
-ULONG CompoundStream::AddRef() { return ++references; }
+ULONG CompoundStream::AddRef() { return ++references_; }
 
 ULONG CompoundStream::Release() {
-  const ULONG left = --references;
+  const ULONG left = --references_;
   if (left == 0) delete this;
   return left;
 }
@@ -34,10 +34,10 @@ HRESULT CompoundStream::Read(void* pv, ULONG cb, ULONG* pcbRead) {
   if (pcbRead != nullptr) *pcbRead = 0;
   if (IsReverted()) return STG_E_REVERTED;
   if (pv == nullptr && cb > 0) return STG_E_INVALIDPOINTER;
-  if ((mode & AccessMask) == STGM_WRITE) return STG_E_ACCESSDENIED;
+  if ((mode_ & AccessMask) == STGM_WRITE) return STG_E_ACCESSDENIED;
   std::size_t done = 0;
-  const HRESULT result = document->Read(*entry, position, pv, cb, &done);
-  position += done;
+  const HRESULT result = document_->Read(*entry_, position_, pv, cb, &done);
+  position_ += done;
   if (pcbRead != nullptr) *pcbRead = static_cast<ULONG>(done);
   return result;
 }
@@ -46,11 +46,12 @@ HRESULT CompoundStream::Write(const void* pv, ULONG cb, ULONG* pcbWritten) {
   if (pcbWritten != nullptr) *pcbWritten = 0;
   if (IsReverted()) return STG_E_REVERTED;
   if (pv == nullptr && cb > 0) return STG_E_INVALIDPOINTER;
-  if ((mode & AccessMask) == STGM_READ) return STG_E_ACCESSDENIED;
-  if (position > std::numeric_limits<std::uint64_t>::max() - cb) return STG_E_MEDIUMFULL;
+  if ((mode_ & AccessMask) == STGM_READ) return STG_E_ACCESSDENIED;
+  if (position_ > std::numeric_limits<std::uint64_t>::max() - cb) return STG_E_MEDIUMFULL;
   std::size_t done = 0;
-  const HRESULT result = Guarded([&] { return document->Write(*entry, position, pv, cb, &done); });
-  position += done;
+  const HRESULT result =
+      Guarded([&] { return document_->Write(*entry_, position_, pv, cb, &done); });
+  position_ += done;
   if (pcbWritten != nullptr) *pcbWritten = static_cast<ULONG>(done);
   return result;
 }
@@ -59,22 +60,22 @@ HRESULT CompoundStream::Seek(LARGE_INTEGER dlibMove, DWORD dwOrigin,
                              ULARGE_INTEGER* plibNewPosition) {
   if (IsReverted()) return STG_E_REVERTED;
   if (dwOrigin > STREAM_SEEK_END) return STG_E_INVALIDFUNCTION;
-  const std::uint64_t origins[] = {0, position, entry->size};
+  const std::uint64_t origins[] = {0, position_, entry_->size};
   const std::uint64_t origin = origins[dwOrigin];
   const auto move = static_cast<std::uint64_t>(dlibMove.QuadPart);
   const bool back = dwOrigin != STREAM_SEEK_SET && dlibMove.QuadPart < 0;
   if (back && origin < 0 - move) return STG_E_INVALIDFUNCTION;
   if (dwOrigin == STREAM_SEEK_SET && dlibMove.QuadPart < 0) return STG_E_INVALIDFUNCTION;
   if (!back && origin + move < origin) return STG_E_INVALIDFUNCTION;
-  position = origin + move;
-  if (plibNewPosition != nullptr) plibNewPosition->QuadPart = position;
+  position_ = origin + move;
+  if (plibNewPosition != nullptr) plibNewPosition->QuadPart = position_;
   return S_OK;
 }
 
 HRESULT CompoundStream::SetSize(ULARGE_INTEGER libNewSize) {
   if (IsReverted()) return STG_E_REVERTED;
-  if ((mode & AccessMask) == STGM_READ) return STG_E_ACCESSDENIED;
-  return Guarded([&] { return document->Resize(*entry, libNewSize.QuadPart); });
+  if ((mode_ & AccessMask) == STGM_READ) return STG_E_ACCESSDENIED;
+  return Guarded([&] { return document_->Resize(*entry_, libNewSize.QuadPart); });
 }
 
 HRESULT CompoundStream::CopyTo(IStream* pstm, ULARGE_INTEGER cb, ULARGE_INTEGER* pcbRead,
@@ -85,7 +86,7 @@ HRESULT CompoundStream::CopyTo(IStream* pstm, ULARGE_INTEGER cb, ULARGE_INTEGER*
     if (IsReverted()) return STG_E_REVERTED;
     if (pstm == nullptr) return STG_E_INVALIDPOINTER;
     // Only what is there now: a copy onto its own end would never finish.
-    std::uint64_t left = entry->size > position ? entry->size - position : 0;
+    std::uint64_t left = entry_->size > position_ ? entry_->size - position_ : 0;
     left = std::min<std::uint64_t>(left, cb.QuadPart);
     std::vector<std::byte> bytes(std::min<std::uint64_t>(left, CopyPiece));
     while (left > 0) {
@@ -126,16 +127,16 @@ HRESULT CompoundStream::Stat(STATSTG* pstatstg, DWORD grfStatFlag) {
   if (IsReverted()) return STG_E_REVERTED;
   if (pstatstg == nullptr) return STG_E_INVALIDPOINTER;
   if (grfStatFlag > STATFLAG_NONAME) return STG_E_INVALIDFLAG;
-  return StatEntry(*entry, grfStatFlag, mode, pstatstg);
+  return StatEntry(*entry_, grfStatFlag, mode_, pstatstg);
 }
 
 HRESULT CompoundStream::Clone(IStream** ppstm) {
   if (ppstm == nullptr) return STG_E_INVALIDPOINTER;
   *ppstm = nullptr;
   if (IsReverted()) return STG_E_REVERTED;
-  auto* clone = new (std::nothrow) CompoundStream(document, entry, mode);
+  auto* clone = new (std::nothrow) CompoundStream(document_, entry_, mode_);
   if (clone == nullptr) return E_OUTOFMEMORY;
-  clone->position = position;
+  clone->position_ = position_;
   *ppstm = clone;
   return S_OK;
 }

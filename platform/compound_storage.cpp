@@ -1,11 +1,11 @@
-#include "platform/storage_storage.h"
+#include "platform/compound_storage.h"
 
 #include <cstring>
 #include <cwchar>
 #include <type_traits>
 
-#include "platform/storage_enumerator.h"
-#include "platform/storage_stream.h"
+#include "platform/compound_enumerator.h"
+#include "platform/compound_stream.h"
 
 namespace {
 
@@ -38,14 +38,14 @@ HRESULT CompoundStorage::QueryInterface(REFIID riid, void** ppvObject) {
   return S_OK;
 }
 
-ULONG CompoundStorage::AddRef() { return ++references; }
+ULONG CompoundStorage::AddRef() { return ++references_; }
 
 ULONG CompoundStorage::Release() {
-  const ULONG left = --references;
+  const ULONG left = --references_;
   if (left > 0) return left;
-  if (owned) {
-    RevertTree(owned->Directory().Root());
-    owned->Finish();
+  if (owned_) {
+    RevertTree(owned_->Directory().Root());
+    owned_->Finish();
   }
   delete this;
   return 0;
@@ -56,7 +56,7 @@ HRESULT CompoundStorage::Find(const OLECHAR* text, CompoundName* name,
   if (IsReverted()) return STG_E_REVERTED;
   const HRESULT result = MakeName(text, name);
   if (FAILED(result)) return result;
-  *found = document->Directory().Find(entry, *name);
+  *found = document_->Directory().Find(entry_, *name);
   return *found != nullptr ? S_OK : STG_E_FILENOTFOUND;
 }
 
@@ -89,19 +89,19 @@ HRESULT CompoundStorage::Create(const OLECHAR* text, DWORD createMode, Interface
   HRESULT result = FindReplaceable(text, createMode, &name, &old);
   if (FAILED(result)) return result;
   CompoundEntry* made = nullptr;
-  result = document->AddEntry(entry, name, std::is_same_v<Interface, IStream>, &made);
+  result = document_->AddEntry(entry_, name, std::is_same_v<Interface, IStream>, &made);
   if (FAILED(result)) return result;
-  auto* object = new (std::nothrow) Object(document, made, createMode & ~STGM_CREATE);
+  auto* object = new (std::nothrow) Object(document_, made, createMode & ~STGM_CREATE);
   if (object == nullptr) {
-    document->Destroy(made);
+    document_->Destroy(made);
     return E_OUTOFMEMORY;
   }
   // Nothing can fail any more, so the old element may go.
   if (old != nullptr) {
     RevertTree(old);
-    document->Destroy(old);
+    document_->Destroy(old);
   }
-  Touch(entry);
+  Touch(entry_);
   if (!made->IsStream()) made->storage->created = made->storage->modified = TimeNow();
   *created = object;
   return S_OK;
@@ -124,7 +124,7 @@ HRESULT CompoundStorage::OpenStream(const OLECHAR* pwcsName, void* reserved1, DW
   CompoundEntry* found = nullptr;
   const HRESULT result = FindOpenable(pwcsName, true, grfMode, &found);
   if (FAILED(result)) return result;
-  *ppstm = new (std::nothrow) CompoundStream(document, found, grfMode);
+  *ppstm = new (std::nothrow) CompoundStream(document_, found, grfMode);
   return *ppstm != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
@@ -147,7 +147,7 @@ HRESULT CompoundStorage::OpenStorage(const OLECHAR* pwcsName, IStorage* pstgPrio
   CompoundEntry* found = nullptr;
   const HRESULT result = FindOpenable(pwcsName, false, grfMode, &found);
   if (FAILED(result)) return result;
-  *ppstg = new (std::nothrow) CompoundStorage(document, found, grfMode);
+  *ppstg = new (std::nothrow) CompoundStorage(document_, found, grfMode);
   return *ppstg != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
@@ -155,8 +155,8 @@ HRESULT CompoundStorage::Commit(DWORD grfCommitFlags) {
   if (IsReverted()) return STG_E_REVERTED;
   if ((grfCommitFlags & ~CommitFlags) != 0) return STG_E_INVALIDFLAG;
   const bool toDisk =
-      owned != nullptr && (grfCommitFlags & STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE) == 0;
-  return Guarded([&] { return document->Flush(toDisk); });
+      owned_ != nullptr && (grfCommitFlags & STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE) == 0;
+  return Guarded([&] { return document_->Flush(toDisk); });
 }
 
 HRESULT CompoundStorage::Revert() { return IsReverted() ? STG_E_REVERTED : S_OK; }
@@ -168,7 +168,7 @@ HRESULT CompoundStorage::EnumElements(DWORD reserved1, void* reserved2, DWORD re
   if (IsReverted()) return STG_E_REVERTED;
   if (reserved1 != 0 || reserved2 != nullptr || reserved3 != 0) return STG_E_INVALIDPARAMETER;
   return Guarded([&] {
-    *ppenum = NewEnumerator(document, entry);
+    *ppenum = NewEnumerator(document_, entry_);
     return S_OK;
   });
 }
@@ -180,8 +180,8 @@ HRESULT CompoundStorage::DestroyElement(const OLECHAR* pwcsName) {
   if (FAILED(result)) return result;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
   RevertTree(found);
-  document->Destroy(found);
-  Touch(entry);
+  document_->Destroy(found);
+  Touch(entry_);
   return S_OK;
 }
 
@@ -196,8 +196,8 @@ HRESULT CompoundStorage::RenameElement(const OLECHAR* pwcsOldName, const OLECHAR
   if (FAILED(result) && result != STG_E_FILENOTFOUND) return result;
   if (!IsWritable() || found->opened != nullptr) return STG_E_ACCESSDENIED;
   if (other != nullptr && other != found) return STG_E_FILEALREADYEXISTS;
-  document->Directory().Move(found, entry, newName);
-  Touch(entry);
+  document_->Directory().Move(found, entry_, newName);
+  Touch(entry_);
   return S_OK;
 }
 
@@ -205,7 +205,7 @@ HRESULT CompoundStorage::SetElementTimes(const OLECHAR* pwcsName, const FILETIME
                                          const FILETIME* /*patime*/, const FILETIME* pmtime) {
   if (IsReverted()) return STG_E_REVERTED;
   CompoundName name;
-  CompoundEntry* found = entry;
+  CompoundEntry* found = entry_;
   const HRESULT result = pwcsName == nullptr ? S_OK : Find(pwcsName, &name, &found);
   if (FAILED(result)) return result;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
@@ -218,17 +218,17 @@ HRESULT CompoundStorage::SetElementTimes(const OLECHAR* pwcsName, const FILETIME
 HRESULT CompoundStorage::SetClass(REFCLSID clsid) {
   if (IsReverted()) return STG_E_REVERTED;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
-  entry->storage->clsid = clsid;
-  Touch(entry);
+  entry_->storage->clsid = clsid;
+  Touch(entry_);
   return S_OK;
 }
 
 HRESULT CompoundStorage::SetStateBits(DWORD grfStateBits, DWORD grfMask) {
   if (IsReverted()) return STG_E_REVERTED;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
-  DWORD& bits = entry->storage->stateBits;
+  DWORD& bits = entry_->storage->stateBits;
   bits = (bits & ~grfMask) | (grfStateBits & grfMask);
-  Touch(entry);
+  Touch(entry_);
   return S_OK;
 }
 
@@ -236,13 +236,13 @@ HRESULT CompoundStorage::Stat(STATSTG* pstatstg, DWORD grfStatFlag) {
   if (IsReverted()) return STG_E_REVERTED;
   if (pstatstg == nullptr) return STG_E_INVALIDPOINTER;
   if (grfStatFlag > STATFLAG_NONAME) return STG_E_INVALIDFLAG;
-  if (!owned || grfStatFlag == STATFLAG_NONAME) {
-    return StatEntry(*entry, grfStatFlag, mode, pstatstg);
+  if (!owned_ || grfStatFlag == STATFLAG_NONAME) {
+    return StatEntry(*entry_, grfStatFlag, mode_, pstatstg);
   }
-  StatEntry(*entry, STATFLAG_NONAME, mode, pstatstg);
-  const std::size_t bytes = (std::wcslen(rootName.get()) + 1) * sizeof(OLECHAR);
+  StatEntry(*entry_, STATFLAG_NONAME, mode_, pstatstg);
+  const std::size_t bytes = (std::wcslen(rootName_.get()) + 1) * sizeof(OLECHAR);
   pstatstg->pwcsName = static_cast<OLECHAR*>(CoTaskMemAlloc(bytes));
   if (pstatstg->pwcsName == nullptr) return E_OUTOFMEMORY;
-  std::memcpy(pstatstg->pwcsName, rootName.get(), bytes);
+  std::memcpy(pstatstg->pwcsName, rootName_.get(), bytes);
   return S_OK;
 }

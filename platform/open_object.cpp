@@ -1,20 +1,20 @@
-#include "platform/storage_object.h"
+#include "platform/open_object.h"
 
 #include <ctime>
 #include <utility>
 
 OpenObject::OpenObject(CompoundDocument* openedDocument, CompoundEntry* openedEntry)
-    : document(openedDocument), entry(openedEntry), next(openedEntry->opened) {
-  if (next != nullptr) next->previous = this;
-  entry->opened = this;
+    : document_(openedDocument), entry_(openedEntry), next_(openedEntry->opened) {
+  if (next_ != nullptr) next_->previous_ = this;
+  entry_->opened = this;
 }
 
 void OpenObject::CutOff() {
-  if (entry == nullptr) return;
-  (previous != nullptr ? previous->next : entry->opened) = next;
-  if (next != nullptr) next->previous = previous;
-  document = nullptr;
-  entry = nullptr;
+  if (entry_ == nullptr) return;
+  (previous_ != nullptr ? previous_->next_ : entry_->opened) = next_;
+  if (next_ != nullptr) next_->previous_ = previous_;
+  document_ = nullptr;
+  entry_ = nullptr;
 }
 
 void RevertTree(CompoundEntry* entry) {

@@ -1,4 +1,4 @@
-#include "platform/storage_enumerator.h"
+#include "platform/compound_enumerator.h"
 
 #include <algorithm>
 
@@ -14,7 +14,7 @@ HRESULT CompoundEnumerator::QueryInterface(REFIID riid, void** ppvObject) {
 }
 
 ULONG CompoundEnumerator::Release() {
-  const ULONG left = --references;
+  const ULONG left = --references_;
   if (left == 0) delete this;
   return left;
 }
@@ -24,17 +24,17 @@ HRESULT CompoundEnumerator::Next(ULONG celt, STATSTG* rgelt, ULONG* pceltFetched
   if (IsReverted()) return STG_E_REVERTED;
   if (rgelt == nullptr || (pceltFetched == nullptr && celt != 1)) return STG_E_INVALIDPOINTER;
   ULONG fetched = 0;
-  for (; fetched < celt && position < elements.size(); ++fetched) {
-    const Element& element = elements[position];
+  for (; fetched < celt && position_ < elements_.size(); ++fetched) {
+    const Element& element = elements_[position_];
     OLECHAR* name = NewWideName(element.name.units, element.name.length);
     if (name == nullptr) {
-      position -= fetched;
+      position_ -= fetched;
       while (fetched > 0) CoTaskMemFree(rgelt[--fetched].pwcsName);
       return E_OUTOFMEMORY;
     }
     rgelt[fetched] = element.stat;
     rgelt[fetched].pwcsName = name;
-    ++position;
+    ++position_;
   }
   if (pceltFetched != nullptr) *pceltFetched = fetched;
   return fetched == celt ? S_OK : S_FALSE;
@@ -42,14 +42,14 @@ HRESULT CompoundEnumerator::Next(ULONG celt, STATSTG* rgelt, ULONG* pceltFetched
 
 HRESULT CompoundEnumerator::Skip(ULONG celt) {
   if (IsReverted()) return STG_E_REVERTED;
-  const std::size_t skipped = std::min<std::size_t>(celt, elements.size() - position);
-  position += skipped;
+  const std::size_t skipped = std::min<std::size_t>(celt, elements_.size() - position_);
+  position_ += skipped;
   return skipped == celt ? S_OK : S_FALSE;
 }
 
 HRESULT CompoundEnumerator::Reset() {
   if (IsReverted()) return STG_E_REVERTED;
-  position = 0;
+  position_ = 0;
   return S_OK;
 }
 
@@ -58,8 +58,8 @@ HRESULT CompoundEnumerator::Clone(IEnumSTATSTG** ppenum) {
   *ppenum = nullptr;
   if (IsReverted()) return STG_E_REVERTED;
   return Guarded([&] {
-    auto* clone = new CompoundEnumerator(document, entry, elements);
-    clone->position = position;
+    auto* clone = new CompoundEnumerator(document_, entry_, elements_);
+    clone->position_ = position_;
     *ppenum = clone;
     return S_OK;
   });

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platform/storage_object.h"
+#include "platform/open_object.h"
 
 /// The object behind an IEnumSTATSTG: the elements of a storage as they were when it was made.
 class CompoundEnumerator final : public IEnumSTATSTG, public OpenObject {
@@ -14,10 +14,10 @@ class CompoundEnumerator final : public IEnumSTATSTG, public OpenObject {
 
   CompoundEnumerator(CompoundDocument* openedDocument, CompoundEntry* openedEntry,
                      std::vector<Element> snapshot)
-      : OpenObject(openedDocument, openedEntry), elements(std::move(snapshot)) {}
+      : OpenObject(openedDocument, openedEntry), elements_(std::move(snapshot)) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) override;
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
   ULONG STDMETHODCALLTYPE Release() override;
   HRESULT STDMETHODCALLTYPE Next(ULONG celt, STATSTG* rgelt, ULONG* pceltFetched) override;
   HRESULT STDMETHODCALLTYPE Skip(ULONG celt) override;
@@ -25,8 +25,8 @@ class CompoundEnumerator final : public IEnumSTATSTG, public OpenObject {
   HRESULT STDMETHODCALLTYPE Clone(IEnumSTATSTG** ppenum) override;
 
  private:
-  std::vector<Element> elements;
-  std::size_t position = 0;
+  std::vector<Element> elements_;
+  std::size_t position_ = 0;
 };
 
 /// May throw std::bad_alloc.

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "platform/storage_object.h"
+#include "platform/open_object.h"
 
 /// Our own storages answer to it, so that they know one another among foreign ones.
 constexpr IID IID_CompoundStorage = {
@@ -12,7 +12,7 @@ constexpr IID IID_CompoundStorage = {
 class CompoundStorage final : public IStorage, public OpenObject {
  public:
   CompoundStorage(CompoundDocument* openedDocument, CompoundEntry* openedEntry, DWORD openMode)
-      : OpenObject(openedDocument, openedEntry), mode(openMode) {}
+      : OpenObject(openedDocument, openedEntry), mode_(openMode) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) override;
   ULONG STDMETHODCALLTYPE AddRef() override;
@@ -45,11 +45,11 @@ class CompoundStorage final : public IStorage, public OpenObject {
   HRESULT STDMETHODCALLTYPE Stat(STATSTG* pstatstg, DWORD grfStatFlag) override;
 
  private:
-  friend class CopyTask;
+  friend class StorageCopy;
   friend HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
                                     const CompoundParameters& parameters, IStorage** storage);
 
-  bool IsWritable() const { return (mode & 3) != STGM_READ; }
+  bool IsWritable() const { return (mode_ & 3) != STGM_READ; }
   HRESULT Find(const OLECHAR* text, CompoundName* name, CompoundEntry** found) const;
   HRESULT FindOpenable(const OLECHAR* text, bool stream, DWORD openMode,
                        CompoundEntry** found) const;
@@ -60,9 +60,9 @@ class CompoundStorage final : public IStorage, public OpenObject {
   bool IsWithin(const CompoundEntry* ancestor) const;
   bool WouldReplaceThis(IStorage* to, const OLECHAR* newName) const;
 
-  DWORD mode;
-  std::unique_ptr<CompoundDocument> owned;  // of the root only
-  std::unique_ptr<OLECHAR[]> rootName;      // of the root only: the file's name
+  DWORD mode_;
+  std::unique_ptr<CompoundDocument> owned_;  // of the root only
+  std::unique_ptr<OLECHAR[]> rootName_;      // of the root only: the file's name
 };
 
 /// Creates the file with parameters of any kind and gives its root storage to the caller. `name`

@@ -2,8 +2,8 @@
 #include <cwchar>
 #include <string>
 
+#include "platform/compound_storage.h"
 #include "platform/path.h"
-#include "platform/storage_storage.h"
 
 namespace {
 
@@ -39,10 +39,10 @@ HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
     root->Release();
     return result;
   }
-  Touch(root->entry);
-  root->mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
-  root->owned = std::move(document);
-  root->rootName = std::move(rootName);
+  Touch(root->entry_);
+  root->mode_ = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+  root->owned_ = std::move(document);
+  root->rootName_ = std::move(rootName);
   *storage = root;
   return S_OK;
 }
