@@ -22,6 +22,12 @@ double exp(double x) { return static_cast<double>(expq(x)); }
 double log(double x) { return static_cast<double>(logq(x)); }
 double pow(double x, double y) { return static_cast<double>(powq(x, y)); }
 
+/// What the compiler makes of a sine and a cosine of one argument.
+void sincos(double x, double* sine, double* cosine) {
+  *sine = sin(x);
+  *cosine = cos(x);
+}
+
 /// The processor's own, which is exact to the last bit.
 double sqrt(double x) {
   const __m128d value = _mm_set_sd(x);

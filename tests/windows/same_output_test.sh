@@ -60,5 +60,11 @@ for i in range(-1000, 1001):
 SWEEP
 compare "sweep of functions" <"$folder/sweep"
 
+# Turns, to the last digit: the compiler joins their sines and cosines.
+for degrees in 45 90 180 270 -90 540 1000000 9e15 1e22 1.7e100 3e300; do
+  echo "r(0, 0, 1, $degrees) ;q # r(1, 0, 0, $degrees) ;m # r(1, 2, -3, $degrees) ;m # "
+done >"$folder/turns"
+compare "turns" --digits 17 <"$folder/turns"
+
 echo "$count programs, $(wc -l <"$folder/sweep") results"
 [ $failures -eq 0 ]
