@@ -8,12 +8,6 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# Results are the same on every machine: no contraction, and SSE2 instead of x87 on 32-bit x86.
-add_compile_options(-ffp-contract=off)
-if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86|i[3-6]86)$")
-  add_compile_options(-msse2 -mfpmath=sse)
-endif()
-
 if(WIN32)
   # A program looks for its libraries in its own folder.
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cfloat>
 #include <cmath>
+
+static_assert(FLT_EVAL_METHOD == 0, "doubles must be computed as doubles: compile with SSE2");
 
 /// A length below this counts as zero. Where something is normalised the test reads "less than":
 /// the bound itself still counts as a length, and so does a not-a-number, which is then divided by.
