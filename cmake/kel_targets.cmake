@@ -8,6 +8,9 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# On 32-bit Linux, too, files may be longer than 2 GB.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+
 if(WIN32)
   # A program looks for its libraries in its own folder.
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
