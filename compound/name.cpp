@@ -167,21 +167,3 @@ OLECHAR* NewWideName(const char16_t* units, std::size_t length) {
   *to = 0;
   return wide;
 }
-
-bool ToUtf8(const wchar_t* text, std::string* utf8) {
-  for (; *text != 0; ++text) {
-    const auto c = static_cast<char32_t>(*text);
-    if (c >= 0xDC80 && c <= 0xDCFF) {  // a byte that was no UTF-8, as WStr keeps it
-      *utf8 += static_cast<char>(c & 0xFFU);
-      continue;
-    }
-    if (!IsCodePoint(c)) return false;
-    const unsigned tails = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
-    constexpr std::uint32_t Leads[] = {0x00, 0xC0, 0xE0, 0xF0};
-    *utf8 += static_cast<char>(Leads[tails] | (c >> (6 * tails)));
-    for (unsigned left = tails; left > 0; --left) {
-      *utf8 += static_cast<char>(0x80 | ((c >> (6 * (left - 1))) & 0x3F));
-    }
-  }
-  return true;
-}

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 #include "compound/format.h"
 #include "platform/storage.h"
@@ -22,10 +21,6 @@ int CompareNames(const char16_t* a, std::size_t aLength, const char16_t* b, std:
 
 /// The name as wide text from the task allocator; null without memory.
 OLECHAR* NewWideName(const char16_t* units, std::size_t length);
-
-/// Wide text as UTF-8, for the file system. U+DC80 to U+DCFF stand for single bytes 80 to FF of a
-/// path that is no UTF-8. False when it is no valid text otherwise.
-bool ToUtf8(const wchar_t* text, std::string* utf8);
 
 /// The simple upper case of a UTF-16 unit beyond ASCII; the unit itself where it has none.
 /// The same on every machine, whatever the locale.

@@ -10,11 +10,10 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 namespace {
 
-constexpr std::size_t PieceSize = std::size_t{1} << 20U;
+constexpr std::size_t PieceSize = 64 * 1024;
 
 /// An open file, closed at the end of its life without disturbing errno.
 class Descriptor {
@@ -39,9 +38,9 @@ int Refuse(int error) {
   return -1;
 }
 
-bool Exists(const std::string& path) {
+bool Exists(const NativePath& path) {
   struct stat status;
-  return lstat(path.c_str(), &status) == 0;
+  return lstat(path.Text(), &status) == 0;
 }
 
 bool WriteAll(int file, const char* data, std::size_t size) {
@@ -56,12 +55,12 @@ bool WriteAll(int file, const char* data, std::size_t size) {
 }
 
 bool CopyBytes(int from, int to) {
-  std::vector<char> piece(PieceSize);
+  char piece[PieceSize];
   for (;;) {
-    const ssize_t got = read(from, piece.data(), piece.size());
+    const ssize_t got = read(from, piece, sizeof piece);
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return got == 0;
-    if (!WriteAll(to, piece.data(), static_cast<std::size_t>(got))) return false;
+    if (!WriteAll(to, piece, static_cast<std::size_t>(got))) return false;
   }
 }
 
@@ -72,58 +71,93 @@ bool CopyAttributes(const struct stat& status, int to) {
   return fchmod(to, status.st_mode & 07777U) == 0 && futimens(to, times) == 0;
 }
 
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
+NativePath FolderOf(const NativePath& path) {
+  NativePath folder = path;
+  folder.LeaveFolder();
+  return folder;
 }
 
-bool SyncFolder(const std::string& folder) {
-  const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+bool SyncFolder(const NativePath& folder) {
+  const Descriptor opened(open(folder.Text(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return opened.IsOpen() && (fsync(opened.Get()) == 0 || errno == EINVAL);
 }
 
-/// Gives the finished copy its name. A link never replaces a file; file systems without links
-/// get the name tested first.
-bool NameCopy(const std::string& copy, const std::string& name) {
-  if (link(copy.c_str(), name.c_str()) == 0) {
-    unlink(copy.c_str());
-    return true;
-  }
-  if (errno == EEXIST) return false;
-  if (Exists(name)) return Refuse(EEXIST) == 0;
-  return std::rename(copy.c_str(), name.c_str()) == 0;
-}
-
-/// Writes a complete copy of `source` into the new file `copy`.
-bool FillCopy(int source, const struct stat& status, int copy) {
-  return CopyBytes(source, copy) && CopyAttributes(status, copy) && fsync(copy) == 0;
-}
-
-int Abandon(const std::string& unwanted) {
+int Abandon(const NativePath& unwanted) {
   const int error = errno;
-  unlink(unwanted.c_str());
+  unlink(unwanted.Text());
   errno = error;
   return -1;
 }
 
+/// Writes a complete copy of `source` into the new file `copy`, safely on the disk.
+bool FillCopy(int source, const struct stat& status, int copy) {
+  return CopyBytes(source, copy) && CopyAttributes(status, copy) && fsync(copy) == 0;
+}
+
+/// The name by which the system knows an open file, whether or not it has another.
+struct OpenFileName {
+  char text[40];
+  explicit OpenFileName(int file) { std::snprintf(text, sizeof text, "/proc/self/fd/%d", file); }
+};
+
+/// A file without a name in `folder`; closed where there can be none, or none that gets a name.
+int OpenNameless(const NativePath& folder) {
+#ifdef O_TMPFILE
+  const int file = open(folder.Text(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+  if (file < 0 || access(OpenFileName(file).text, F_OK) == 0) return file;
+  close(file);
+#endif
+  return -1;
+}
+
+int CopyWithoutName(int source, const struct stat& status, int copy, const NativePath& to) {
+  if (!FillCopy(source, status, copy)) return -1;
+  return linkat(AT_FDCWD, OpenFileName(copy).text, AT_FDCWD, to.Text(), AT_SYMLINK_FOLLOW);
+}
+
+/// Gives the finished copy its name. A link never replaces a file; file systems without links
+/// get the name tested first.
+bool NameCopy(const char* copy, const NativePath& name) {
+  if (link(copy, name.Text()) == 0) {
+    unlink(copy);
+    return true;
+  }
+  if (errno == EEXIST) return false;
+  if (Exists(name)) return Refuse(EEXIST) == 0;
+  return std::rename(copy, name.Text()) == 0;
+}
+
+int CopyUnderOtherName(int source, const struct stat& status, const NativePath& folder,
+                       const NativePath& to) {
+  NativePath name = folder;
+  name.Append("/.kelsave-XXXXXX");
+  const Descriptor copy(mkostemp(name.Data(), O_CLOEXEC));
+  if (!copy.IsOpen()) return -1;
+  const bool done = FillCopy(source, status, copy.Get()) && NameCopy(name.Text(), to);
+  return done ? 0 : Abandon(name);
+}
+
+/// Makes `to` a complete copy, safely on the disk.
+int Copy(int source, const struct stat& status, const NativePath& to) {
+  const NativePath folder = FolderOf(to);
+  const Descriptor copy(OpenNameless(folder));
+  const int result = copy.IsOpen() ? CopyWithoutName(source, status, copy.Get(), to)
+                                   : CopyUnderOtherName(source, status, folder, to);
+  if (result != 0) return -1;
+  return SyncFolder(folder) ? 0 : Abandon(to);
+}
+
 }  // namespace
 
-int MoveByCopying(const std::string& from, const std::string& to) {
-  const Descriptor source(open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+int MoveByCopying(const NativePath& from, const NativePath& to) {
+  const Descriptor source(open(from.Text(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status;
   if (!source.IsOpen() || fstat(source.Get(), &status) != 0) return -1;
   if (!S_ISREG(status.st_mode)) return Refuse(EXDEV);
   if (Exists(to)) return Refuse(EEXIST);  // before the work, not only after it
-  const std::string folder = FolderOf(to);
-  std::string copyName = folder + "/.kelsave-XXXXXX";
-  const Descriptor copy(mkostemp(copyName.data(), O_CLOEXEC));
-  if (!copy.IsOpen()) return -1;
-  if (!FillCopy(source.Get(), status, copy.Get())) return Abandon(copyName);
-  if (!NameCopy(copyName, to)) return Abandon(copyName);
-  if (!SyncFolder(folder)) return Abandon(to);
+  if (Copy(source.Get(), status, to) != 0) return -1;
   // When the file is gone already, the copy is all there is.
-  return unlink(from.c_str()) == 0 || errno == ENOENT ? 0 : Abandon(to);
+  return unlink(from.Text()) == 0 || errno == ENOENT ? 0 : Abandon(to);
 }
 
 #endif

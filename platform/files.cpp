@@ -10,10 +10,9 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <string>
 
 #include "platform/file_copy.h"
-#include "platform/path.h"
+#include "platform/native_path.h"
 
 namespace {
 
@@ -63,36 +62,36 @@ namespace files {
 int _access(const char* path, int mode) {
   if (path == nullptr) return Refuse(EINVAL);
   struct stat status;
-  if (stat(NativePath(path).c_str(), &status) != 0) return -1;
+  if (stat(NativePath(path).Text(), &status) != 0) return -1;
   return (mode & WriteAccess) != 0 && IsReadOnly(status) ? Refuse(EACCES) : 0;
 }
 
 int _chmod(const char* path, int mode) {
   if (path == nullptr) return Refuse(EINVAL);
-  const std::string native = NativePath(path);
+  const NativePath native(path);
   struct stat status;
-  if (stat(native.c_str(), &status) != 0) return -1;
+  if (stat(native.Text(), &status) != 0) return -1;
   if (S_ISDIR(status.st_mode)) return 0;
   const mode_t old = status.st_mode & 07777U;
   const mode_t wanted = (mode & WriteBit) != 0 ? old | S_IWUSR : old & ~EveryonesWrite;
-  return wanted == old ? 0 : chmod(native.c_str(), wanted);
+  return wanted == old ? 0 : chmod(native.Text(), wanted);
 }
 
 int remove(const char* path) {
   if (path == nullptr) return Refuse(EINVAL);
-  const std::string native = NativePath(path);
+  const NativePath native(path);
   struct stat status;
-  if (lstat(native.c_str(), &status) != 0) return -1;
+  if (lstat(native.Text(), &status) != 0) return -1;
   if (IsReadOnly(status)) return Refuse(EACCES);
-  return unlink(native.c_str());
+  return unlink(native.Text());
 }
 
 int rename(const char* from, const char* to) {
   if (from == nullptr || to == nullptr) return Refuse(EINVAL);
-  const std::string source = NativePath(from);
-  const std::string target = NativePath(to);
-  if (IsBeingWritten(source.c_str())) return Refuse(EACCES);
-  if (RenameToNewName(source.c_str(), target.c_str()) == 0) return 0;
+  const NativePath source(from);
+  const NativePath target(to);
+  if (IsBeingWritten(source.Text())) return Refuse(EACCES);
+  if (RenameToNewName(source.Text(), target.Text()) == 0) return 0;
   return errno == EXDEV ? MoveByCopying(source, target) : -1;
 }
 

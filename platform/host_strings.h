@@ -4,9 +4,9 @@
 /// them. On every system they are these ones.
 ///
 /// The host's character set is that of the system: on Windows the process's code page, elsewhere
-/// UTF-8.
+/// UTF-8. Nothing here throws: a text for whose copy there was no memory is a null text.
 
-#include <string>
+#include <memory>
 
 #include "platform/base_types.h"
 
@@ -14,9 +14,9 @@
 class KEL_PLATFORM_API CStr {
  public:
   /// A copy of `text`; null counts as the empty text.
-  explicit CStr(const char* text);
-  CStr(const CStr&) = default;
-  CStr& operator=(const CStr&) = default;
+  CStr(const char* text);  // NOLINT(google-explicit-constructor): host code writes CStr s = "x"
+  CStr(const CStr& source);
+  CStr& operator=(const CStr& source);
   ~CStr();
 
   /// Index of the last `wanted`, negative when there is none.
@@ -25,11 +25,11 @@ class KEL_PLATFORM_API CStr {
   /// Removes `count` bytes from `position` on, as far as there are any; returns this text.
   CStr& remove(int position, int count);
 
-  /// The text; good until this object is changed or gone.
+  /// The text, good until this object is changed or gone; null when there was no memory for it.
   operator char*();  // NOLINT(google-explicit-constructor): callers pass it on as a text
 
  private:
-  std::string text_;
+  std::unique_ptr<char[]> text_;
 };
 
 /// A wide text that owns its copy.
@@ -38,14 +38,14 @@ class KEL_PLATFORM_API WStr {
   /// `text` converted from the host's character set; null counts as the empty text. Bytes that
   /// are no UTF-8 become U+DC80 to U+DCFF, one each, which no valid text holds: the conversion
   /// loses nothing, and the way back gives the same file name.
-  explicit WStr(const char* text);
-  WStr(const WStr&) = default;
-  WStr& operator=(const WStr&) = default;
+  WStr(const char* text);  // NOLINT(google-explicit-constructor): as CStr
+  WStr(const WStr& source);
+  WStr& operator=(const WStr& source);
   ~WStr();
 
-  /// The text; good until this object is changed or gone.
+  /// The text, good until this object is changed or gone; null when there was no memory for it.
   operator wchar_t*();  // NOLINT(google-explicit-constructor): callers pass it on as a text
 
  private:
-  std::wstring text_;
+  std::unique_ptr<wchar_t[]> text_;
 };

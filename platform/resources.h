@@ -26,7 +26,8 @@ KEL_PLATFORM_API int LoadStringA(HINSTANCE module, UINT id, LPSTR buffer, int si
 ///   60122  "KelBackup.bak"           the name of the backup
 ///   63348  "KelBackupAlternate.bak"  the other name of the backup
 /// The first one covers the other two, so that saving over a backup does not replace it by itself.
-/// They belong to the user-interface thread.
+/// They belong to the user-interface thread. Without memory for a change these functions throw
+/// std::bad_alloc and change nothing.
 
 /// Makes `text` the text with the number `id`; a copy is kept. Null removes it.
 KEL_PLATFORM_API void KelSetHostString(UINT id, const char* text);

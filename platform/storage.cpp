@@ -3,7 +3,8 @@
 #include <string>
 
 #include "platform/compound_storage.h"
-#include "platform/path.h"
+#include "platform/native_path.h"
+#include "platform/utf8.h"
 
 namespace {
 
@@ -63,7 +64,7 @@ static HRESULT Create(const WCHAR* pwcsName, DWORD grfMode, DWORD stgfmt, DWORD 
     if (!ToUtf8(pwcsName, &path)) return STG_E_INVALIDNAME;
     IStorage* storage = nullptr;
     const HRESULT result =
-        CreateCompoundFile(NativePath(path.c_str()).c_str(), pwcsName, parameters, &storage);
+        CreateCompoundFile(NativePath(path.c_str()).Text(), pwcsName, parameters, &storage);
     *ppObjectOpen = storage;
     return result;
   });

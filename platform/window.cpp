@@ -3,8 +3,10 @@
 #ifndef _WIN32
 
 #include <algorithm>
-#include <deque>
+#include <array>
 #include <map>
+
+#include "platform/wrapping.h"
 
 struct KelCursor {
   int number;
@@ -12,27 +14,35 @@ struct KelCursor {
 
 namespace {
 
-constexpr int ArrowNumber = 32512;
-constexpr int WaitNumber = 32514;
-constexpr std::size_t HistoryLimit = 256;
+KelCursor SystemCursors[] = {{32512}, {32514}};
 
-KelCursor SystemCursors[] = {{ArrowNumber}, {WaitNumber}};
+/// The cursors that were shown. The last ones are kept in a ring: a save shows cursors, and nothing
+/// in it may need memory.
+struct CursorRecord {
+  HCURSOR current = nullptr;
+  std::array<int, 256> numbers = {};
+  std::size_t count = 0;  // of all that were ever shown; the ring's next place follows from it
+};
+
+CursorRecord Cursors;
 
 struct Window {
   HWND parent;
   RECT rect;
 };
 
-/// Everything the stand-ins remember.
+/// All windows by their numbers.
 struct Desktop {
-  HCURSOR cursor = nullptr;
-  std::deque<int> cursorHistory;
   std::map<std::uint32_t, Window> windows;
   std::uint32_t lastNumber = 0;
 
   Window* Find(HWND window) {
-    const auto found = windows.find(window.Number());
+    const auto found = windows.find(Number(window));
     return found == windows.end() ? nullptr : &found->second;
+  }
+
+  static std::uint32_t Number(HWND window) {
+    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window));
   }
 };
 
@@ -43,18 +53,10 @@ Desktop& TheDesktop() {
 
 int NumberOf(HCURSOR cursor) { return cursor == nullptr ? 0 : cursor->number; }
 
-// Coordinates wrap in 32 bits, as the system's do.
-LONG Sum(LONG a, LONG b) {
-  return static_cast<LONG>(static_cast<ULONG>(a) + static_cast<ULONG>(b));
-}
-LONG Difference(LONG a, LONG b) {
-  return static_cast<LONG>(static_cast<ULONG>(a) - static_cast<ULONG>(b));
-}
-
 /// Where the inside of `window` begins on the screen; false for no such window.
 bool FindOrigin(HWND window, POINT& origin) {
   origin = {0, 0};
-  while (window) {
+  while (window != nullptr) {
     const Window* found = TheDesktop().Find(window);
     if (found == nullptr) return false;
     origin = {Sum(origin.x, found->rect.left), Sum(origin.y, found->rect.top)};
@@ -76,11 +78,9 @@ HCURSOR LoadCursorA(HINSTANCE module, LPCSTR name) {
 }
 
 HCURSOR SetCursor(HCURSOR cursor) {
-  Desktop& desktop = TheDesktop();
-  const HCURSOR previous = desktop.cursor;
-  desktop.cursor = cursor;
-  desktop.cursorHistory.push_back(NumberOf(cursor));
-  if (desktop.cursorHistory.size() > HistoryLimit) desktop.cursorHistory.pop_front();
+  const HCURSOR previous = Cursors.current;
+  Cursors.current = cursor;
+  Cursors.numbers[Cursors.count++ % Cursors.numbers.size()] = NumberOf(cursor);
   return previous;
 }
 
@@ -94,7 +94,7 @@ BOOL GetClientRect(HWND window, RECT* rect) {
 
 HWND GetParent(HWND window) {
   const Window* found = TheDesktop().Find(window);
-  return found == nullptr ? HWND() : found->parent;
+  return found == nullptr ? nullptr : found->parent;
 }
 
 int MapWindowPoints(HWND from, HWND to, POINT* points, UINT count) {
@@ -110,21 +110,24 @@ int MapWindowPoints(HWND from, HWND to, POINT* points, UINT count) {
   return static_cast<int>(high << 16U | low);
 }
 
-int KelCurrentCursor() { return NumberOf(TheDesktop().cursor); }
+int KelCurrentCursor() { return NumberOf(Cursors.current); }
 
 std::vector<int> KelCursorHistory() {
-  const std::deque<int>& history = TheDesktop().cursorHistory;
-  return {history.begin(), history.end()};
+  const std::size_t kept = std::min(Cursors.count, Cursors.numbers.size());
+  std::vector<int> history(kept);
+  for (std::size_t i = 0; i < kept; ++i) {
+    history[i] = Cursors.numbers[(Cursors.count - kept + i) % Cursors.numbers.size()];
+  }
+  return history;
 }
 
-void KelForgetCursorHistory() { TheDesktop().cursorHistory.clear(); }
+void KelForgetCursorHistory() { Cursors.count = 0; }
 
 HWND KelMakeWindow(HWND parent, const RECT& rect) {
   Desktop& desktop = TheDesktop();
-  if (parent && desktop.Find(parent) == nullptr) return nullptr;
-  const HWND window(++desktop.lastNumber);
-  desktop.windows[window.Number()] = {parent, rect};
-  return window;
+  if (parent != nullptr && desktop.Find(parent) == nullptr) return nullptr;
+  desktop.windows[desktop.lastNumber + 1] = {parent, rect};
+  return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(++desktop.lastNumber));
 }
 
 int KelPlaceWindow(HWND window, const RECT& rect) {
@@ -136,11 +139,11 @@ int KelPlaceWindow(HWND window, const RECT& rect) {
 
 void KelDestroyWindow(HWND window) {
   std::map<std::uint32_t, Window>& windows = TheDesktop().windows;
-  if (windows.erase(window.Number()) == 0) return;
+  if (windows.erase(Desktop::Number(window)) == 0) return;
   // A child's number is always greater than its parent's, so one pass upwards finds them all.
   for (auto it = windows.begin(); it != windows.end();) {
     const HWND parent = it->second.parent;
-    const bool orphan = parent && windows.count(parent.Number()) == 0;
+    const bool orphan = parent != nullptr && windows.count(Desktop::Number(parent)) == 0;
     it = orphan ? windows.erase(it) : std::next(it);
   }
 }

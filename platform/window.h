@@ -11,36 +11,37 @@
 
 #include <windows.h>
 
+using KelWindowWord = HWND;
+
 #else
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "platform/base_types.h"
 
-/// A window: an opaque number of 32 bits, so that records shared with a host keep their layout
-/// on machines with wider pointers. Zero is no window. A plain value; it owns nothing.
-class HWND {
- public:
-  constexpr HWND(std::nullptr_t = nullptr) {}  // NOLINT(google-explicit-constructor): as a pointer
-  constexpr explicit HWND(std::uint32_t handleNumber) : number(handleNumber) {}
-
-  constexpr std::uint32_t Number() const { return number; }
-  constexpr explicit operator bool() const { return number != 0; }
-
-  friend constexpr bool operator==(HWND a, HWND b) { return a.number == b.number; }
-  friend constexpr bool operator!=(HWND a, HWND b) { return a.number != b.number; }
-
- private:
-  std::uint32_t number = 0;
-};
-static_assert(sizeof(HWND) == 4);
-
-/// Handles that are pointers to records nobody may look into.
+/// Handles are pointers to records nobody may look into. The one of a window holds a number of 32
+/// bits and no address, so that a record can keep it in one word (KelWindowWord).
+using HWND = struct HWND__*;
 using HCURSOR = struct KelCursor*;
 using HINSTANCE = struct KelModule*;
 using HMODULE = HINSTANCE;
+
+/// A window's handle in a record that is shared with a host: 32 bits on every machine. Read and
+/// assigned as the handle itself. A plain value; it owns nothing.
+class KelWindowWord {
+ public:
+  KelWindowWord() = default;
+  KelWindowWord(HWND window)  // NOLINT(google-explicit-constructor): stands for the handle
+      : number_(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window))) {}
+  operator HWND() const {  // NOLINT(google-explicit-constructor): as above
+    return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(number_));
+  }
+
+ private:
+  std::uint32_t number_;
+};
+static_assert(sizeof(KelWindowWord) == 4);
 
 struct POINT {
   LONG x;

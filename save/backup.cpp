@@ -5,6 +5,7 @@
 
 #include "platform/files.h"
 #include "platform/host_strings.h"
+#include "platform/link_target.h"
 #include "platform/resources.h"
 #include "save/path_buffer.h"
 
@@ -40,9 +41,8 @@ CStr BareName(const char* fileName) {
 }
 
 /// Whether files of this name are never backed up. Without a text to compare with none is made.
-bool IsSpared(const char* fileName) {
+bool IsSpared(const char* bareName) {
   const HostText spared(SparedNameText);
-  CStr bareName = BareName(fileName);
   return spared.length <= 0 ||
          files::_mbsnbicmp(Bytes(spared.text), Bytes(bareName), SparedLength) == 0;
 }
@@ -57,16 +57,20 @@ bool Compose(SaveInterface& host, PathBuffer& path) {
 
 // Deliberate: no result is looked at. If the move fails the save overwrites the old file in place.
 // Held by the rows "rename refused" in save_driver_test.cpp.
-void Replace(const char* backupPath, const char* fileName) {
+void Replace(const char* backupPath, const LinkTarget& target) {
+  if (target.IsFile(backupPath)) return;
   files::remove(backupPath);
-  files::rename(fileName, backupPath);
+  files::rename(target.Text(), backupPath);
   files::_chmod(backupPath, ReadAndWrite);
 }
 
 }  // namespace
 
-void KeepBackup(SaveInterface& host, const char* fileName) {
-  if (IsSpared(fileName)) return;
+bool KeepBackup(SaveInterface& host, const char* fileName, const LinkTarget& target) {
+  CStr bareName = BareName(fileName);
+  if (bareName == nullptr) return false;
+  if (IsSpared(bareName)) return true;
   PathBuffer backupPath;
-  if (Compose(host, backupPath)) Replace(backupPath.Text(), fileName);
+  if (Compose(host, backupPath)) Replace(backupPath.Text(), target);
+  return true;
 }

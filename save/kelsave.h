@@ -44,8 +44,9 @@
 /// called and the new file is deleted.
 ///
 /// An operation may ask for another save; that one returns 1 at once and does nothing. None may
-/// throw: an exception leaves the library as if the save still ran, so that every later one is
-/// refused. The library never deletes the object.
+/// throw: the exception passes through to whoever called `SaveToFileDLL`, and the library goes on
+/// as if that save still ran: every later call returns 1 and saves nothing, until the process ends.
+/// The library never deletes the object.
 class SaveInterface {
  public:
   /// Slot 0. The first writer. `scene` is what `OpenScene` returned, unchecked.
@@ -129,7 +130,7 @@ class SaveInterface {
 class HelpSys {
  public:
   std::int32_t clickHelp;     // state of the click help
-  HWND helpWindow;            // the help window
+  KelWindowWord helpWindow;   // the help window
   std::int32_t hostOwned[4];  // never looked at by the library, only copied
 
   HelpSys() = default;
@@ -157,8 +158,8 @@ struct SliderRecord {
   std::int32_t position;
   std::int32_t lower;
   std::int32_t upper;
-  HWND trackWindow;
-  HWND thumbWindow;  // lies inside the track's parent
+  KelWindowWord trackWindow;
+  KelWindowWord thumbWindow;  // lies inside the track's parent
 };
 static_assert(sizeof(SliderRecord) == 72, "the host's layout");
 static_assert(std::is_standard_layout<SliderRecord>::value, "the host's layout");
@@ -172,9 +173,10 @@ extern "C" {
 /// `sceneArgument`: handed to `OpenScene` as it is.
 /// Returns 1 when the file was written, and also when a save is already running, in which case
 /// nothing is done. Returns 0 when no interface is registered, when the file could not be created
-/// (`SaveFailed` is not called), or when a writer failed (the new file is deleted, `SaveFailed`
-/// is called). A backup that was made stays where it is in every case.
-/// Shows the wait cursor while it works and the arrow at the end.
+/// or there is no memory (`SaveFailed` is not called), or when a writer failed (the new file is
+/// deleted, `SaveFailed` is called). A backup that was made stays where it is in every case. Throws
+/// nothing itself, whatever is lacking; an exception of the host's passes through, see there. Shows
+/// the wait cursor while it works and the arrow at the end.
 KEL_EXPORT int SaveToFileDLL(const char* fileName, int notifyOnSuccess, int noBackup,
                              int sceneArgument);
 

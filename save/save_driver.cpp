@@ -5,6 +5,7 @@
 
 #include "platform/files.h"
 #include "platform/host_strings.h"
+#include "platform/link_target.h"
 #include "platform/resources.h"
 #include "platform/storage.h"
 #include "platform/window.h"
@@ -53,9 +54,9 @@ void Prepare(const Save& save) {
   if (save.host.NeedsPrepareSave() != 0) save.host.PrepareSave();
 }
 
-bool IsWritable(const Save& save) {
+bool IsWritable(const Save& save, const LinkTarget& target) {
   return save.host.FileExists(save.fileName) == 0 ||
-         files::_access(save.fileName, WriteAccess) != -1;
+         files::_access(target.Text(), WriteAccess) != -1;
 }
 
 bool IsBackupWanted(const Save& save) {
@@ -63,14 +64,16 @@ bool IsBackupWanted(const Save& save) {
          save.host.FileExists(save.fileName) != 0;
 }
 
-HRESULT CreateSceneFile(const char* fileName, IStorage*& storage) {
+HRESULT CreateSceneFile(const LinkTarget& target, IStorage*& storage) {
   STGOPTIONS options = {};
   options.usVersion = 1;
   options.ulSectorSize = 4096;
+  WStr name(target.Text());
+  // Without a name the system would make a temporary file.
+  if (name == nullptr) return E_OUTOFMEMORY;
   void* created = nullptr;
-  const HRESULT result =
-      StgCreateStorageEx(WStr(fileName), CreateOrReplaceExclusively, DocfileFormat, 0, &options,
-                         nullptr, IID_IStorage, &created);
+  const HRESULT result = StgCreateStorageEx(name, CreateOrReplaceExclusively, DocfileFormat, 0,
+                                            &options, nullptr, IID_IStorage, &created);
   storage = static_cast<IStorage*>(created);
   return result;
 }
@@ -110,33 +113,35 @@ void ReportSuccess(const Save& save) {
   }
 }
 
-int Succeed(const Save& save, IStorage* storage, bool wasWritable) {
+int Succeed(const Save& save, const LinkTarget& target, IStorage* storage, bool wasWritable) {
   ReleaseStorage(storage);
-  if (!wasWritable) files::_chmod(save.fileName, ReadOnly);
+  if (!wasWritable) files::_chmod(target.Text(), ReadOnly);
   ReportSuccess(save);
   return End(1);
 }
 
 // Deliberate: the backup is not moved back over the file that is gone; the host decides.
-int Fail(const Save& save, IStorage* storage) {
+int Fail(const Save& save, const LinkTarget& target, IStorage* storage) {
   ReleaseStorage(storage);
-  files::remove(save.fileName);
+  files::remove(target.Text());
   save.host.SaveFailed();
   return End(0);
 }
 
 // Deliberate: nothing is caught. A host operation that throws leaves the wait cursor shown and the
-// save marked as running. Held by AThrowingHost in save_driver_test.cpp.
+// save marked as running. Held by AThrowingHost in save_driver_test.cpp. Nothing else here throws.
 int Run(const Save& save) {
   Begin();
   Prepare(save);
-  const bool wasWritable = IsWritable(save);
-  if (IsBackupWanted(save)) KeepBackup(save.host, save.fileName);
+  const LinkTarget target(save.fileName);
+  const bool wasWritable = IsWritable(save, target);
+  if (IsBackupWanted(save) && !KeepBackup(save.host, save.fileName, target)) return End(0);
   IStorage* storage = nullptr;
   // Deliberate: a file that cannot be created is not reported through SaveFailed.
-  if (FAILED(CreateSceneFile(save.fileName, storage))) return End(0);
+  if (FAILED(CreateSceneFile(target, storage))) return End(0);
   HandOver(save, storage);
-  return WritersFail(save) ? Fail(save, storage) : Succeed(save, storage, wasWritable);
+  return WritersFail(save) ? Fail(save, target, storage)
+                           : Succeed(save, target, storage, wasWritable);
 }
 
 }  // namespace

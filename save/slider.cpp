@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "platform/window.h"
-#include "save/wrapping.h"
+#include "platform/wrapping.h"
 
 static_assert(std::numeric_limits<double>::is_iec559, "dividing by zero gives no finite number");
 

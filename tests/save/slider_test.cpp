@@ -5,7 +5,7 @@
 #include <climits>
 
 #include "platform/window.h"
-#include "save/wrapping.h"
+#include "platform/wrapping.h"
 
 namespace {
 

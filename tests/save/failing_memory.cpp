@@ -1,0 +1,42 @@
+#include "tests/save/failing_memory.h"
+
+#include <climits>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+int untilFailure = INT_MAX;
+bool goesOn = false;
+bool failed = false;
+
+bool Fails() {
+  if (untilFailure-- > 0) return false;
+  if (!goesOn) untilFailure = INT_MAX;
+  failed = true;
+  return true;
+}
+
+}  // namespace
+
+FailingMemory::FailingMemory(int first, bool allAfter) {
+  failed = false;
+  goesOn = allAfter;
+  untilFailure = first;
+}
+
+FailingMemory::~FailingMemory() {
+  goesOn = false;
+  untilFailure = INT_MAX;
+}
+
+bool FailingMemory::Reached() const { return failed; }
+
+// The other forms of the allocation function end in this one.
+void* operator new(std::size_t size) {
+  void* memory = Fails() ? nullptr : std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
