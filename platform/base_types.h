@@ -19,6 +19,14 @@
 #define STDMETHODCALLTYPE
 #define WINAPI
 
+// Macros, as there: other headers may have them already.
+#ifndef TRUE
+#define TRUE 1
+#endif
+#ifndef FALSE
+#define FALSE 0
+#endif
+
 using BOOL = int;
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
@@ -29,6 +37,8 @@ using INT = int;
 using UINT = unsigned int;
 using LPSTR = char*;
 using LPCSTR = const char*;
+using LPWSTR = wchar_t*;
+using LPCWSTR = const wchar_t*;
 using LPVOID = void*;
 
 /// Result of an operation: negative is failure.
@@ -49,6 +59,11 @@ static_assert(sizeof(GUID) == 16);
 
 inline bool operator==(const GUID& a, const GUID& b) { return std::memcmp(&a, &b, 16) == 0; }
 inline bool operator!=(const GUID& a, const GUID& b) { return !(a == b); }
+inline BOOL IsEqualGUID(const GUID& a, const GUID& b) { return a == b ? TRUE : FALSE; }
+inline BOOL IsEqualIID(const GUID& a, const GUID& b) { return IsEqualGUID(a, b); }
+inline BOOL IsEqualCLSID(const GUID& a, const GUID& b) { return IsEqualGUID(a, b); }
+
+constexpr GUID GUID_NULL = {};
 
 using IID = GUID;
 using CLSID = GUID;

@@ -46,6 +46,9 @@ using WCHAR = wchar_t;
 using OLECHAR = wchar_t;  // one code point; names are UTF-16 in the file
 using LPOLESTR = OLECHAR*;
 using LPCOLESTR = const OLECHAR*;
+#ifndef OLESTR
+#define OLESTR(text) L##text
+#endif
 using SNB = LPOLESTR*;  // names, ended by a null pointer
 using USHORT = std::uint16_t;
 using SIZE_T = std::size_t;
@@ -277,6 +280,14 @@ struct IStorage : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE SetStateBits(DWORD grfStateBits, DWORD grfMask) = 0;
   virtual HRESULT STDMETHODCALLTYPE Stat(STATSTG* pstatstg, DWORD grfStatFlag) = 0;
 };
+
+using LPSTREAM = IStream*;
+using LPSTORAGE = IStorage*;
+
+/// Gives `storage` the class identifier `clsid`.
+inline HRESULT WriteClassStg(LPSTORAGE storage, REFCLSID clsid) {
+  return storage == nullptr ? E_INVALIDARG : storage->SetClass(clsid);
+}
 
 struct IEnumSTATSTG : IUnknown {
   /// S_FALSE when fewer than `celt` were left; `pceltFetched` may be null only when `celt` is 1.
