@@ -87,23 +87,25 @@ HRESULT Empty(int file, std::uint64_t space) {
 
 HRESULT WriteResult(int error) { return ResultOf(error, WriteErrors, STG_E_WRITEFAULT); }
 
-HRESULT OpenEmpty(const char* path, std::uint64_t space, OpenFile* file, std::string* name) {
+HRESULT OpenEmpty(const char* path, std::uint64_t space, OpenFile* file, std::string* folder) {
   Disk& disk = CurrentDisk();
   struct stat status = {};
-  int error = FollowLinks(path, name);
-  if (error == 0) error = disk.StatusOf(name->c_str(), &status);
+  std::string name;
+  int error = FollowLinks(path, &name);
+  *folder = FolderOf(name);  // while lack of memory for it does no harm
+  if (error == 0) error = disk.StatusOf(name.c_str(), &status);
   const bool exists = error == 0;
   if (!exists && error != ENOENT) return ResultOf(error, OpenErrors, STG_E_ACCESSDENIED);
   if (exists && (!S_ISREG(status.st_mode) || (status.st_mode & S_IWUSR) == 0)) {
     return STG_E_ACCESSDENIED;
   }
   bool isNew = false;
-  error = OpenOrMake(name->c_str(), exists, file, &isNew);
+  error = OpenOrMake(name.c_str(), exists, file, &isNew);
   if (error != 0) return ResultOf(error, OpenErrors, STG_E_ACCESSDENIED);
   const HRESULT result = Empty(file->Number(), space);
   if (FAILED(result)) {
     // Who holds the lock on a file this new is saving a scene into it.
-    if (isNew && result != STG_E_SHAREVIOLATION) disk.Remove(name->c_str());
+    if (isNew && result != STG_E_SHAREVIOLATION) disk.Remove(name.c_str());
     file->Close();
   }
   return result;

@@ -23,10 +23,8 @@ HRESULT GatheringFile::Create(const char* path, std::uint64_t size) {
   Piece& first = pieces_[0];
   first.bytes.reset(new (std::nothrow) std::byte[PieceSize]);
   if (!first.bytes) return E_OUTOFMEMORY;
-  std::string name;
-  const HRESULT result = OpenEmpty(path, size, &file_, &name);
+  const HRESULT result = OpenEmpty(path, size, &file_, &folder_);
   if (FAILED(result)) return result;
-  folder_ = FolderOf(name);
   std::memset(first.bytes.get(), 0, size);
   first.end = size;
   touched_ = reserved_ = size;

@@ -138,8 +138,8 @@ class Scene {
   const Folder& Backups() const { return kind_ == BackupOnOtherFileSystem ? other_ : folder_; }
 
   const Kind kind_;
-  const Folder folder_;
-  const Folder other_{"/dev/shm"};
+  const Folder folder_{"/dev/shm"};  // waiting for the disk takes no time there
+  const Folder other_;
   CarefulHost host_;
   std::string path_;
 };
