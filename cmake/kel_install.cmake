@@ -28,10 +28,10 @@ install(TARGETS ${kel_libraries} EXPORT kelsaveTargets
   ARCHIVE COMPONENT development)
 
 # For who builds with it.
-kel_install_files(development ${kel_include_dir} ${PROJECT_SOURCE_DIR}/save/kelsave.h)
-list(TRANSFORM kel_platform_headers
-  REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/platform/\\1.h" OUTPUT_VARIABLE headers)
-kel_install_files(development ${kel_include_dir}/platform ${headers})
+set(kel_save_headers ${PROJECT_SOURCE_DIR}/save/kelsave.h)
+list(TRANSFORM kel_platform_headers REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/platform/\\1.h")
+kel_install_files(development ${kel_include_dir} ${kel_save_headers})
+kel_install_files(development ${kel_include_dir}/platform ${kel_platform_headers})
 install(EXPORT kelsaveTargets NAMESPACE kel:: DESTINATION ${kel_package_dir} COMPONENT development)
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/kelsaveConfig.cmake.in ${PROJECT_BINARY_DIR}/kelsaveConfig.cmake
@@ -55,7 +55,15 @@ install(TARGETS compound_check RUNTIME COMPONENT development)
 add_dependencies(product compound_check)
 
 kel_install_files(documentation ${CMAKE_INSTALL_DOCDIR} ${pages})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT documentation PATTERN written EXCLUDE)
+if(KEL_DOCS)
+  set(kel_public_headers ${kel_save_headers} ${kel_platform_headers})
+  include(${CMAKE_CURRENT_LIST_DIR}/kel_docs.cmake)
+endif()
 kel_install_files(kelcalc ${CMAKE_INSTALL_MANDIR}/man1 ${PROJECT_SOURCE_DIR}/man/kelcalc.1)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/editors/vim/
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/vim/vimfiles COMPONENT kelcalc)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.bash RENAME kelcalc
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT kelcalc)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.zsh RENAME _kelcalc
