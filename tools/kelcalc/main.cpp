@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "calc/exit_hook.h"
 #include "calc/interpreter.h"
@@ -12,6 +13,7 @@
 #include "tools/kelcalc/number_style.h"
 #include "tools/kelcalc/options.h"
 #include "tools/kelcalc/output.h"
+#include "tools/kelcalc/picture.h"
 #include "tools/kelcalc/programs.h"
 #include "tools/kelcalc/reference.h"
 #include "tools/kelcalc/session.h"
@@ -25,6 +27,22 @@ namespace {
 void RunInput(CaInterpreter& interpreter) {
   interpreter.input = &WatchedInput();
   RunTopLevel(interpreter);
+}
+
+/// What runs before a session, if there is one. A picture needs what the end of the interpreter's
+/// input would empty, so standard input is then a program like others.
+std::vector<Program> ProgramsOf(const Options& options, bool session) {
+  if (session || !options.programs.empty() || options.pictures.empty()) return options.programs;
+  return {{Program::StandardInput, ""}};
+}
+
+/// 0, or 1 with a message when a picture could not be written.
+int ShowPictures(const CaInterpreter& interpreter, const Options& options) {
+  if (options.pictures.empty()) return 0;
+  const std::string problem = WritePictures(interpreter, options.pictures, options.picturesFrom);
+  if (problem.empty()) return 0;
+  std::fprintf(stderr, "kelcalc: %s\n", problem.c_str());
+  return 1;
 }
 
 bool WantsSession(const Options& options) {
@@ -41,13 +59,15 @@ int Run(const Options& options) {
   CaInterpreter interpreter;
   if (options.strict || options.stop || report.SaysWhere()) interpreter.observer = &report;
   if (options.digits > 0) SetShownDigits(interpreter, options.digits);
-  int status = RunPrograms(interpreter, options.programs, options.stop);
+  const std::vector<Program> programs = ProgramsOf(options, session);
+  int status = RunPrograms(interpreter, programs, options.stop);
+  if (ShowPictures(interpreter, options) != 0) status = 1;
   if (status != 0 && options.stop) return status;
   if (session) {
     RunSession(
         interpreter, {.showStack = options.showStack},
         {.digits = options.digits > 0 ? options.digits : DisplayStyle().digits, .colour = colour});
-  } else if (options.programs.empty()) {
+  } else if (programs.empty()) {
     RunInput(interpreter);
   }
   if ((options.strict && report.Count() > 0) || InputFailed()) status = 1;

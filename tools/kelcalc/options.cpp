@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "tools/kelcalc/number_style.h"
+#include "tools/view/picture_file.h"
 
 namespace kelcalc {
 namespace {
@@ -34,6 +35,14 @@ void SetDigits(Options& options, const char* text) {
 void SetExplained(Options& options, const char* name) {
   if (options.task == Task::Run) options.explained = name;
   SetTask(options, Task::Explain);
+}
+
+void AddPicture(Options& options, const char* file) {
+  if (!kelview::KnowsForm(file)) {
+    options.error = std::string("--view needs a name that ends in ") + kelview::KnownEndings +
+                    ", not '" + file + "'";
+  }
+  options.pictures.emplace_back(file);
 }
 
 /// One option, once for all: how it is written, what it needs, what is told of it, what it does.
@@ -65,6 +74,13 @@ constexpr Option AllOptions[] = {
     {"", "--stop", nullptr, "the same, and end at the first failure",
      [](Options& options, const char*) { options.stop = true; }},
     {"", "--digits", "N", "print numbers with N significant digits (1 to 17)", SetDigits},
+    {"", "--view", "FILE",
+     "when the programs have ended, write a picture of the variables\n"
+     "and the stack: a drawing (.svg), a page that turns (.html) or a\n"
+     "model (.glb), as the name of FILE ends; may be repeated",
+     AddPicture},
+    {"", "--view-from", "NAME", "in pictures, let vectors start at the point NAME",
+     [](Options& options, const char* name) { options.picturesFrom = name; }},
     {"", "--list", nullptr, "list all operators and functions",
      [](Options& options, const char*) { SetTask(options, Task::List); }},
     {"", "--explain", "NAME",

@@ -32,7 +32,9 @@ struct Options {
   Choice where = Choice::Default;
   bool strict = false;
   bool stop = false;
-  int digits = 0;  // 0: the language's own form
+  int digits = 0;                     // 0: the language's own form
+  std::vector<std::string> pictures;  // files to write when the programs have ended
+  std::string picturesFrom;           // the point where their vectors start; empty: the origin
 
   std::string error;  // not empty: the command line is wrong, and this says why
 };

@@ -174,7 +174,7 @@ class Drawing {
     const double size = label.ink == Ink::Text ? 11.0 : 13.0;
     const Spot anchor = Project(label.at);
     const double width = static_cast<double>(svg::CharacterCount(label.text)) * size * 0.6 + 2;
-    const std::optional<Spot> spot = room_.Place(anchor, width, size + 1);
+    const std::optional<Spot> spot = room_.Place(anchor, width, size + 1, label.ink == Ink::Text);
     if (!spot) return;
     const std::string colour = Colours(label.ink).light;
     const double aside = std::max(0.0, std::fabs(spot->x - anchor.x) - width / 2);

@@ -57,7 +57,7 @@ bool LabelRoom::Free(const Cells& cells) const {
   return true;
 }
 
-std::optional<Spot> LabelRoom::Place(const Spot& anchor, double width, double height) {
+std::optional<Spot> LabelRoom::Place(const Spot& anchor, double width, double height, bool beside) {
   for (const double gap : Gaps) {
     for (const Spot& side : Sides) {
       const Spot centre{anchor.x + side.x * (width / 2 + gap),
@@ -66,6 +66,7 @@ std::optional<Spot> LabelRoom::Place(const Spot& anchor, double width, double he
       Take(centre, width, height);
       return centre;
     }
+    if (beside) break;
   }
   return std::nullopt;
 }

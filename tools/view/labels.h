@@ -23,8 +23,8 @@ class LabelRoom {
   void TakeLine(const std::vector<Spot>& spots);
 
   /// The middle of the first free box of that size around `anchor`, nearest places first, which is
-  /// then taken; none when there is no room.
-  std::optional<Spot> Place(const Spot& anchor, double width, double height);
+  /// then taken; none when there is no room. `beside`: only right beside it.
+  std::optional<Spot> Place(const Spot& anchor, double width, double height, bool beside = false);
 
  private:
   /// The cells that the box touches, as [low, high).

@@ -47,7 +47,8 @@ class LabelRoom {
   }
 
   // The middle of the first free box around (x, y), which is then taken; null without room.
-  place(x, y, width, height) {
+  // `beside`: only right beside it.
+  place(x, y, width, height, beside) {
     for (const gap of Gaps) {
       for (const [sideX, sideY] of Sides) {
         const atX = x + sideX * (width / 2 + gap);
@@ -56,6 +57,7 @@ class LabelRoom {
         this.take(atX, atY, width, height);
         return [atX, atY, gap];
       }
+      if (beside) break;
     }
     return null;
   }

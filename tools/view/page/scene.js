@@ -1,7 +1,7 @@
 // Draws the picture on the canvas, and knows afterwards what is where.
 
 const ManyDots = 500;      // are drawn smaller
-const MostMisses = 200;    // names without room, after which no more are tried
+const MostMisses = 1500;   // names without room, after which no more are tried
 const Nothing = -1;        // the thing of what belongs to none
 const Unchosen = -2;
 
@@ -180,7 +180,7 @@ class Scene {
     const size = plain ? 11 : 13;
     context.font = `${plain ? "" : "600 "}${size}px system-ui, sans-serif`;
     const width = context.measureText(text).width + 4;
-    const place = this.room.place(spot[0], spot[1], width, size + 3);
+    const place = this.room.place(spot[0], spot[1], width, size + 3, plain);
     if (!place) return false;
     const [atX, atY, gap] = place;
     context.fillStyle = this.colours[ink];
