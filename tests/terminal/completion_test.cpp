@@ -27,8 +27,10 @@ TEST(Completion, OffersWhatCanStandAtTheCursor) {
       {"1 2 ~", 1, {"~", "~=", "~=="}},
       {"1 2 ~==", 3, {"~=="}},
       {"S", 1, {}},
-      {"", 0, {}},
       {"1 ", 0, {}},
+      {":sa", 3, {":save"}},
+      {":help quat", 4, {"quaternion"}},
+      {":side", 4, {"side"}},
   };
   for (const Case& expected : cases) {
     const kelcalc::Completion found = Complete(expected.line, known);

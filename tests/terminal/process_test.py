@@ -122,8 +122,10 @@ class OptionsTest(unittest.TestCase):
             status, text, errors = run("--explain", name)
             self.assertEqual((status, errors), (0, ""))
             self.assertTrue(text.startswith(name + "  "), name)
+        for name, told in ("rotation", "r(x, y, z, angle)"), ("stack", "copies the top"):
+            self.assertIn(told, run("--explain", name)[1])
         self.assertEqual(run("--explain", "nope"),
-                         (2, "", "kelcalc: no operator or function is called nope\n"
+                         (2, "", "kelcalc: no operator, function, type or topic is called nope\n"
                                  "Try 'kelcalc --help'.\n"))
 
     def test_a_session_may_be_asked_for(self):

@@ -17,7 +17,8 @@ import unittest
 from terminal import Terminal
 
 KELCALC = ""
-TAB, LEFT, UP, CTRL_C, CTRL_D = "\t", "\x1b[D", "\x1b[A", "\x03", "\x04"
+TAB, LEFT, UP, CTRL_C, CTRL_D, CTRL_U = (
+    "\t", "\x1b[D", "\x1b[A", "\x03", "\x04", "\x15")
 
 needs_editing = unittest.skipUnless(len(sys.argv) > 2 and sys.argv[2] == "1",
                                     "built without line editing")
@@ -65,6 +66,77 @@ class Session(unittest.TestCase):
             terminal.send("\x1bx")
             terminal.line('"abc', '0" ')
             self.assertIn(' "abc\n"\n', terminal.line('" #', "0> "))
+
+    # The words of a session
+
+    def test_words(self):
+        file = self.home / "kept"
+        rows = [
+            # typed, prompt, what is shown
+            (":help", "0> ", r":undo .*\n(.*\n)*Topics: stack "),
+            (":help ;sqrt", "0> ", r"square root\n"),
+            (":help rotation", "0> ", r"r\(x, y, z, angle\)(.*\n)*Taken by:.*  ;a\n"),
+            (":help stack", "0> ", r"copies the top"),
+            (":help nope", "0> ", r"is called nope\n"),
+            (":list", "0> ", r"  \+ +add; move a point by a vector\n"),
+            ('0.1 7 3 / "a\\"b" text : v(1e-300,-0,2) v :', "2> ", r"1  real +0\.1\n +0"),
+            ("1e999 nope text", "5> ", r"text\n"),
+            (f":save {file}", "5> ", r"kept\n\Z"),
+            ("\\\\ 5 text :", "0> ", r":\n\Z"),
+            (":undo", "5> ", r"0  string"),
+            (":undo", "2> ", r"0  real"),
+            (":vars", "2> ", r'text  string     "a"b"\n +v  vector +v\(1e-300, -0, 2\)\n'),
+            (":undo", "0> ", r"\A.*\n\Z"),
+            (":undo", "0> ", r"nothing to undo"),
+            (f':load "{file}"', "5> ", r"4  real +0\.1\n(.*\n)* +0  string +\"a\"b\"  text\n"),
+            (":vars", "5> ", r"text  string(.*\n) +v  vector"),
+            (":undo", "0> ", r"\A.*\n\Z"),
+            (f":save {self.home}/no/file.x", "0> ", r"cannot write .*: No such file"),
+            (":save", "0> ", r"needs the name of a file"),
+            ("help", "1> ", r":help"),
+            ("quit", "2> ", r":quit"),
+            ("7 quit :", "2> ", r"\A[^:]*:\n(  \d.*\n)*\Z"),
+            ("quit", "3> ", r"0  real +7  quit"),
+            (":qiut", "2> ", r":qiut is no word of a session"),
+        ]
+        with self.start() as terminal:
+            for typed, prompt, shown in rows:
+                with self.subTest(typed=typed):
+                    self.assertRegex(terminal.line(typed, prompt), shown)
+        kept = file.with_suffix(".3dc").read_text()
+        self.assertEqual(kept.splitlines()[-2:], ['"a\\"b" text :', "v(1e-300, -0, 2) v :"])
+        self.assertIn("2.3333333333333335\n", kept)
+        terminal = Terminal([KELCALC], {"HOME": str(self.home)})
+        terminal.expect("0> ")
+        terminal.send(":quit\r")
+        self.assertEqual(terminal.finish(), 0)
+
+    def test_a_pasted_program_is_one_step(self):
+        for term in "xterm", "dumb":
+            with self.start(term=term) as terminal:
+                terminal.line("5", "1> ")
+                terminal.send("#!/usr/bin/env kelcalc\r1 [ a\r] 2\r+\r9\r")
+                self.assertNotIn("  real ", terminal.expect("  2  real       5\n"))
+                terminal.expect("\n3> ")
+                self.assertRegex(terminal.line(":undo", "1> "), r"0  real +5\n")
+
+    def test_the_stack_follows_the_width_of_the_terminal(self):
+        with self.start() as terminal:
+            terminal.line('"' + "é" * 90 + '"', "1> ")
+            for columns in 40, 200, 60:
+                terminal.resize(columns)
+                shown = terminal.line("1 \\", "1> ").split("\n")[-2]
+                self.assertEqual(len(shown), min(columns, 16 + 92), shown)
+
+    @needs_editing
+    def test_every_byte_that_is_typed_is_kept(self):
+        typed = '"é–'.encode() + b'\xff\xe9\x80"'
+        for variables in {}, {"LC_ALL": "C.UTF-8"}:
+            with self.start(**variables) as terminal:
+                for keys in typed + b" #\r", UP.encode() + b"\r":
+                    terminal.send(keys)
+                    terminal.expect("\n0> ")
+            self.assertEqual(terminal.raw.count(b"\n " + typed + b"\r\n"), 2)
 
     # Interrupts
 
@@ -163,11 +235,18 @@ class Session(unittest.TestCase):
             terminal.line("4 sideLength :", "0> ")
             self.assertIn(" 4.000000\n", terminal.line("sid" + TAB + "#", "0> "))
             terminal.send("1 ;at" + TAB + TAB)  # certain so far: "atan"; two names go on from there
-            terminal.expect("atan  atan2")
+            terminal.expect("atan   atan2\n0> 1 ;atan")
             terminal.send(CTRL_C)
-            terminal.expect("0> ")
+            terminal.expect("\n0> ")
+            (self.home / "some folder").mkdir()
+            (self.home / "some folder/inner.3dc").write_text("8")
+            terminal.send(f'"{self.home}/so' + TAB + "in" + TAB + " ;read" + CTRL_U)
+            terminal.expect('inner.3dc" ;read')
+            self.assertIn("Topics", terminal.line(":he" + TAB, "0> "))
+            terminal.send(TAB)
+            terminal.expect(":undo")
             terminal.send("1 ~=" + TAB)
-            terminal.expect("~=  ~==")
+            terminal.expect("~=   ~==")
             terminal.send(CTRL_C)
 
     # Terminals and pipes

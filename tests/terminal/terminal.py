@@ -1,10 +1,13 @@
 """A pseudo-terminal with kelcalc at its other end."""
 
+import fcntl
 import os
 import pty
 import re
 import select
 import signal
+import struct
+import termios
 import time
 
 PATIENCE = 20  # seconds until a test gives up; passing tests never wait for it
@@ -50,7 +53,10 @@ class Terminal:
         return before
 
     def send(self, text):
-        os.write(self.master, text.encode())
+        os.write(self.master, text if isinstance(text, bytes) else text.encode())
+
+    def resize(self, columns):
+        fcntl.ioctl(self.master, termios.TIOCSWINSZ, struct.pack("4H", 25, columns, 0, 0))
 
     def line(self, text, prompt):
         """Types a line and waits for the next prompt; returns all that stands between."""

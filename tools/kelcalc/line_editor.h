@@ -11,10 +11,14 @@ namespace kelcalc {
 
 class History;
 
+/// Whether standard input is a terminal at which something waits to be read, or comes at once.
+bool TerminalInputWaits();
+
 /// What could stand at the cursor instead of the unfinished word that stands there.
 struct Completion {
   std::size_t wordLength = 0;           // characters before the cursor that the word takes
   std::vector<std::string> candidates;  // whole words, each beginning with the unfinished one
+  std::string end = " ";                // what ends a word that is certain
 };
 
 /// Finds the completions of a line that ends at the cursor.
@@ -38,6 +42,10 @@ class LineEditor {
   /// Shows `prompt` and waits for a line. The last line before the end of the input gets the
   /// newline it lacks. `line` is replaced in every case.
   virtual LineResult ReadLine(const std::string& prompt, std::string& line) = 0;
+
+  /// Whether more lines have come already, as when several are pasted at once. Only a terminal is
+  /// asked.
+  virtual bool MoreWaits() const { return TerminalInputWaits(); }
 };
 
 /// An editor with cursor keys, `history` and completion on the Tab key, or null where there is

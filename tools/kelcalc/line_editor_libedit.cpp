@@ -1,21 +1,26 @@
 #include <histedit.h>
+#include <langinfo.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <cwchar>
 
 #include "tools/kelcalc/history.h"
+#include "tools/kelcalc/input.h"
 #include "tools/kelcalc/interrupt.h"
 #include "tools/kelcalc/line_editor.h"
+#include "tools/kelcalc/typed_bytes.h"
 
 namespace kelcalc {
 namespace {
 
-constexpr char EndKey = 0x04;  // Ctrl-D
+constexpr char EndKey = 0x04;                        // Ctrl-D
+constexpr const char* AsciiOnly = "ANSI_X3.4-1968";  // in which no other byte can be shown
 
 /// The longest text that every one of `words` begins with. `words` is not empty.
 std::string CommonBeginning(const std::vector<std::string>& words) {
@@ -60,8 +65,10 @@ class ScreenEditor final : public LineEditor {
     TakeNewHistory();
     currentPrompt = prompt;
     interrupted = false;
+    untaken.clear();
     std::fflush(stdout);
     int count = 0;
+    el_resize(editor);                // it may have changed while programs ran
     el_set(editor, EL_PREP_TERM, 1);  // before the prompt invites to type
     const char* text = el_gets(editor, &count);
     if (text == nullptr || count <= 0 || interrupted) {
@@ -69,7 +76,7 @@ class ScreenEditor final : public LineEditor {
       std::putc('\n', stdout);
       return interrupted || count < 0 ? LineResult::Interrupted : LineResult::Ended;
     }
-    line.assign(text, static_cast<std::size_t>(count));
+    line = TypedBytes({text, static_cast<std::size_t>(count)});
     if (line.back() != '\n') line += '\n';
     return LineResult::Read;
   }
@@ -88,53 +95,71 @@ class ScreenEditor final : public LineEditor {
   }
 
   /// One character; -1 when Ctrl-C came first, 0 at the end. libedit's own routine would miss a
-  /// Ctrl-C that comes between two reads.
+  /// Ctrl-C that comes between two reads, and lose bytes that are no characters.
   static int ReadKey(EditLine* editLine, wchar_t* key) {
-    std::mbstate_t state{};
-    for (;;) {
+    ScreenEditor& self = Of(editLine);
+    while (!TakeCharacter(self.untaken, *key)) {
       char byte = 0;
       if (!WaitForInput()) {
-        Of(editLine).interrupted = true;
+        self.interrupted = true;
         return -1;
       }
-      if (read(STDIN_FILENO, &byte, 1) <= 0) return 0;
+      const auto count = read(STDIN_FILENO, &byte, 1);
+      if (count < 0) ReportUnreadInput("the standard input", errno);
+      if (count <= 0) return 0;
       // A Ctrl-D that was typed before the prompt came arrives as a NUL, which no key makes.
-      if (byte == '\0') byte = EndKey;
-      const std::size_t used = std::mbrtowc(key, &byte, 1, &state);
-      if (used <= 1) return 1;
-      if (used == static_cast<std::size_t>(-1)) state = {};  // no character: dropped
+      self.untaken += byte == '\0' ? EndKey : byte;
     }
+    return 1;
   }
 
   /// Types what is certain; when nothing is, lists what is possible below the line.
   unsigned char CompleteAtCursor() {
     const LineInfo* info = el_line(editor);
-    const std::string_view before(info->buffer,
-                                  static_cast<std::size_t>(info->cursor - info->buffer));
+    const std::string before =
+        TypedBytes({info->buffer, static_cast<std::size_t>(info->cursor - info->buffer)});
     const Completion found = completer(before);
     if (found.candidates.empty()) return CC_REFRESH_BEEP;
     std::string certain = CommonBeginning(found.candidates).substr(found.wordLength);
-    if (found.candidates.size() == 1) certain += ' ';
+    if (found.candidates.size() == 1) certain += found.end;
     if (certain.empty()) {
       List(found.candidates);
       return CC_REDISPLAY;
     }
-    el_insertstr(editor, certain.c_str());
+    el_insertstr(editor, EditedText(certain).c_str());
     return CC_REFRESH;
   }
 
+  /// In columns, as many as the terminal has room for.
   void List(const std::vector<std::string>& words) {
-    std::fputc('\n', stdout);
-    for (const std::string& word : words) std::fprintf(stdout, "%s  ", word.c_str());
+    std::size_t width = 0;
+    for (const std::string& word : words) width = std::max(width, word.size() + 2);
+    const std::size_t columns = std::max<std::size_t>(1, Columns() / width);
+    const std::size_t rows = (words.size() + columns - 1) / columns;
+    for (std::size_t row = 0; row < rows; ++row) {
+      std::fputc('\n', stdout);
+      for (std::size_t at = row; at < words.size(); at += rows) {
+        const bool last = at + rows >= words.size();
+        std::fprintf(stdout, "%-*s", last ? 0 : static_cast<int>(width), words[at].c_str());
+      }
+    }
     std::fputc('\n', stdout);
     std::fflush(stdout);
+  }
+
+  std::size_t Columns() {
+    winsize size = {};
+    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : 80;
   }
 
   /// Hands over the lines that the history has got since the last call.
   void TakeNewHistory() {
     HistEvent event;
     const std::vector<std::string>& all = source.Lines();
-    for (; taken < all.size(); ++taken) history(lines, &event, H_ENTER, all[taken].c_str());
+    for (; taken < all.size(); ++taken) {
+      history(lines, &event, H_ENTER, EditedText(all[taken]).c_str());
+    }
   }
 
   const Completer& completer;
@@ -143,6 +168,7 @@ class ScreenEditor final : public LineEditor {
   const History& source;
   std::size_t taken = 0;  // lines of `source` that `lines` has
   std::string currentPrompt;
+  std::string untaken;       // bytes that begin a character
   bool interrupted = false;  // while the line was being read
 };
 
@@ -156,6 +182,7 @@ std::unique_ptr<LineEditor> OpenScreenEditor(const History& history, const Compl
   if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) return nullptr;
   if (IsDumb(std::getenv("TERM"))) return nullptr;
   std::setlocale(LC_CTYPE, "");  // what a character is; numbers keep their form
+  if (std::strcmp(nl_langinfo(CODESET), AsciiOnly) == 0) std::setlocale(LC_CTYPE, "C.UTF-8");
   return std::make_unique<ScreenEditor>(history, completer);
 }
 

@@ -1,6 +1,13 @@
 #include <cstddef>
 #include <cstdio>
 
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <poll.h>
+#include <unistd.h>
+#endif
+
 #include "tools/kelcalc/input.h"
 #include "tools/kelcalc/interrupt.h"
 #include "tools/kelcalc/line_editor.h"
@@ -10,8 +17,20 @@ namespace {
 
 constexpr std::size_t BlockSize = 4096;  // a terminal never delivers more at once
 
+bool AtTerminal() {
+#ifdef _WIN32
+  return _isatty(0) != 0;
+#else
+  return isatty(STDIN_FILENO) != 0;
+#endif
+}
+
 class PlainEditor final : public LineEditor {
  public:
+  bool MoreWaits() const override {
+    return TerminalInputWaits() || (AtTerminal() && unread.find('\n') != std::string::npos);
+  }
+
   LineResult ReadLine(const std::string& prompt, std::string& line) override {
     std::fputs(prompt.c_str(), stdout);
     std::fflush(stdout);
@@ -53,6 +72,16 @@ class PlainEditor final : public LineEditor {
 };
 
 }  // namespace
+
+bool TerminalInputWaits() {
+#ifdef _WIN32
+  return false;
+#else
+  constexpr int Patience = 10;  // milliseconds; a long paste comes in pieces
+  pollfd input = {STDIN_FILENO, POLLIN, 0};
+  return AtTerminal() && poll(&input, 1, Patience) > 0 && (input.revents & POLLIN) != 0;
+#endif
+}
 
 std::unique_ptr<LineEditor> OpenPlainEditor() { return std::make_unique<PlainEditor>(); }
 

@@ -9,6 +9,7 @@
 #include "calc/interpreter.h"
 #include "calc/run.h"
 #include "tools/kelcalc/failure_report.h"
+#include "tools/kelcalc/help_topics.h"
 #include "tools/kelcalc/input.h"
 #include "tools/kelcalc/number_style.h"
 #include "tools/kelcalc/options.h"
@@ -80,8 +81,8 @@ int Refuse(const std::string& complaint) {
 }
 
 int Explain(const std::string& name) {
-  const std::string text = ExplanationText(name);
-  if (text.empty()) return Refuse("no operator or function is called " + name);
+  const std::string text = HelpText(name);
+  if (text.empty()) return Refuse("no operator, function, type or topic is called " + name);
   std::fputs(text.c_str(), stdout);
   return 0;
 }

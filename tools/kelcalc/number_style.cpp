@@ -4,8 +4,9 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdio>
-#include <initializer_list>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "calc/interpreter.h"
 #include "calc/object.h"
@@ -22,19 +23,14 @@ std::string NumberText(double number, int digits) {
   return {text, end.ptr};
 }
 
-/// The constant that `specifier` begins.
-std::string Compound(char specifier, std::initializer_list<double> numbers, int digits) {
-  std::string text = {specifier, '('};
+std::string CompoundText(char letter, const std::vector<double>& numbers, int digits) {
+  std::string text = {letter, '('};
   const char* separator = "";
   for (const double number : numbers) {
     text += separator + NumberText(number, digits);
     separator = ", ";
   }
   return text + ')';
-}
-
-std::string Compound(char specifier, const CyVector& v, int digits) {
-  return Compound(specifier, {v.x, v.y, v.z}, digits);
 }
 
 std::string MatrixText(const CyMatrix& matrix, int digits) {
@@ -68,24 +64,52 @@ std::string ValueText(const CaValue& value, int digits) {
       return std::string("\"") + value.text + '"';
     case TypeReal:
       return NumberText(value.real, digits);
-    case TypeVector:
-      return Compound('v', value.vector, digits);
-    case TypePoint:
-      return Compound('p', value.point, digits);
     case TypeMatrix:
       return MatrixText(value.matrix, digits);
+    case TypeNothing:
+      return "";
+    default:
+      return CompoundText(CompoundLetter(value.type), NumbersIn(value), digits);
+  }
+}
+
+char CompoundLetter(int type) {
+  constexpr char Letters[] = {0, 0, 0, 0, 'v', 'p', 'm', 'q', 'r', 's'};
+  return type >= TypeNothing && type <= TypeScale ? Letters[type] : char{0};
+}
+
+namespace {
+
+std::vector<double> ElementsOf(const CyMatrix& matrix) {
+  std::vector<double> elements;
+  for (const auto& row : matrix.m) elements.insert(elements.end(), std::begin(row), std::end(row));
+  return elements;
+}
+
+}  // namespace
+
+std::vector<double> NumbersIn(const CaValue& value) {
+  switch (value.type) {
+    case TypeReal:
+      return {value.real};
+    case TypeVector:
+      return {value.vector.x, value.vector.y, value.vector.z};
+    case TypePoint:
+      return {value.point.x, value.point.y, value.point.z};
+    case TypeScale:
+      return {value.scale.x, value.scale.y, value.scale.z};
+    case TypeMatrix:
+      return ElementsOf(value.matrix);
     case TypeQuaternion: {
       const CyQuaternion& q = value.quaternion;
-      return Compound('q', {q.w, q.v.x, q.v.y, q.v.z}, digits);
+      return {q.w, q.v.x, q.v.y, q.v.z};
     }
     case TypeRotation: {
       const CyRotation& r = value.rotation;
-      return Compound('r', {r.axis.x, r.axis.y, r.axis.z, r.angle}, digits);
+      return {r.axis.x, r.axis.y, r.axis.z, r.angle};
     }
-    case TypeScale:
-      return Compound('s', value.scale, digits);
     default:
-      return "";
+      return {};
   }
 }
 

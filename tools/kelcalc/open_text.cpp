@@ -8,7 +8,8 @@ constexpr int LongestString = 1024;  // the reader ends a string there, without 
 }  // namespace
 
 void OpenText::Take(std::string_view text) {
-  for (const char c : text) {
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char c = text[at];
     if (inString) {
       TakeInString(c);
     } else if (comments > 0) {
@@ -16,6 +17,7 @@ void OpenText::Take(std::string_view text) {
     } else if (c == '"') {
       inString = true;
       stringLength = 0;
+      openedAt = at;
     } else if (c == '[') {
       comments = 1;
     }

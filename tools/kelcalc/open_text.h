@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace kelcalc {
@@ -14,6 +15,9 @@ class OpenText {
   /// The quotation mark or the bracket that still waits for its end; 0 when none does.
   char Opening() const;
 
+  /// Where in the text that was taken last it stands, if it stands there.
+  std::size_t OpenedAt() const { return openedAt; }
+
  private:
   void TakeInString(char c);
   void TakeInComment(char c);
@@ -22,6 +26,7 @@ class OpenText {
   bool escaped = false;  // by a backslash, in either
   int comments = 0;      // open brackets
   int stringLength = 0;
+  std::size_t openedAt = 0;
 };
 
 }  // namespace kelcalc

@@ -85,7 +85,7 @@ constexpr Option AllOptions[] = {
      [](Options& options, const char*) { SetTask(options, Task::List); }},
     {"", "--explain", "NAME",
      "explain an operator or a function: what it takes and gives, an\n"
-     "example",
+     "example; a type; or a topic, such as stack",
      SetExplained},
     {"-h", "--help", nullptr, "print this",
      [](Options& options, const char*) { SetTask(options, Task::Help); }},

@@ -31,13 +31,6 @@ int ReportMissing(CaInterpreter& interpreter, const std::string& path) {
   return 0;
 }
 
-int RunNamedFile(CaInterpreter& interpreter, const std::string& path) {
-  const std::unique_ptr<CaCharacterSource> source = CaCharacterSource::OpenFile(path.c_str());
-  if (source == nullptr) return ReportMissing(interpreter, path);
-  SkipInterpreterLine(*source);
-  return RunSource(interpreter, *source);
-}
-
 /// The text ends like a line, so that its last operator is complete.
 int RunArgument(CaInterpreter& interpreter, const std::string& text, const std::string& name) {
   return RunText(interpreter, text + "\n", name.c_str());
@@ -46,6 +39,14 @@ int RunArgument(CaInterpreter& interpreter, const std::string& text, const std::
 bool IsText(const Program& program) { return program.origin == Program::Text; }
 
 }  // namespace
+
+int RunNamedFile(CaInterpreter& interpreter, const std::string& path) {
+  const std::unique_ptr<CaCharacterSource> source =
+      CaCharacterSource::OpenFile(path.c_str(), interpreter.interruptRequested);
+  if (source == nullptr) return ReportMissing(interpreter, path);
+  SkipInterpreterLine(*source);
+  return RunSource(interpreter, *source);
+}
 
 int RunPrograms(CaInterpreter& interpreter, const std::vector<Program>& programs, bool stop) {
   int status = 0;

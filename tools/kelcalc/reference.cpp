@@ -87,13 +87,16 @@ std::string Wrapped(const std::vector<std::string>& parts, const std::string& in
   return text + '\n';
 }
 
+std::string SummaryEntry(const CaOperatorEntry& entry) {
+  return Joined({"  ", Padded(SpellingOf(entry), 8), entry.help.summary, "\n"});
+}
+
 std::string ListEntry(const CaOperatorEntry& entry) {
   std::vector<std::string> alternatives;
   for (const Alternative& one : AlternativesOf(entry)) {
     alternatives.push_back(GivenText(one, entry));
   }
-  return Joined({"  ", Padded(SpellingOf(entry), 8), entry.help.summary, "\n",
-                 Wrapped(alternatives, std::string(12, ' '))});
+  return Joined({SummaryEntry(entry), Wrapped(alternatives, std::string(12, ' '))});
 }
 
 std::string Explanation(const CaOperatorEntry& entry) {
@@ -178,6 +181,10 @@ const CaOperatorEntry* FindEntry(std::string_view name) {
 std::string ListText() {
   return Section(CaOperatorTable, "Operators:\n", ListEntry) +
          Section(CaFunctionTable, "\nFunctions:\n", ListEntry);
+}
+
+std::string SummaryText() {
+  return Section(CaOperatorTable, "", SummaryEntry) + Section(CaFunctionTable, "", SummaryEntry);
 }
 
 std::string ExplanationText(std::string_view name) {

@@ -30,6 +30,9 @@ const CaOperatorEntry* FindEntry(std::string_view name);
 /// What --list prints: every operator and function with what it takes and gives.
 std::string ListText();
 
+/// One line for each of them: what it is called and what it does.
+std::string SummaryText();
+
 /// What --explain prints about `name`, a function with or without its ";"; empty when there is no
 /// such name.
 std::string ExplanationText(std::string_view name);

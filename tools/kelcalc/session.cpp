@@ -27,6 +27,8 @@
 #include "tools/kelcalc/line_editor.h"
 #include "tools/kelcalc/open_text.h"
 #include "tools/kelcalc/output.h"
+#include "tools/kelcalc/session_words.h"
+#include "tools/kelcalc/snapshots.h"
 #include "tools/kelcalc/stack_display.h"
 
 namespace kelcalc {
@@ -45,6 +47,9 @@ std::vector<std::string> NamesIn(const CaOperatorEntry* table) {
   for (; *table->name != '\0'; ++table) names.emplace_back(table->name);
   return names;
 }
+
+/// The first line of a program that a shell would run; whoever pastes one means no operator.
+constexpr std::string_view InterpreterMark = "#!";
 
 class Session {
  public:
@@ -73,13 +78,16 @@ class Session {
   /// Hands the line that was typed to the reader, which asks for more only when all that came
   /// before has been run. Throws CaInterruption when the line is dropped.
   std::size_t Fill(char* block, std::size_t size) {
-    if (rest.empty()) {
+    while (rest.empty()) {
       ForgiveOutput();
       HandOnOutput();
-      if (settings.showStack && typed && open.Opening() == '\0') {
+      const bool pasted = editor->MoreWaits();
+      if (settings.showStack && changed && !pasted && open.Opening() == '\0') {
         ShowStack(interpreter, style, stdout);
+        changed = false;
       }
-      if (!ReadLine()) return 0;
+      if (state.ended || !ReadLine()) return 0;
+      TakeLine(pasted);
     }
     const std::size_t count = std::min(size, rest.size());
     std::memcpy(block, rest.data(), count);
@@ -96,10 +104,27 @@ class Session {
     if (result == LineResult::Interrupted) throw CaInterruption();
     if (result == LineResult::Ended) return false;
     history.Add(line.substr(0, line.size() - 1));
+    return true;
+  }
+
+  /// Runs a line that is for the session, makes any other the `rest`. What is `pasted` in several
+  /// lines is one step.
+  void TakeLine(bool pasted) {
+    stepBegins = stepBegins || !pasted;
+    if (open.Opening() == '\0') {
+      if (line.starts_with(InterpreterMark)) return;
+      if (const SessionWord* word = FindSessionWord(line); word != nullptr) {
+        changed = word->changes;
+        return RunSessionWord(*word, line, state);
+      }
+      const std::string hint = HintFor(line, interpreter);
+      if (!hint.empty()) std::printf("%s\n", hint.c_str());
+      if (stepBegins) snapshots.Take(interpreter);
+      stepBegins = false;
+    }
     open.Take(line);
     rest = line;
-    typed = true;
-    return true;
+    changed = true;
   }
 
   /// The depth of the stack, and what is open: a string, a comment, a block that is skipped.
@@ -115,12 +140,15 @@ class Session {
     interpreter.skipLevel = -1;
     open = OpenText();
     rest = {};
-    typed = false;
+    changed = false;
   }
 
-  Completion CompleteNames(std::string_view beforeCursor) const {
+  Completion CompleteWord(std::string_view beforeCursor) const {
     OpenText here = open;
     here.Take(beforeCursor);
+    if (here.Opening() == '"' && open.Opening() == '\0') {
+      return CompleteFile(beforeCursor.substr(here.OpenedAt() + 1), "\"");
+    }
     if (here.Opening() != '\0') return {};
     KnownNames known{NamesIn(CaOperatorTable), NamesIn(CaFunctionTable), {}};
     for (const CaListNode* node = interpreter.variables.head; node != nullptr; node = node->next) {
@@ -133,12 +161,15 @@ class Session {
   const SessionSettings& settings;
   const DisplayStyle& style;
   History history{HistoryPath()};
-  Completer completer = [this](std::string_view before) { return CompleteNames(before); };
+  Completer completer = [this](std::string_view before) { return CompleteWord(before); };
   std::unique_ptr<LineEditor> editor;
   std::string line;
-  std::string_view rest;  // of `line`, not yet handed to the reader
-  OpenText open;          // all lines since the last interrupt
-  bool typed = false;     // something came since the stack was shown last
+  std::string_view rest;   // of `line`, not yet handed to the reader
+  OpenText open;           // all lines since the last interrupt
+  bool changed = false;    // something came since the stack was shown last
+  bool stepBegins = true;  // with the next line
+  Snapshots snapshots;
+  SessionState state{interpreter, style, snapshots};
 };
 
 }  // namespace
@@ -155,6 +186,7 @@ bool ColoursWanted() {
 void RunSession(CaInterpreter& interpreter, const SessionSettings& settings,
                 const DisplayStyle& style) {
   CatchInterrupts();
+  if (IsTerminal(1)) std::puts("A calculator for 3-D geometry. :help tells how, :quit leaves.");
   interpreter.interruptRequested = &InterruptRequested;
   Session(interpreter, settings, style).Run();
 }
