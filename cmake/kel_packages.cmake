@@ -32,8 +32,9 @@ endmacro()
 
 kel_package(runtime libkelsave0 libs "library that saves the scenes of a 3-D editor"
   "Keeps a backup of the file that is replaced, makes a compound file, calls the\neditor's writers in a fixed order and reports. Holds the library and the one\nthat stands in for structured storage.")
+configure_file(${PROJECT_SOURCE_DIR}/cmake/packages/shlibs.in ${PROJECT_BINARY_DIR}/shlibs @ONLY)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
-  ${PROJECT_SOURCE_DIR}/cmake/packages/shlibs ${PROJECT_SOURCE_DIR}/cmake/packages/triggers)
+  ${PROJECT_BINARY_DIR}/shlibs ${PROJECT_SOURCE_DIR}/cmake/packages/triggers)
 kel_package(development libkelsave-dev libdevel "library that saves scenes - development files"
   "Headers, CMake package and pkg-config files for editors that save with KelSave\nand for programs that embed its calculator, and compound_check, which looks at\na saved file.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libkelsave0 ${kel_same_version}")

@@ -23,6 +23,14 @@
 #include "platform/storage.h"
 #include "platform/window.h"
 
+/// The version, and one number for comparisons with `#if`: 10000 times the major number, 100 times
+/// the minor and the patch added up.
+#define KELSAVE_VERSION_MAJOR 0
+#define KELSAVE_VERSION_MINOR 1
+#define KELSAVE_VERSION_PATCH 0
+#define KELSAVE_VERSION \
+  (10000 * KELSAVE_VERSION_MAJOR + 100 * KELSAVE_VERSION_MINOR + KELSAVE_VERSION_PATCH)
+
 #ifdef _WIN32
 #ifdef KELSAVE_BUILD
 #define KEL_EXPORT  // the module definition file says what is exported
