@@ -43,7 +43,8 @@ kel_install_files(development ${kel_package_dir}
 
 # The programs.
 install(TARGETS kelcalc RUNTIME COMPONENT kelcalc)
-add_dependencies(product ${kel_libraries} kelcalc)
+install(TARGETS compound_check RUNTIME COMPONENT development)
+add_dependencies(product ${kel_libraries} kelcalc compound_check)
 
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 if(WIN32)
@@ -51,9 +52,6 @@ if(WIN32)
   kel_install_files(documentation docs ${pages})
   return()
 endif()
-install(TARGETS compound_check RUNTIME COMPONENT development)
-add_dependencies(product compound_check)
-
 kel_install_files(documentation ${CMAKE_INSTALL_DOCDIR} ${pages})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT documentation PATTERN written EXCLUDE)
@@ -62,6 +60,8 @@ if(KEL_DOCS)
   include(${CMAKE_CURRENT_LIST_DIR}/kel_docs.cmake)
 endif()
 kel_install_files(kelcalc ${CMAKE_INSTALL_MANDIR}/man1 ${PROJECT_SOURCE_DIR}/man/kelcalc.1)
+kel_install_files(development ${CMAKE_INSTALL_MANDIR}/man1
+  ${PROJECT_SOURCE_DIR}/man/compound_check.1)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/editors/vim/
   DESTINATION ${CMAKE_INSTALL_DATADIR}/vim/vimfiles COMPONENT kelcalc)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.bash RENAME kelcalc

@@ -82,7 +82,7 @@ bool IsNew(const std::string& path) {
     const compound::Entry* entry = findings.Find(name);
     return entry != nullptr && compound::Contents(file, *entry) == std::string(bytes, size);
   };
-  return findings.Valid() && findings.entries.size() == 3 &&
+  return findings.complaints.empty() && findings.entries.size() == 3 &&
          std::memcmp(findings.entries[0].classId.data(), SceneClass, sizeof SceneClass) == 0 &&
          holds(u"Title", Title, sizeof Title) && holds(u"Meshes", Meshes, sizeof Meshes);
 }

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The same host saves the same scene through the library of this machine and through the DLL; an
-# independent reader must find the same in both files:
-#   same_file_test.sh NATIVE_BUILD EMULATOR SCENE_HOST
+# independent reader must find the same in both files, and the checkers of both systems must find
+# nothing damaged in the DLL's:
+#   same_file_test.sh NATIVE_BUILD EMULATOR SCENE_HOST COMPOUND_CHECK
 set -euo pipefail
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -22,3 +23,10 @@ describe "$folder/windows/scene.kel" >"$folder/windows.contents"
 grep -q 'Meshes/Pyramid' "$folder/native.contents"
 diff -u "$folder/native.contents" "$folder/windows.contents"
 cat "$folder/windows.contents"
+
+"$1/tools/compound_check/compound_check" "$folder/windows/scene.kel"
+"$2" "$4" "$folder/windows/scene.kel"
+for path in Title Meshes/Box; do
+  cmp <("$2" "$4" -x "$path" "$folder/windows/scene.kel") \
+    <("$1/tools/compound_check/compound_check" -x "$path" "$folder/native/scene.kel")
+done

@@ -1,46 +1,60 @@
 #pragma once
 
-/// What a check complains of: where, what, and the expected and the found value in hexadecimal.
+/// What a check complains of.
 
 #include <cstddef>
 #include <cstdint>
-#include <sstream>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace compound {
 
+enum class Grade {
+  Damaged,  // bytes of a stream cannot be trusted
+  Unusual,  // allowed, or common among the programs that write such files; nothing is lost
+};
+
+/// Where in the file something was met, and the numbers; any of them may be missing.
+struct Evidence {
+  std::optional<std::uint64_t> offset = {};  // bytes from the beginning of the file
+  std::optional<std::uint64_t> expected = {};
+  std::optional<std::uint64_t> found = {};
+};
+
+struct Complaint {
+  Grade grade;
+  std::string text;  // "the element: what is the matter with it"
+  Evidence evidence;
+};
+
+/// The evidence in brackets with a blank before it; empty when there is none.
+std::string EvidenceText(const Evidence& evidence);
+
+/// Gathers complaints. Of each grade it keeps the first ones and counts the rest, because a file of
+/// noise has one for every word.
 class Complaints {
  public:
-  template <typename... Parts>
-  void Add(const Parts&... parts) {
-    if (texts.size() >= Limit) return;
-    std::ostringstream text;
-    text << std::hex << std::showbase;
-    ((text << parts << ' '), ...);
-    texts.push_back(text.str());
-    texts.back().pop_back();
+  void Add(Grade grade, const std::string& where, const std::string& what,
+           const Evidence& evidence = {});
+
+  void Damaged(const std::string& where, const std::string& what, const Evidence& evidence = {}) {
+    Add(Grade::Damaged, where, what, evidence);
+  }
+  void Unusual(const std::string& where, const std::string& what, const Evidence& evidence = {}) {
+    Add(Grade::Unusual, where, what, evidence);
   }
 
-  /// One comparison; true when it holds.
-  bool Expect(std::string_view what, std::string_view where, std::uint64_t expected,
-              std::uint64_t found) {
-    if (expected != found) Add(where, what, "expected", expected, "found", found);
-    return expected == found;
-  }
-
-  bool Require(bool holds, std::string_view what, std::string_view where, std::uint64_t found) {
-    if (!holds) Add(where, what, "found", found);
-    return holds;
-  }
-
-  const std::vector<std::string>& Texts() const { return texts; }
+  /// All that was kept, the damages first, and a line for each grade of which some were not.
+  std::vector<Complaint> Sorted() const;
 
  private:
-  static constexpr std::size_t Limit = 50;  // a file of noise has one for every word
+  struct Kept {
+    std::vector<Complaint> complaints;
+    std::size_t leftOut = 0;
+  };
 
-  std::vector<std::string> texts;
+  Kept damaged_, unusual_;
 };
 
 }  // namespace compound

@@ -5,10 +5,13 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tools/compound_check/complaints.h"
 
 namespace compound {
 
@@ -29,7 +32,8 @@ struct Entry {
   std::uint64_t created = 0;    // 100 ns since 1601
   std::uint64_t modified = 0;   // 100 ns since 1601
   std::uint64_t size = 0;       // bytes; the root's is that of the mini stream
-  std::vector<Extent> extents;  // where the bytes of a stream lie, in order
+  std::vector<Extent> extents;  // where the bytes of a stream lie, in order, as far as it is known
+  bool damaged = false;         // the bytes of this stream cannot be trusted
 };
 
 /// What a file may have been written with; the defaults are the format's own values.
@@ -38,23 +42,28 @@ struct Parameters {
   std::uint64_t lockOffset = 0x7FFFFF00U;  // the sector that holds this byte stays without owner
 };
 
-/// What a check found: complaints, each with the expected and the found value, and the contents
-/// as far as they could be read: the root first, each storage before what it holds.
+/// What a check found: complaints, the damages first, and the contents as far as they could be
+/// read: the root first, each storage before what it holds.
 struct Findings {
-  std::vector<std::string> complaints;
+  std::vector<Complaint> complaints;
   std::vector<Entry> entries;
 
-  bool Valid() const { return complaints.empty(); }
-  std::string Text() const;  // the complaints, a line each
+  bool IsDamaged() const;    // else every stream can be trusted
+  std::string Text() const;  // all complaints with their evidence, a line each
   const Entry* Find(std::u16string_view path) const;
 };
 
-/// Checks a whole file. Never throws and always ends, whatever the bytes.
+/// Checks a whole file. Always ends, whatever the bytes; throws only when there is no memory for
+/// the file's own tables.
 Findings Check(std::istream& file, const Parameters& parameters = {});
 Findings CheckFile(const std::string& fileName, const Parameters& parameters = {});
 
-/// The bytes of a stream; and a hash (FNV-1a, 64 bits) of them for streams too big to hold.
+/// Hands the bytes of a stream to `take`, piece after piece, until it answers false. True when all
+/// that is known of the stream was read and taken.
+bool ReadStream(std::istream& file, const Entry& entry,
+                const std::function<bool(std::string_view)>& take);
+
+/// The bytes of a stream, as far as they can be read.
 std::string Contents(std::istream& file, const Entry& entry);
-std::uint64_t Hash(std::istream& file, const Entry& entry);
 
 }  // namespace compound

@@ -1,8 +1,14 @@
 #include "tools/compound_check/compound_names.h"
 
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <clocale>
-#include <cstdint>
 #include <cwctype>
+#endif
+
+#include <cstdint>
+#include <cstdio>
 
 namespace compound {
 namespace {
@@ -13,17 +19,30 @@ constexpr char16_t Otherwise[][2] = {{0x0131, 0x0131}, {0x023A, 0x2C65}, {0x2C65
                                      {0x023E, 0x2C66}, {0x2C66, 0x2C66}, {0x1FCC, 0x1FC3},
                                      {0x1FC3, 0x1FC3}};
 
+// The tables are those of the system, so that this knows nothing of the one by which the files are
+// written.
+#ifdef _WIN32
+char16_t SystemUpperCase(char16_t unit) {
+  wchar_t upper = unit;
+  const auto letter = static_cast<wchar_t>(unit);
+  LCMapStringW(LOCALE_INVARIANT, LCMAP_UPPERCASE, &letter, 1, &upper, 1);
+  return static_cast<char16_t>(upper);
+}
+#else
+char16_t SystemUpperCase(char16_t unit) {
+  static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  const std::wint_t upper = unicode == nullptr ? std::towupper(unit) : towupper_l(unit, unicode);
+  return upper > 0xFFFF ? unit : static_cast<char16_t>(upper);
+}
+#endif
+
 }  // namespace
 
-// The tables are those of the C library, so that this knows nothing of the one by which the files
-// are written.
 char16_t UpperCase(char16_t unit) {
   for (const auto& [letter, upper] : Otherwise) {
     if (unit == letter) return upper;
   }
-  static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  const std::wint_t upper = unicode == nullptr ? std::towupper(unit) : towupper_l(unit, unicode);
-  return upper > 0xFFFF ? unit : static_cast<char16_t>(upper);
+  return SystemUpperCase(unit);
 }
 
 int CompareNames(std::u16string_view a, std::u16string_view b) {
@@ -58,6 +77,17 @@ std::string Utf8(std::u16string_view text) {
     }
   }
   return bytes;
+}
+
+std::string Printable(std::u16string_view text) {
+  std::string shown;
+  for (const char c : Utf8(text)) {
+    const unsigned byte = static_cast<unsigned char>(c);
+    char escaped[8] = {c};
+    if (byte < 0x20 || byte == 0x7F) std::snprintf(escaped, sizeof escaped, "\\x%02X", byte);
+    shown += escaped;
+  }
+  return shown;
 }
 
 }  // namespace compound

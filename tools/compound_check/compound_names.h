@@ -17,4 +17,7 @@ int CompareNames(std::u16string_view a, std::u16string_view b);
 /// UTF-8, for messages and for the command lines of other readers.
 std::string Utf8(std::u16string_view text);
 
+/// UTF-8 that a terminal shows as it is: control characters become \xNN.
+std::string Printable(std::u16string_view text);
+
 }  // namespace compound

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "tools/compound_check/compound_bytes.h"
-#include "tools/compound_check/compound_names.h"
 
 namespace compound {
 
@@ -30,57 +29,65 @@ std::u16string ParseName(std::string_view bytes) {
   return name;
 }
 
-void CheckUnused(const std::string& label, std::string_view bytes, Complaints& complaints) {
-  std::string empty(EntrySize, '\0');
-  std::fill_n(empty.begin() + Left, ClassId - Left, '\xFF');
-  const auto [wanted, found] = std::mismatch(empty.begin(), empty.end(), bytes.begin());
-  if (wanted == empty.end()) return;
-  complaints.Add(label, "unused, byte at", found - bytes.begin(), "expected",
-                 static_cast<std::uint8_t>(*wanted) + 0, "found",
-                 static_cast<std::uint8_t>(*found) + 0);
-}
-
 void CheckName(const RawEntry& raw, const std::string& label, std::string_view bytes,
                Complaints& complaints) {
-  for (std::size_t i = raw.name.size(); i < NameUnits; ++i) {
-    complaints.Expect("name padding", label, 0, Number(bytes, 2 * i, 2));
-  }
   const std::size_t length = LengthOfName(bytes);
-  complaints.Require(IsNameLength(length), "name length", label, length);
-  for (const char16_t unit : raw.name) {
-    const bool forbidden = std::u16string_view(u"/\\:!").find(unit) != std::u16string_view::npos;
-    complaints.Require(!forbidden && unit != 0, "character of the name", label, unit);
+  if (!IsNameLength(length)) {
+    // Nobody asks for the root by its name.
+    complaints.Add(raw.type == Root ? Grade::Unusual : Grade::Damaged, label,
+                   "the length of its name is none", {raw.place + NameLength, {}, length});
+  }
+  const std::string_view padding =
+      bytes.substr(2 * raw.name.size(), NameLength - 2 * raw.name.size());
+  if (padding.find_first_not_of('\0') != padding.npos) {
+    complaints.Unusual(label, "its name is not followed by zeros",
+                       {raw.place + 2 * raw.name.size()});
+  }
+  if (raw.name.find_first_of(std::u16string_view(u"/\\:!\0", 5)) != raw.name.npos) {
+    complaints.Unusual(label, "its name holds a character that is not allowed", {raw.place});
+  }
+  if (raw.type == Root && raw.name != u"Root Entry") {
+    complaints.Unusual(label, "is not called \"Root Entry\"", {raw.place});
   }
 }
 
-void CheckStreamFields(const RawEntry& raw, const std::string& label, Complaints& complaints) {
-  for (const std::uint8_t byte : raw.entry.classId) complaints.Expect("class id", label, 0, byte);
-  complaints.Expect("child", label, NoEntry, raw.child);
-  complaints.Expect("state bits", label, 0, raw.entry.stateBits);
-  complaints.Expect("modified", label, 0, raw.entry.modified);
-}
-
-void CheckFields(std::size_t index, const RawEntry& raw, const std::string& label, bool isVersion3,
-                 Complaints& complaints) {
-  const bool known = raw.type == Storage || raw.type == Stream || raw.type == Root;
-  complaints.Require(known && (raw.type == Root) == (index == 0), "type", label, raw.type);
-  complaints.Require(raw.color <= Black, "color", label, raw.color);
-  if (raw.type == Stream) CheckStreamFields(raw, label, complaints);
-  if (raw.type != Storage) complaints.Expect("created", label, 0, raw.entry.created);
-  if (raw.type == Storage) {
-    complaints.Expect("start", label, 0, raw.start);
-    complaints.Expect("size", label, 0, raw.entry.size);
+/// Fields that mean nothing for this type of entry and should hold nothing.
+void CheckMeaninglessFields(const RawEntry& raw, const std::string& label, std::string_view bytes,
+                            Complaints& complaints) {
+  const bool stream = raw.type == Stream;
+  const bool root = raw.type == Root;
+  const struct {
+    bool applies;
+    std::size_t offset;
+    int width;
+    std::uint64_t expected;
+    const char* what;
+  } fields[] = {
+      {root, Left, 4, NoEntry, "has a neighbour to the left"},
+      {root, Right, 4, NoEntry, "has a neighbour to the right"},
+      {stream, Child, 4, NoEntry, "holds other entries"},
+      {stream, ClassId, 8, 0, "has a class"},
+      {stream, ClassId + 8, 8, 0, "has a class"},
+      {stream, StateBits, 4, 0, "has state bits"},
+      {stream || root, Created, 8, 0, "has a time of creation"},
+      {stream, Modified, 8, 0, "has a time of modification"},
+      {raw.type == Storage, Start, 4, 0, "has a first sector"},
+      {raw.type == Storage, Size, 8, 0, "has a size"},
+  };
+  for (const auto& field : fields) {
+    const std::uint64_t found = Number(bytes, field.offset, field.width);
+    if (!field.applies || found == field.expected) continue;
+    complaints.Unusual(label,
+                       std::string(field.what) + (stream ? " although it is a stream"
+                                                  : root ? " although it is the root"
+                                                         : " although it is a storage"),
+                       {raw.place + field.offset, field.expected, found});
   }
-  if (isVersion3) complaints.Require(raw.entry.size <= 0x80000000U, "size", label, raw.entry.size);
 }
 
 }  // namespace
 
-std::string EntryLabel(std::size_t index, const RawEntry& raw) {
-  return "entry " + std::to_string(index) + " \"" + Utf8(raw.name) + "\":";
-}
-
-RawEntry ParseEntry(std::string_view bytes) {
+RawEntry ParseEntry(std::string_view bytes, bool isVersion3) {
   RawEntry raw;
   raw.type = static_cast<std::uint8_t>(bytes[Type]);
   raw.color = static_cast<std::uint8_t>(bytes[Color]);
@@ -94,16 +101,28 @@ RawEntry ParseEntry(std::string_view bytes) {
   raw.entry.stateBits = Word(bytes, StateBits);
   raw.entry.created = Number(bytes, Created, 8);
   raw.entry.modified = Number(bytes, Modified, 8);
-  raw.entry.size = Number(bytes, Size, 8);
+  raw.entry.size = Number(bytes, Size, isVersion3 ? 4 : 8);
   return raw;
 }
 
-void CheckEntry(std::size_t index, const RawEntry& raw, std::string_view bytes, bool isVersion3,
+void CheckEntry(const RawEntry& raw, const std::string& label, std::string_view bytes,
                 Complaints& complaints) {
-  const std::string label = EntryLabel(index, raw);
-  if (raw.type == Unused) return CheckUnused(label, bytes, complaints);
   CheckName(raw, label, bytes, complaints);
-  CheckFields(index, raw, label, isVersion3, complaints);
+  CheckMeaninglessFields(raw, label, bytes, complaints);
+  if (raw.color > Black) {
+    complaints.Unusual(label, "is neither red nor black", {raw.place + Color, {}, raw.color});
+  }
+  if (raw.type != Storage && raw.entry.size != Number(bytes, Size, 8)) {
+    complaints.Unusual(label,
+                       "its size has more than 32 bits, of which version 3 reads the low ones",
+                       {raw.place + Size, raw.entry.size, Number(bytes, Size, 8)});
+  }
+}
+
+bool IsEmptyEntry(std::string_view bytes) {
+  std::string empty(EntrySize, '\0');
+  std::fill_n(empty.begin() + Left, ClassId - Left, '\xFF');
+  return bytes == empty;
 }
 
 }  // namespace compound

@@ -7,13 +7,18 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tools/compound_check/compound_checker.h"
 #include "tools/compound_check/sector_table.h"
 
 namespace compound {
+
+/// What a chain of sectors holds, and where each of them begins in the file.
+struct ChainBytes {
+  std::string bytes;
+  std::vector<std::uint64_t> places;
+};
 
 /// The file in the order in which it is read:
 ///   header     512 bytes, in version 4 followed by zeros to 4096
@@ -22,41 +27,49 @@ namespace compound {
 class SectorFile {
  public:
   SectorFile(std::istream& input, const Parameters& given, Complaints& target)
-      : fat("sector", target), file(input), parameters(given), complaints(target) {}
+      : fat("FAT", "sector", target), file_(input), parameters_(given), complaints_(target) {}
 
   /// Reads and checks the header and the tables; false when nothing more can be read.
   bool Read();
 
-  bool IsVersion3() const { return version == 3; }
-  std::size_t SectorSize() const { return sectorSize; }
+  bool IsVersion3() const { return version_ == 3; }
+  std::size_t SectorSize() const { return sectorSize_; }
+  std::uint64_t FileLength() const { return length_; }
   /// A 32-bit field of the header.
   std::uint32_t HeaderWord(std::size_t offset) const;
   /// Where a sector begins in the file.
-  std::uint64_t Offset(std::uint32_t sector) const { return (sector + 1ULL) * sectorSize; }
+  std::uint64_t Offset(std::uint32_t sector) const { return (sector + 1ULL) * sectorSize_; }
 
-  /// The sectors of a chain, which own their places from now on.
-  std::vector<std::string> ReadChain(std::uint32_t start, const std::string& name);
+  /// The bytes of the chain that begins at this field of the header. Its sectors are owned from now
+  /// on.
+  ChainBytes ReadChain(std::size_t headerField, const std::string& name);
+
+  /// Looks at the sector that the system locks while it shares the file. Call it when all that has
+  /// an owner has it.
+  void CheckRangeLock();
 
   SectorTable fat;
 
  private:
-  bool CheckHeader();
+  bool ReadHeader();
   bool CheckHeaderFields();
   bool ReadSector(std::uint64_t sector, std::string& bytes);
   void ReadDifat();
-  std::uint32_t ReadDifatChain(std::uint32_t owner);
-  void TakeFatSectors();
+  void ReadDifatChain();
+  void CheckDifatCounts();
+  void OwnTables();
   void ReadFat();
   void CheckMarks();
-  void CheckRangeLock();
 
-  std::istream& file;
-  const Parameters& parameters;
-  Complaints& complaints;
-  std::string header;
-  std::uint32_t version = 0;
-  std::size_t sectorSize = 0;
-  std::vector<std::uint32_t> difat, difatSectors;
+  std::istream& file_;
+  const Parameters& parameters_;
+  Complaints& complaints_;
+  std::string header_;
+  std::uint64_t length_ = 0;
+  std::uint64_t sectorsInFile_ = 0;
+  std::uint32_t version_ = 0;
+  std::size_t sectorSize_ = 0;
+  std::vector<std::uint32_t> difat_, difatSectors_;
 };
 
 }  // namespace compound

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,35 +21,66 @@ enum SectorWord : std::uint32_t {
   FreeSector = 0xFFFFFFFF,
 };
 
+/// A number of a sector, and where in the file it stands.
+struct SectorLink {
+  std::uint32_t sector;
+  std::optional<std::uint64_t> place = {};
+};
+
 class SectorTable {
  public:
-  /// A `kind` is what its sectors are called in complaints.
-  SectorTable(std::string kind, Complaints& target)
-      : kindName(std::move(kind)), complaints(target) {}
+  /// `table` and `kind` are what complaints call it and its sectors.
+  SectorTable(std::string table, std::string kind, Complaints& target)
+      : tableName_(std::move(table)), kindName_(std::move(kind)), complaints_(target) {}
 
-  /// Sets the number of sectors that exist. None has an owner yet; the table may be longer.
+  /// The table continues with these words, which stand at `place` in the file.
+  void Append(const std::vector<std::uint32_t>& words, std::uint64_t place);
+  std::size_t Words() const { return next_.size(); }
+  std::uint32_t Word(std::uint32_t sector) const { return next_[sector]; }
+
+  /// Sets the number of sectors that exist and for which there is a word in the end. None has an
+  /// owner yet; the table may be longer.
   void SetCount(std::uint64_t sectors);
-  std::size_t Count() const { return owner.size(); }
+  std::size_t Count() const { return owner_.size(); }
 
-  /// Enters an owner's name; the result stands for it in Own.
+  /// Enters an owner's name; the result stands for it.
   std::uint32_t NewOwner(const std::string& name);
 
-  /// Gives a sector to an owner; false when there is no such sector or it has one already.
-  bool Own(std::uint32_t sector, std::uint32_t who);
+  /// Gives a sector to an owner; when there is no such sector or it has one already, complains,
+  /// marks all who are concerned as damaged and returns false.
+  bool Own(SectorLink link, std::uint32_t who);
+  bool IsOwned(std::uint32_t sector) const { return owner_[sector] != 0; }
 
   /// Walks a chain and owns its sectors; a crossing or a loop meets an owned sector and ends it.
-  std::vector<std::uint32_t> Chain(std::uint32_t start, const std::string& name);
+  /// `needed` sectors are expected if that is known.
+  std::vector<std::uint32_t> Chain(SectorLink start, std::uint32_t who,
+                                   std::optional<std::uint64_t> needed = {});
 
-  /// Complains of each sector that is taken but belongs to nobody.
+  /// Complains of an owner whose bytes cannot be trusted.
+  void Damage(std::uint32_t who, const std::string& what, const Evidence& evidence = {});
+  bool IsDamaged(std::uint32_t who) const { return owners_[who].damaged; }
+
+  /// Complains of sectors that are taken but belong to nobody or are not there.
   void CheckLeaks() const;
 
-  std::vector<std::uint32_t> next;
-
  private:
-  const std::string kindName;
-  Complaints& complaints;
-  std::vector<std::string> names{"nobody"};
-  std::vector<std::uint32_t> owner;  // index into names
+  struct Owner {
+    std::string name;
+    bool damaged = false;
+  };
+  struct Part {  // of the table
+    std::size_t first;
+    std::uint64_t place;
+  };
+
+  std::uint64_t PlaceOf(std::size_t word) const;
+
+  const std::string tableName_, kindName_;
+  Complaints& complaints_;
+  std::vector<std::uint32_t> next_;
+  std::vector<Part> parts_;
+  std::vector<Owner> owners_{{"nobody"}};
+  std::vector<std::uint32_t> owner_;  // of each sector, an index into owners_
 };
 
 }  // namespace compound

@@ -1,7 +1,7 @@
 #include "tools/compound_check/storage_tree.h"
 
 #include <algorithm>
-#include <bit>
+#include <map>
 
 #include "tools/compound_check/compound_names.h"
 
@@ -9,84 +9,90 @@ namespace compound {
 
 namespace {
 
-constexpr std::size_t MaxLevel = 64;  // deeper than any balanced tree; bounds the walk's calls
-
-class StorageTree {
- public:
-  StorageTree(std::vector<RawEntry>& directory, std::size_t holder, Complaints& target)
-      : entries(directory), storage(holder), complaints(target) {}
-
-  std::vector<std::size_t> Check() {
-    const std::uint32_t top = entries[storage].child;
-    if (top < entries.size()) {
-      complaints.Expect("color of the top", Label(storage), Black, entries[top].color);
-    }
-    Walk(top, 1);
-    const std::size_t limit = 2 * static_cast<std::size_t>(std::bit_width(members.size()));
-    complaints.Require(depth <= limit, "depth of its tree", Label(storage), depth);
-    CheckOrder();
-    return members;
+/// Whether the walk may go from `storage` to this entry.
+bool CanEnter(const std::vector<RawEntry>& entries, std::uint32_t index, const std::string& label,
+              Complaints& complaints) {
+  const char* problem = nullptr;
+  if (index >= entries.size()) {
+    problem = "leads to an entry that the directory does not have";
+  } else if (entries[index].reached) {
+    problem = "leads to an entry that has its place already";
+  } else if (entries[index].type == Unused) {
+    problem = "leads to an unused entry";
+  } else if (entries[index].type != Storage && entries[index].type != Stream) {
+    problem = "leads to an entry that is neither a storage nor a stream";
   }
+  if (problem != nullptr) complaints.Damaged(label, problem, {{}, {}, index});
+  return problem == nullptr;
+}
 
- private:
-  std::string Label(std::size_t index) const { return EntryLabel(index, entries[index]); }
-
-  /// Collects the members in order; returns the number of black entries on each way down.
-  std::size_t Walk(std::uint32_t index, std::size_t level) {
-    if (index == NoEntry || !CanEnter(index, level)) return 1;
-    RawEntry& raw = entries[index];
-    raw.reached = true;
-    depth = std::max(depth, level);
-    CheckColors(raw);
-    const std::size_t left = Walk(raw.left, level + 1);
-    members.push_back(index);
-    const std::size_t right = Walk(raw.right, level + 1);
-    complaints.Expect("black height, left and right", Label(index), left, right);
-    return left + (raw.color == Black ? 1 : 0);
-  }
-
-  bool CanEnter(std::uint32_t index, std::size_t level) {
-    if (!complaints.Require(index < entries.size(), "link to an entry", Label(storage), index)) {
-      return false;
-    }
+/// Whether the colours below and in these entries are those of a red-black tree: the top is black,
+/// nothing red hangs below red, and all ways down meet as many black entries.
+bool HasRightColors(const std::vector<RawEntry>& entries, std::uint32_t top) {
+  // Each entry twice: on the way down and, when all below it is known, on the way back.
+  std::vector<std::pair<std::uint32_t, bool>> path{{top, false}};
+  std::map<std::uint32_t, std::size_t> blackHeight{{NoEntry, 1}};
+  while (!path.empty()) {
+    const auto [index, isWayBack] = path.back();
+    path.pop_back();
+    if (index == NoEntry) continue;
     const RawEntry& raw = entries[index];
-    const std::string label = Label(index);
-    if (!complaints.Require(!raw.reached, "reached a second time from", label, storage)) {
-      return false;
+    if (!isWayBack) {
+      path.insert(path.end(), {{index, true}, {raw.left, false}, {raw.right, false}});
+      continue;
     }
-    complaints.Require(raw.type != Unused, "linked although unused", label, 0);
-    return complaints.Require(level <= MaxLevel, "level in its tree", label, level);
-  }
-
-  void CheckColors(const RawEntry& raw) {
     for (const std::uint32_t link : {raw.left, raw.right}) {
-      if (raw.color == Red && link < entries.size()) {
-        complaints.Expect("color below red", Label(link), Black, entries[link].color);
-      }
+      if (link != NoEntry && raw.color == Red && entries[link].color == Red) return false;
     }
+    if (blackHeight[raw.left] != blackHeight[raw.right]) return false;
+    blackHeight[index] = blackHeight[raw.left] + (raw.color == Black ? 1 : 0);
   }
-
-  void CheckOrder() {
-    for (std::size_t i = 1; i < members.size(); ++i) {
-      const RawEntry& before = entries[members[i - 1]];
-      if (CompareNames(before.name, entries[members[i]].name) >= 0) {
-        complaints.Add(Label(members[i]), "order: expected before", Label(members[i - 1]));
-      }
-    }
-  }
-
-  std::vector<RawEntry>& entries;
-  const std::size_t storage;
-  Complaints& complaints;
-  std::vector<std::size_t> members;
-  std::size_t depth = 0;
-};
+  return top == NoEntry || entries[top].color == Black;
+}
 
 }  // namespace
 
-std::vector<std::size_t> CheckTree(std::vector<RawEntry>& entries, std::size_t storage,
-                                   Complaints& complaints) {
-  return StorageTree(entries, storage, complaints).Check();
+std::vector<std::size_t> WalkTree(std::vector<RawEntry>& entries, std::size_t storage,
+                                  const std::string& label, Complaints& complaints) {
+  std::vector<std::size_t> members;
+  std::vector<std::uint32_t> waiting;  // entries whose left side is being walked
+  // A link that cannot be followed is cut, so that nothing meets it again.
+  const auto enter = [&](std::uint32_t& link) {
+    if (link != NoEntry && !CanEnter(entries, link, label, complaints)) link = NoEntry;
+    if (link != NoEntry) entries[link].reached = true;
+    return link;
+  };
+  std::uint32_t index = enter(entries[storage].child);
+  while (index != NoEntry || !waiting.empty()) {
+    for (; index != NoEntry; index = enter(entries[index].left)) waiting.push_back(index);
+    members.push_back(waiting.back());
+    waiting.pop_back();
+    index = enter(entries[members.back()].right);
+  }
+  return members;
+}
+
+void CheckTree(std::vector<RawEntry>& entries, std::size_t storage,
+               const std::vector<std::size_t>& members, const std::string& label,
+               Complaints& complaints) {
+  if (!HasRightColors(entries, entries[storage].child)) {
+    complaints.Unusual(label, "the colours of its tree are not those of a red-black tree");
+  }
+  const auto before = [&](std::size_t a, std::size_t b) {
+    return CompareNames(entries[a].name, entries[b].name) < 0;
+  };
+  std::vector<std::size_t> ordered = members;
+  std::stable_sort(ordered.begin(), ordered.end(), before);
+  if (ordered != members) {
+    complaints.Unusual(label, "what it holds is out of order: a search by name may miss something");
+  }
+  for (std::size_t i = 1; i < ordered.size(); ++i) {
+    if (before(ordered[i - 1], ordered[i])) continue;
+    RawEntry& second = entries[ordered[i]];
+    second.entry.damaged = true;
+    complaints.Damaged(label, "two of its elements are called " + Printable(second.name),
+                       {second.place});
+  }
 }
 
 }  // namespace compound

@@ -3,6 +3,7 @@
 /// The tree that holds the entries of one storage.
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "tools/compound_check/complaints.h"
@@ -10,9 +11,16 @@
 
 namespace compound {
 
-/// Checks that what hangs below entry `storage` is a red-black tree in the order of names, marks
-/// its entries as reached and returns their indices in order.
-std::vector<std::size_t> CheckTree(std::vector<RawEntry>& entries, std::size_t storage,
-                                   Complaints& complaints);
+/// The entries in the tree of entry `storage`, which complaints call `label`, from left to right;
+/// they are marked as reached. A link that leads nowhere, or to an entry that was reached before,
+/// is complained of and not followed.
+std::vector<std::size_t> WalkTree(std::vector<RawEntry>& entries, std::size_t storage,
+                                  const std::string& label, Complaints& complaints);
+
+/// Checks that this is a red-black tree in the order of names. Entries of one name, of which the
+/// second can never be opened, are marked as damaged.
+void CheckTree(std::vector<RawEntry>& entries, std::size_t storage,
+               const std::vector<std::size_t>& members, const std::string& label,
+               Complaints& complaints);
 
 }  // namespace compound
