@@ -29,11 +29,12 @@ bool IsReadOnly(const struct stat& status) {
   return !S_ISDIR(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }
 
-/// Whether a storage has the file open, here or in another process: it holds a lock on it.
-bool IsBeingWritten(const char* path) {
+/// Whether a storage has the file open, for writing or for reading, here or in another process: it
+/// holds a lock on it.
+bool IsOpen(const char* path) {
   const int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) return false;
-  const bool locked = flock(file, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  const bool locked = flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
   close(file);
   return locked;
 }
@@ -83,6 +84,7 @@ int remove(const char* path) {
   struct stat status;
   if (lstat(native.Text(), &status) != 0) return -1;
   if (IsReadOnly(status)) return Refuse(EACCES);
+  if (S_ISREG(status.st_mode) && IsOpen(native.Text())) return Refuse(EACCES);
   return unlink(native.Text());
 }
 
@@ -90,7 +92,7 @@ int rename(const char* from, const char* to) {
   if (from == nullptr || to == nullptr) return Refuse(EINVAL);
   const NativePath source(from);
   const NativePath target(to);
-  if (IsBeingWritten(source.Text())) return Refuse(EACCES);
+  if (IsOpen(source.Text())) return Refuse(EACCES);
   if (RenameToNewName(source.Text(), target.Text()) == 0) return 0;
   return errno == EXDEV ? MoveByCopying(source, target) : -1;
 }
