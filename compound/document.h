@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "compound/contents.h"
 #include "compound/directory.h"
 #include "compound/format.h"
 #include "compound/gathering_file.h"
@@ -10,17 +11,21 @@
 #include "compound/sector_space.h"
 
 /// One compound file that is being written: its directory, its sectors and the bytes in them.
-/// Knows nothing of interfaces. Operations may throw std::bad_alloc and are then without effect.
 ///
 /// The file's tables lie nowhere until Flush puts them behind the streams; later writes go over
 /// them. Their space is taken from the file whenever it grows, in the call that makes it grow.
-class CompoundDocument {
+class CompoundDocument final : public CompoundContents {
  public:
   explicit CompoundDocument(const CompoundParameters& fileParameters);
 
   HRESULT Create(const char* path);
 
   CompoundDirectory& Directory() { return directory_; }
+  CompoundEntry* Root() override { return directory_.Root(); }
+  CompoundEntry* Find(const CompoundEntry* storage, const CompoundName& name) override {
+    return directory_.Find(storage, name);
+  }
+  CompoundDocument* Written() override { return this; }
 
   HRESULT AddEntry(CompoundEntry* parent, const CompoundName& name, bool isStream,
                    CompoundEntry** entry);
@@ -28,9 +33,8 @@ class CompoundDocument {
   /// Takes an entry away with everything beneath it. Nothing in it may be open.
   void Destroy(CompoundEntry* entry);
 
-  /// Reads up to the end of the stream.
-  HRESULT Read(const CompoundEntry& stream, std::uint64_t offset, void* data, std::size_t size,
-               std::size_t* done);
+  HRESULT Read(CompoundEntry& stream, std::uint64_t offset, void* data, std::size_t size,
+               std::size_t* done) override;
 
   /// Grows the stream as needed; what lies between its end and `offset` becomes zeros. On failure
   /// the stream holds the first `done` bytes.
@@ -42,8 +46,7 @@ class CompoundDocument {
   /// Makes the file valid as it stands and cuts it to its size.
   HRESULT Flush(bool toDisk);
 
-  /// Flushes and closes the file.
-  void Finish();
+  void Finish() override;
 
  private:
   friend class CompoundWriter;

@@ -114,7 +114,7 @@ char16_t UppercaseBeyondAscii(char16_t unit) {
   return unit;
 }
 
-HRESULT MakeName(const OLECHAR* text, CompoundName* name) {
+HRESULT MakeName(const OLECHAR* text, CompoundName* name, NameRules rules) {
   if (text == nullptr || *text == 0) return STG_E_INVALIDNAME;
   std::size_t length = 0;
   std::uint32_t hash = 2166136261U;
@@ -131,9 +131,8 @@ HRESULT MakeName(const OLECHAR* text, CompoundName* name) {
       continue;
     }
     const std::size_t units = c < 0x10000 ? 1 : 2;
-    if (length + units > MaxNameUnits || !IsCodePoint(c) || IsForbidden(c)) {
-      return STG_E_INVALIDNAME;
-    }
+    const bool allowed = rules == NameRules::New ? IsCodePoint(c) && !IsForbidden(c) : c < 0x110000;
+    if (length + units > MaxNameUnits || !allowed) return STG_E_INVALIDNAME;
     if (units == 2) append(static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10)));
     append(static_cast<char16_t>(units == 1 ? c : 0xDC00 + (c & 0x3FF)));
   }
@@ -158,7 +157,7 @@ OLECHAR* NewWideName(const char16_t* units, std::size_t length) {
   OLECHAR* to = wide;
   for (std::size_t i = 0; i < length; ++i) {
     const std::uint32_t unit = units[i];
-    if (unit >= 0xD800 && unit < 0xDC00 && i + 1 < length) {
+    if ((unit & 0xFC00) == 0xD800 && i + 1 < length && (units[i + 1] & 0xFC00) == 0xDC00) {
       *to++ = static_cast<OLECHAR>(0x10000 + ((unit - 0xD800) << 10) + (units[++i] - 0xDC00U));
     } else {
       *to++ = static_cast<OLECHAR>(unit);

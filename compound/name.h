@@ -12,9 +12,13 @@ struct CompoundName {
   char16_t units[MaxNameUnits] = {};
 };
 
-/// Converts and checks a name: STG_E_INVALIDNAME when it is null, empty, longer than 31 units, no
-/// valid text, or has one of / \ : !
-HRESULT MakeName(const OLECHAR* text, CompoundName* name);
+/// What a name may hold: New is valid text without / \ : ! and Existing is anything, as what others
+/// have written has to be found again.
+enum class NameRules : std::uint8_t { New, Existing };
+
+/// Converts and checks a name: STG_E_INVALIDNAME when it is null, empty, longer than 31 units or
+/// against the rules.
+HRESULT MakeName(const OLECHAR* text, CompoundName* name, NameRules rules = NameRules::New);
 
 /// The format's order: shorter names first, then by upper-cased units. Negative, 0 or positive.
 int CompareNames(const char16_t* a, std::size_t aLength, const char16_t* b, std::size_t bLength);

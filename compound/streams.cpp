@@ -17,7 +17,7 @@ std::uint32_t CompoundDocument::UnitsFor(std::uint64_t size) const {
   return Divide(size, IsMini(size) ? MiniSectorSize : parameters_.sectorSize);
 }
 
-HRESULT CompoundDocument::Read(const CompoundEntry& stream, std::uint64_t offset, void* data,
+HRESULT CompoundDocument::Read(CompoundEntry& stream, std::uint64_t offset, void* data,
                                std::size_t size, std::size_t* done) {
   *done = 0;
   if (offset >= stream.size) return S_OK;

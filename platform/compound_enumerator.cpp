@@ -65,7 +65,7 @@ HRESULT CompoundEnumerator::Clone(IEnumSTATSTG** ppenum) {
   });
 }
 
-IEnumSTATSTG* NewEnumerator(CompoundDocument* document, CompoundEntry* storage) {
+IEnumSTATSTG* NewEnumerator(CompoundContents* document, CompoundEntry* storage) {
   std::vector<CompoundEnumerator::Element> elements;
   for (const CompoundEntry* child : SortedChildren(*storage)) {
     elements.push_back({child->name, {}});

@@ -12,7 +12,7 @@ class CompoundEnumerator final : public IEnumSTATSTG, public OpenObject {
     STATSTG stat;  // without its name
   };
 
-  CompoundEnumerator(CompoundDocument* openedDocument, CompoundEntry* openedEntry,
+  CompoundEnumerator(CompoundContents* openedDocument, CompoundEntry* openedEntry,
                      std::vector<Element> snapshot)
       : OpenObject(openedDocument, openedEntry), elements_(std::move(snapshot)) {}
 
@@ -30,4 +30,4 @@ class CompoundEnumerator final : public IEnumSTATSTG, public OpenObject {
 };
 
 /// May throw std::bad_alloc.
-IEnumSTATSTG* NewEnumerator(CompoundDocument* document, CompoundEntry* storage);
+IEnumSTATSTG* NewEnumerator(CompoundContents* document, CompoundEntry* storage);

@@ -4,6 +4,7 @@
 #include <cwchar>
 #include <type_traits>
 
+#include "compound/document.h"
 #include "platform/compound_enumerator.h"
 #include "platform/compound_stream.h"
 
@@ -27,6 +28,12 @@ std::uint64_t TimeOf(const FILETIME& time) {
 
 }  // namespace
 
+void CompoundStorage::BecomeRoot(std::unique_ptr<CompoundContents> document,
+                                 std::unique_ptr<OLECHAR[]> name) {
+  owned_ = std::move(document);
+  rootName_ = std::move(name);
+}
+
 HRESULT CompoundStorage::QueryInterface(REFIID riid, void** ppvObject) {
   if (ppvObject == nullptr) return E_POINTER;
   *ppvObject = nullptr;
@@ -44,7 +51,7 @@ ULONG CompoundStorage::Release() {
   const ULONG left = --references_;
   if (left > 0) return left;
   if (owned_) {
-    RevertTree(owned_->Directory().Root());
+    RevertTree(owned_->Root());
     owned_->Finish();
   }
   delete this;
@@ -54,9 +61,11 @@ ULONG CompoundStorage::Release() {
 HRESULT CompoundStorage::Find(const OLECHAR* text, CompoundName* name,
                               CompoundEntry** found) const {
   if (IsReverted()) return STG_E_REVERTED;
-  const HRESULT result = MakeName(text, name);
+  // Files of others may hold names that new elements cannot have.
+  const NameRules rules = document_->Written() != nullptr ? NameRules::New : NameRules::Existing;
+  const HRESULT result = MakeName(text, name, rules);
   if (FAILED(result)) return result;
-  *found = document_->Directory().Find(entry_, *name);
+  *found = document_->Find(entry_, *name);
   return *found != nullptr ? S_OK : STG_E_FILENOTFOUND;
 }
 
@@ -89,17 +98,17 @@ HRESULT CompoundStorage::Create(const OLECHAR* text, DWORD createMode, Interface
   HRESULT result = FindReplaceable(text, createMode, &name, &old);
   if (FAILED(result)) return result;
   CompoundEntry* made = nullptr;
-  result = document_->AddEntry(entry_, name, std::is_same_v<Interface, IStream>, &made);
+  result = document_->Written()->AddEntry(entry_, name, std::is_same_v<Interface, IStream>, &made);
   if (FAILED(result)) return result;
   auto* object = new (std::nothrow) Object(document_, made, createMode & ~STGM_CREATE);
   if (object == nullptr) {
-    document_->Destroy(made);
+    document_->Written()->Destroy(made);
     return E_OUTOFMEMORY;
   }
   // Nothing can fail any more, so the old element may go.
   if (old != nullptr) {
     RevertTree(old);
-    document_->Destroy(old);
+    document_->Written()->Destroy(old);
   }
   Touch(entry_);
   if (!made->IsStream()) made->storage->created = made->storage->modified = TimeNow();
@@ -154,9 +163,10 @@ HRESULT CompoundStorage::OpenStorage(const OLECHAR* pwcsName, IStorage* pstgPrio
 HRESULT CompoundStorage::Commit(DWORD grfCommitFlags) {
   if (IsReverted()) return STG_E_REVERTED;
   if ((grfCommitFlags & ~CommitFlags) != 0) return STG_E_INVALIDFLAG;
+  if (document_->Written() == nullptr) return STG_E_ACCESSDENIED;
   const bool toDisk =
       owned_ != nullptr && (grfCommitFlags & STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE) == 0;
-  return Guarded([&] { return document_->Flush(toDisk); });
+  return Guarded([&] { return document_->Written()->Flush(toDisk); });
 }
 
 HRESULT CompoundStorage::Revert() { return IsReverted() ? STG_E_REVERTED : S_OK; }
@@ -180,7 +190,7 @@ HRESULT CompoundStorage::DestroyElement(const OLECHAR* pwcsName) {
   if (FAILED(result)) return result;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
   RevertTree(found);
-  document_->Destroy(found);
+  document_->Written()->Destroy(found);
   Touch(entry_);
   return S_OK;
 }
@@ -196,7 +206,7 @@ HRESULT CompoundStorage::RenameElement(const OLECHAR* pwcsOldName, const OLECHAR
   if (FAILED(result) && result != STG_E_FILENOTFOUND) return result;
   if (!IsWritable() || found->opened != nullptr) return STG_E_ACCESSDENIED;
   if (other != nullptr && other != found) return STG_E_FILEALREADYEXISTS;
-  document_->Directory().Move(found, entry_, newName);
+  document_->Written()->Directory().Move(found, entry_, newName);
   Touch(entry_);
   return S_OK;
 }

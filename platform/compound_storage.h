@@ -11,8 +11,11 @@ constexpr IID IID_CompoundStorage = {
 /// The object behind an IStorage. The root's owns the document.
 class CompoundStorage final : public IStorage, public OpenObject {
  public:
-  CompoundStorage(CompoundDocument* openedDocument, CompoundEntry* openedEntry, DWORD openMode)
+  CompoundStorage(CompoundContents* openedDocument, CompoundEntry* openedEntry, DWORD openMode)
       : OpenObject(openedDocument, openedEntry), mode_(openMode) {}
+
+  /// Makes this storage the root, with which the document ends. `name` is what its Stat tells.
+  void BecomeRoot(std::unique_ptr<CompoundContents> document, std::unique_ptr<OLECHAR[]> name);
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) override;
   ULONG STDMETHODCALLTYPE AddRef() override;
@@ -46,8 +49,6 @@ class CompoundStorage final : public IStorage, public OpenObject {
 
  private:
   friend class StorageCopy;
-  friend HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
-                                    const CompoundParameters& parameters, IStorage** storage);
 
   bool IsWritable() const { return (mode_ & 3) != STGM_READ; }
   HRESULT Find(const OLECHAR* text, CompoundName* name, CompoundEntry** found) const;
@@ -61,7 +62,7 @@ class CompoundStorage final : public IStorage, public OpenObject {
   bool WouldReplaceThis(IStorage* to, const OLECHAR* newName) const;
 
   DWORD mode_;
-  std::unique_ptr<CompoundDocument> owned_;  // of the root only
+  std::unique_ptr<CompoundContents> owned_;  // of the root only
   std::unique_ptr<OLECHAR[]> rootName_;      // of the root only: the file's name
 };
 
@@ -69,6 +70,9 @@ class CompoundStorage final : public IStorage, public OpenObject {
 /// is what the root's Stat tells. May throw std::bad_alloc.
 HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
                            const CompoundParameters& parameters, IStorage** storage);
+
+/// A copy of a path, for a root's Stat. May throw std::bad_alloc.
+std::unique_ptr<OLECHAR[]> CopyOf(const OLECHAR* name);
 
 /// Keeps a result for KelLastStorageResult, and returns it.
 HRESULT Remembered(HRESULT result);

@@ -4,6 +4,8 @@
 #include <limits>
 #include <vector>
 
+#include "compound/document.h"
+
 namespace {
 
 constexpr DWORD AccessMask = 3;
@@ -36,7 +38,8 @@ HRESULT CompoundStream::Read(void* pv, ULONG cb, ULONG* pcbRead) {
   if (pv == nullptr && cb > 0) return STG_E_INVALIDPOINTER;
   if ((mode_ & AccessMask) == STGM_WRITE) return STG_E_ACCESSDENIED;
   std::size_t done = 0;
-  const HRESULT result = document_->Read(*entry_, position_, pv, cb, &done);
+  const HRESULT result =
+      Guarded([&] { return document_->Read(*entry_, position_, pv, cb, &done); });
   position_ += done;
   if (pcbRead != nullptr) *pcbRead = static_cast<ULONG>(done);
   return result;
@@ -50,7 +53,7 @@ HRESULT CompoundStream::Write(const void* pv, ULONG cb, ULONG* pcbWritten) {
   if (position_ > std::numeric_limits<std::uint64_t>::max() - cb) return STG_E_MEDIUMFULL;
   std::size_t done = 0;
   const HRESULT result =
-      Guarded([&] { return document_->Write(*entry_, position_, pv, cb, &done); });
+      Guarded([&] { return document_->Written()->Write(*entry_, position_, pv, cb, &done); });
   position_ += done;
   if (pcbWritten != nullptr) *pcbWritten = static_cast<ULONG>(done);
   return result;
@@ -75,7 +78,7 @@ HRESULT CompoundStream::Seek(LARGE_INTEGER dlibMove, DWORD dwOrigin,
 HRESULT CompoundStream::SetSize(ULARGE_INTEGER libNewSize) {
   if (IsReverted()) return STG_E_REVERTED;
   if ((mode_ & AccessMask) == STGM_READ) return STG_E_ACCESSDENIED;
-  return Guarded([&] { return document_->Resize(*entry_, libNewSize.QuadPart); });
+  return Guarded([&] { return document_->Written()->Resize(*entry_, libNewSize.QuadPart); });
 }
 
 HRESULT CompoundStream::CopyTo(IStream* pstm, ULARGE_INTEGER cb, ULARGE_INTEGER* pcbRead,

@@ -5,7 +5,7 @@
 /// The object behind an IStream. Clones are further objects on the same entry.
 class CompoundStream final : public IStream, public OpenObject {
  public:
-  CompoundStream(CompoundDocument* openedDocument, CompoundEntry* openedEntry, DWORD openMode)
+  CompoundStream(CompoundContents* openedDocument, CompoundEntry* openedEntry, DWORD openMode)
       : OpenObject(openedDocument, openedEntry), mode_(openMode) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) override;

@@ -3,7 +3,7 @@
 #include <ctime>
 #include <utility>
 
-OpenObject::OpenObject(CompoundDocument* openedDocument, CompoundEntry* openedEntry)
+OpenObject::OpenObject(CompoundContents* openedDocument, CompoundEntry* openedEntry)
     : document_(openedDocument), entry_(openedEntry), next_(openedEntry->opened) {
   if (next_ != nullptr) next_->previous_ = this;
   entry_->opened = this;
@@ -13,6 +13,7 @@ void OpenObject::CutOff() {
   if (entry_ == nullptr) return;
   (previous_ != nullptr ? previous_->next_ : entry_->opened) = next_;
   if (next_ != nullptr) next_->previous_ = previous_;
+  if (entry_->opened == nullptr) document_->Closed(*entry_);
   document_ = nullptr;
   entry_ = nullptr;
 }

@@ -3,7 +3,7 @@
 #include <memory>
 #include <new>
 
-#include "compound/document.h"
+#include "compound/contents.h"
 #include "platform/storage.h"
 
 /// What every object on a document has: its count of references and its place among the objects
@@ -11,7 +11,7 @@
 /// it, or its own element, is reverted: it lives on without a document.
 class OpenObject {
  public:
-  OpenObject(CompoundDocument* openedDocument, CompoundEntry* openedEntry);
+  OpenObject(CompoundContents* openedDocument, CompoundEntry* openedEntry);
   OpenObject(const OpenObject&) = delete;
   OpenObject& operator=(const OpenObject&) = delete;
 
@@ -23,7 +23,7 @@ class OpenObject {
  protected:
   ~OpenObject() { CutOff(); }
 
-  CompoundDocument* document_;
+  CompoundContents* document_;
   CompoundEntry* entry_;
   ULONG references_ = 1;
 

@@ -2,13 +2,15 @@
 #include <cwchar>
 #include <string>
 
+#include "compound/document.h"
 #include "platform/compound_storage.h"
 #include "platform/native_path.h"
 #include "platform/utf8.h"
 
 namespace {
 
-constexpr DWORD CreationMode = STGM_CREATE | STGM_SHARE_EXCLUSIVE | STGM_READWRITE;
+constexpr DWORD RootMode = STGM_SHARE_EXCLUSIVE | STGM_READWRITE;
+constexpr DWORD CreationMode = STGM_CREATE | RootMode;
 
 HRESULT SectorSizeOf(const STGOPTIONS* options, std::uint32_t* sectorSize) {
   if (options == nullptr) return S_OK;
@@ -27,23 +29,26 @@ HRESULT Remembered(HRESULT result) { return lastResult = result; }
 
 HRESULT KelLastStorageResult() { return lastResult; }
 
+std::unique_ptr<OLECHAR[]> CopyOf(const OLECHAR* name) {
+  const std::size_t length = std::wcslen(name) + 1;
+  auto copy = std::make_unique<OLECHAR[]>(length);
+  std::wmemcpy(copy.get(), name, length);
+  return copy;
+}
+
 HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
                            const CompoundParameters& parameters, IStorage** storage) {
-  const std::size_t length = std::wcslen(name) + 1;
-  auto rootName = std::make_unique<OLECHAR[]>(length);
-  std::wmemcpy(rootName.get(), name, length);
+  auto rootName = CopyOf(name);
   auto document = std::make_unique<CompoundDocument>(parameters);
-  auto* root = new CompoundStorage(document.get(), document->Directory().Root(), STGM_READWRITE);
+  auto* root = new CompoundStorage(document.get(), document->Root(), RootMode);
   const HRESULT result = document->Create(path);
   if (FAILED(result)) {
     // Before it owns the document, the root finishes nothing when it goes.
     root->Release();
     return result;
   }
-  Touch(root->entry_);
-  root->mode_ = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
-  root->owned_ = std::move(document);
-  root->rootName_ = std::move(rootName);
+  Touch(document->Root());
+  root->BecomeRoot(std::move(document), std::move(rootName));
   *storage = root;
   return S_OK;
 }

@@ -4,9 +4,10 @@
 /// Stands in for the system's own <objbase.h> with the same names, values, signatures and slot
 /// order, so that code written for Windows compiles unchanged; there it gives way to it.
 ///
-/// Supported is what a writer of new files needs: StgCreateStorageEx in direct mode. The file is
-/// a compound file of version 3 (512-byte sectors) or 4 (4096-byte sectors), complete and valid
-/// after the last Release of the root storage, and also after every Commit.
+/// Supported is what a writer of new files needs, StgCreateStorageEx in direct mode, and what a
+/// reader needs, StgOpenStorageEx: an existing file is opened for reading only. A file is a
+/// compound file of version 3 (512-byte sectors) or 4 (4096-byte sectors); one that is written is
+/// complete and valid after the last Release of the root storage, and also after every Commit.
 ///
 /// - Objects are used from one thread at a time.
 /// - Open elements do not keep the root alive. After the root's last Release the file is finished
@@ -127,6 +128,9 @@ constexpr HRESULT STG_E_INUSE = static_cast<HRESULT>(0x80030100);
 constexpr HRESULT STG_E_NOTCURRENT = static_cast<HRESULT>(0x80030101);
 constexpr HRESULT STG_E_REVERTED = static_cast<HRESULT>(0x80030102);
 constexpr HRESULT STG_E_CANTSAVE = static_cast<HRESULT>(0x80030103);
+constexpr HRESULT STG_E_OLDFORMAT = static_cast<HRESULT>(0x80030104);
+constexpr HRESULT STG_E_OLDDLL = static_cast<HRESULT>(0x80030105);
+constexpr HRESULT STG_E_DOCFILECORRUPT = static_cast<HRESULT>(0x80030109);
 
 // Access modes. A file is created with STGM_CREATE | STGM_SHARE_EXCLUSIVE | STGM_READWRITE.
 constexpr DWORD STGM_DIRECT = 0x00000000;
@@ -315,8 +319,44 @@ KEL_PLATFORM_API HRESULT WINAPI StgCreateStorageEx(const WCHAR* pwcsName, DWORD 
                                                    PSECURITY_DESCRIPTOR pSecurityDescriptor,
                                                    REFIID riid, void** ppObjectOpen);
 
-/// What the last creation of this thread answered; S_OK before the first. For a caller that hears
-/// from a library in between only that there is no file.
+/// Opens a compound file for reading and gives its root storage to the caller, who owns one
+/// reference. Any file may be opened: one that is damaged, or made to harm, costs no more than its
+/// own tables do, and reading answers STG_E_DOCFILECORRUPT where its bytes cannot be trusted.
+///
+/// `grfMode` is STGM_READ with STGM_SHARE_DENY_WRITE (others may read it meanwhile) or
+/// STGM_SHARE_EXCLUSIVE (nobody may), or STGM_READ | STGM_TRANSACTED with either of them or
+/// STGM_SHARE_DENY_NONE, which is taken for STGM_SHARE_DENY_WRITE; else STG_E_INVALIDFLAG. While
+/// the file is open nobody can save over it, rename it or delete it (files.h).
+/// Asking to write is refused: STG_E_ACCESSDENIED, and so does every operation that would write.
+/// `stgfmt` is STGFMT_DOCFILE, STGFMT_STORAGE or STGFMT_ANY and `grfAttrs` 0 (else
+/// STG_E_INVALIDPARAMETER), `riid` as above. `pStgOptions` may be null; else its version is 1 or 2
+/// and the sector size of the file is put there.
+///
+/// | The path names | |
+/// |---|---|
+/// | nothing | STG_E_FILENOTFOUND; STG_E_PATHNOTFOUND when its folder is not there either |
+/// | a file that may not be read, a folder, a pipe, a device | STG_E_ACCESSDENIED |
+/// | a file that is being written, or read by one who shares it not | STG_E_SHAREVIOLATION |
+/// | a file of another kind, also an empty one | STG_E_FILEALREADYEXISTS |
+/// | a compound file with a header that makes no sense | STG_E_INVALIDHEADER |
+/// | one of an older or a newer format | STG_E_OLDFORMAT, STG_E_OLDDLL |
+/// | one whose directory makes no sense | STG_E_DOCFILECORRUPT |
+KEL_PLATFORM_API HRESULT WINAPI StgOpenStorageEx(const WCHAR* pwcsName, DWORD grfMode, DWORD stgfmt,
+                                                 DWORD grfAttrs, STGOPTIONS* pStgOptions,
+                                                 PSECURITY_DESCRIPTOR pSecurityDescriptor,
+                                                 REFIID riid, void** ppObjectOpen);
+
+/// The same in the older manner. `pstgPriority` and `snbExclude` are null and `reserved` 0, else
+/// STG_E_INVALIDPARAMETER.
+KEL_PLATFORM_API HRESULT WINAPI StgOpenStorage(const WCHAR* pwcsName, IStorage* pstgPriority,
+                                               DWORD grfMode, SNB snbExclude, DWORD reserved,
+                                               IStorage** ppstgOpen);
+
+/// S_OK when the file begins as a compound file does, S_FALSE when not, else as above.
+KEL_PLATFORM_API HRESULT WINAPI StgIsStorageFile(const WCHAR* pwcsName);
+
+/// What the last creation or opening of this thread answered; S_OK before the first. For a caller
+/// that hears from a library in between only that there is no file.
 KEL_PLATFORM_API HRESULT WINAPI KelLastStorageResult();
 
 /// The allocator of memory that changes hands: names in STATSTG come from it.

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "compound/directory.h"
+#include "compound/document.h"
 #include "platform/compound_enumerator.h"
 #include "platform/compound_storage.h"
 #include "platform/compound_stream.h"
@@ -12,6 +12,7 @@ namespace {
 
 constexpr DWORD MakeMode = STGM_CREATE | STGM_SHARE_EXCLUSIVE | STGM_READWRITE;
 constexpr DWORD OpenMode = STGM_SHARE_EXCLUSIVE | STGM_READWRITE;
+constexpr DWORD ReadMode = STGM_SHARE_EXCLUSIVE | STGM_READ;
 constexpr ULARGE_INTEGER Everything = {{0xFFFFFFFF, 0xFFFFFFFF}};
 
 /// Ends an object's reference with its scope.
@@ -83,7 +84,7 @@ bool CompoundStorage::WouldReplaceThis(IStorage* to, const OLECHAR* newName) con
   if (ours == nullptr || ours->document_ != document_ || FAILED(MakeName(newName, &name))) {
     return false;
   }
-  const CompoundEntry* there = document_->Directory().Find(ours->entry_, name);
+  const CompoundEntry* there = document_->Find(ours->entry_, name);
   return there != nullptr && IsWithin(there);
 }
 
@@ -110,7 +111,7 @@ class StorageCopy {
   HRESULT Element(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
                   const OLECHAR* newName) {
     if (element->IsStream()) return Stream(parent, element, to, newName);
-    const Reference<CompoundStorage> from(new CompoundStorage(parent.document_, element, OpenMode));
+    const Reference<CompoundStorage> from(new CompoundStorage(parent.document_, element, ReadMode));
     Reference<IStorage> made;
     const HRESULT result = OpenOrCreate(to, newName, made.Place());
     return FAILED(result) ? result : Contents(*from.Get(), nullptr, made.Get());
@@ -141,7 +142,7 @@ class StorageCopy {
   static HRESULT Stream(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
                         const OLECHAR* newName) {
     if (parent.WouldReplaceThis(to, newName)) return STG_E_ACCESSDENIED;
-    const Reference<IStream> from(new CompoundStream(parent.document_, element, OpenMode));
+    const Reference<IStream> from(new CompoundStream(parent.document_, element, ReadMode));
     Reference<IStream> made;
     const HRESULT result = to->CreateStream(newName, MakeMode, 0, 0, made.Place());
     return FAILED(result) ? result : from->CopyTo(made.Get(), Everything, nullptr, nullptr);
@@ -150,7 +151,7 @@ class StorageCopy {
   HRESULT Defer(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
                 const OLECHAR* newName) {
     Pending& task = pending_.emplace_back();
-    task.from = Reference(new CompoundStorage(parent.document_, element, OpenMode));
+    task.from = Reference(new CompoundStorage(parent.document_, element, ReadMode));
     return OpenOrCreate(to, newName, task.to.Place());
   }
 
@@ -191,10 +192,10 @@ HRESULT CompoundStorage::MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDe
   auto* ours = Ours(pstgDest);
   if (ours != nullptr && ours->IsReverted()) return STG_E_REVERTED;
   if (ours != nullptr && ours->document_ == document_) {
-    const CompoundEntry* there = document_->Directory().Find(ours->entry_, newName);
+    const CompoundEntry* there = document_->Find(ours->entry_, newName);
     if (there == found || ours->IsWithin(found)) return STG_E_ACCESSDENIED;
     if (move && there == nullptr && ours->IsWritable()) {
-      document_->Directory().Move(found, ours->entry_, newName);
+      document_->Written()->Directory().Move(found, ours->entry_, newName);
       Touch(entry_);
       Touch(ours->entry_);
       return S_OK;

@@ -8,6 +8,8 @@
 #include <random>
 #include <vector>
 
+#include "tests/platform/read_storage.h"
+
 namespace model {
 namespace {
 
@@ -478,6 +480,32 @@ std::shared_ptr<Node> RandomRun(const std::string& fileName, unsigned seed, ULON
   IStorage* root = CreateFile(fileName, sectorSize);
   EXPECT_NE(nullptr, root);
   return root ? Run(root, fileName, seed).Steps(steps) : std::make_shared<Node>();
+}
+
+void ExpectReads(const std::string& fileName, const Node& root) {
+  std::map<std::u16string, const Node*> expected;
+  Flatten(root, u"", expected);
+  const std::vector<ReadElement> elements = ReadFile(fileName);
+  EXPECT_EQ(expected.size(), elements.size());
+  std::vector<std::u16string> paths;
+  for (const ReadElement& element : elements) {
+    std::u16string path;
+    if (element.parent != 0) path = paths[element.parent] + u"/";
+    paths.push_back(path += Utf16(element.name));
+    SCOPED_TRACE("read " + compound::Utf8(path));
+    ASSERT_EQ(S_OK, element.result);
+    ASSERT_TRUE(expected.contains(path));
+    const Node& node = *expected[path];
+    ASSERT_EQ(node.isStorage, element.stat.type == STGTY_STORAGE);
+    EXPECT_TRUE(node.classId == element.stat.clsid);
+    EXPECT_EQ(node.stateBits, element.stat.grfStateBits);
+    EXPECT_EQ(node.bytes.size(), element.stat.cbSize.QuadPart);
+    EXPECT_TRUE(node.bytes == element.bytes);
+    if (node.created != 0) {
+      EXPECT_EQ(node.created & 0xFFFFFFFF, element.stat.ctime.dwLowDateTime);
+      EXPECT_EQ(node.modified >> 32, element.stat.mtime.dwHighDateTime);
+    }
+  }
 }
 
 void ExpectFileHolds(const std::string& fileName, const Node& root,

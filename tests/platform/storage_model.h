@@ -51,6 +51,9 @@ std::shared_ptr<Node> RandomRun(const std::string& fileName, unsigned seed, ULON
 void ExpectFileHolds(const std::string& fileName, const Node& root,
                      const compound::Parameters& parameters = {});
 
+/// Opens the file for reading and compares what it tells with the model.
+void ExpectReads(const std::string& fileName, const Node& root);
+
 /// Writes the model's streams as plain files and its storages as folders.
 void Unpack(const Node& root, const std::string& folder);
 

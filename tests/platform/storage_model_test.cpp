@@ -22,6 +22,7 @@ class File {
 
   void ExpectHolds(const model::Node& root) const {
     model::ExpectFileHolds(path, root);
+    model::ExpectReads(path, root);
     if (keep) model::Unpack(root, path + ".d");
   }
 

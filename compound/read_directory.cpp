@@ -1,0 +1,191 @@
+#include "compound/read_directory.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::uint32_t HighBits = 32;
+constexpr std::size_t NameUnits = MaxNameUnits + 1;
+
+int Compare(const CompoundName& a, const CompoundName& b) {
+  return CompareNames(a.units, a.length, b.units, b.length);
+}
+
+/// The format's order, and within what that holds for one name, the order of the units.
+int CompareExactly(const CompoundName& a, const CompoundName& b) {
+  const int difference = Compare(a, b);
+  return difference != 0 ? difference : std::memcmp(a.units, b.units, sizeof a.units);
+}
+
+bool IsBefore(const ReadEntry& a, const ReadEntry& b) { return CompareExactly(a.name, b.name) < 0; }
+
+/// Takes a name as it stands: it may hold characters that are forbidden in a new one. It ends with
+/// its first zero, wherever its length says it ends: writers have left the zero out and have
+/// counted what they fill the field with.
+bool TakeName(const CompoundEntryRecord& record, CompoundName* name) {
+  const bool possible =
+      record.nameBytes % sizeof(char16_t) == 0 && record.nameBytes / sizeof(char16_t) <= NameUnits;
+  if (!possible || record.nameBytes < sizeof(char16_t)) return false;
+  const std::size_t most = record.nameBytes / sizeof(char16_t) - 1;
+  std::size_t length = 0;
+  for (; length < most && record.name[length] != 0; ++length) {
+    name->units[length] = record.name[length];
+  }
+  name->length = static_cast<std::uint8_t>(length);
+  return length > 0;
+}
+
+/// Fields that mean nothing for the type of an entry are not looked at: there are storages with a
+/// size and a first sector, and streams with a class, times, state bits or children. Nor is the
+/// color: writers exist that color nothing, and some that break its rules.
+bool TakeRecord(const CompoundEntryRecord& record, bool isVersion3, ReadEntry* entry) {
+  if (record.type == EntryStream || record.type == EntryRoot) {
+    entry->start = record.start;
+    entry->size = record.size;
+    // In version 3 the upper half is to be zero; old versions of the system's own left it as it
+    // was.
+    if (isVersion3) entry->size = entry->size << HighBits >> HighBits;
+  }
+  if (record.type == EntryStream) return TakeName(record, &entry->name);
+  entry->top = record.child;
+  entry->storage = std::make_unique<StorageInfo>();
+  entry->storage->clsid = record.clsid;
+  entry->storage->stateBits = record.stateBits;
+  entry->storage->created = record.created;
+  entry->storage->modified = record.modified;
+  // The root is the first entry, whatever it is called: some call it "R" or nothing.
+  return record.type == EntryRoot || TakeName(record, &entry->name);
+}
+
+/// The records as they are numbered, and which of them were reached.
+class Records {
+ public:
+  Records(SectorSource& source, Fat& fat)
+      : source_(source), fat_(fat), chain_(source.Header().directoryStart) {}
+
+  HRESULT Get(std::uint32_t number, CompoundEntryRecord* record) {
+    const unsigned shift = source_.SectorShift() - RecordShift;
+    const std::byte* bytes = nullptr;
+    SectorRun place;
+    HRESULT result = chain_.Find(fat_, number >> shift, 1, &place);
+    if (SUCCEEDED(result)) result = source_.Look(place.start, &bytes);
+    if (FAILED(result)) return result;
+    const std::size_t within = number & ((1U << shift) - 1);
+    std::memcpy(record, bytes + within * sizeof *record, sizeof *record);
+    return S_OK;
+  }
+
+  /// The numbers of the entries in the tree under `top`, in its order. Each entry is in one tree
+  /// only, and in one place of it.
+  HRESULT InOrder(std::uint32_t top, std::vector<std::uint32_t>* numbers) {
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> above;  // an entry and what is right of it
+    for (std::uint32_t at = top; at != NoStream || !above.empty();) {
+      if (at != NoStream) {
+        CompoundEntryRecord record;
+        const HRESULT result = Get(at, &record);
+        if (FAILED(result)) return result;
+        if (at == 0 || !reached_.Add(at)) return STG_E_DOCFILECORRUPT;
+        above.emplace_back(at, record.right);
+        at = record.left;
+      } else {
+        numbers->push_back(above.back().first);
+        at = above.back().second;
+        above.pop_back();
+      }
+    }
+    return S_OK;
+  }
+
+  HRESULT Take(std::uint32_t number, ReadEntry* entry) {
+    CompoundEntryRecord record;
+    const HRESULT result = Get(number, &record);
+    if (FAILED(result)) return result;
+    // The first entry is the root and no other is.
+    const bool isKnown = number == 0 ? record.type == EntryRoot
+                                     : record.type == EntryStorage || record.type == EntryStream;
+    const bool isVersion3 = source_.Header().majorVersion == 3;
+    return isKnown && TakeRecord(record, isVersion3, entry) ? S_OK : STG_E_DOCFILECORRUPT;
+  }
+
+ private:
+  static constexpr unsigned RecordShift = 7;
+  static_assert(sizeof(CompoundEntryRecord) == 1U << RecordShift);
+
+  SectorSource& source_;
+  Fat& fat_;
+  FoundChain chain_;
+  SectorSet reached_;
+};
+
+/// Puts a storage's children into the order of their names, in which most writers have left them;
+/// libraries that sort by other rules of case have not. False when two have the very same name.
+bool Sort(ReadEntry* begin, ReadEntry* end) {
+  if (!std::is_sorted(begin, end, IsBefore)) std::sort(begin, end, IsBefore);
+  const auto isSame = [](const ReadEntry& a, const ReadEntry& b) { return !IsBefore(a, b); };
+  return std::adjacent_find(begin, end, isSame) == end;
+}
+
+/// Makes `count` entries that lie side by side the children of a storage.
+void LinkChildren(ReadEntry* storage, ReadEntry* first, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    first[i].parent = storage;
+    first[i].previous = i == 0 ? nullptr : &first[i - 1];
+    first[i].next = i + 1 == count ? nullptr : &first[i + 1];
+  }
+  storage->storage->firstChild = &first[0];
+  storage->storage->lastChild = &first[count - 1];
+  storage->storage->childCount = static_cast<std::uint32_t>(count);
+}
+
+using Block = std::unique_ptr<ReadEntry[]>;
+
+/// Reads the children of a storage and adds those that are storages to a list.
+HRESULT ReadChildren(Records& records, ReadEntry* storage, Block* children,
+                     std::vector<ReadEntry*>* storages) {
+  std::vector<std::uint32_t> numbers;
+  HRESULT result = records.InOrder(storage->top, &numbers);
+  if (FAILED(result) || numbers.empty()) return result;
+  *children = std::make_unique<ReadEntry[]>(numbers.size());
+  ReadEntry* first = children->get();
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    result = records.Take(numbers[i], &first[i]);
+    if (FAILED(result)) return result;
+  }
+  if (!Sort(first, first + numbers.size())) return STG_E_DOCFILECORRUPT;
+  LinkChildren(storage, first, numbers.size());
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    if (!first[i].IsStream()) storages->push_back(&first[i]);
+  }
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT ReadDirectory::Read(SectorSource& source, Fat& fat) {
+  Records records(source, fat);
+  HRESULT result = records.Take(0, &root_);
+  // Storages wait in a list, so that their nesting costs no depth of calls.
+  std::vector<ReadEntry*> waiting = {&root_};
+  while (SUCCEEDED(result) && !waiting.empty()) {
+    ReadEntry* storage = waiting.back();
+    waiting.pop_back();
+    Block children;
+    result = ReadChildren(records, storage, &children, &waiting);
+    if (children != nullptr) blocks_.push_back(std::move(children));
+  }
+  return result;
+}
+
+CompoundEntry* ReadDirectory::Find(const CompoundEntry* storage, const CompoundName& name) const {
+  const StorageInfo& info = *storage->storage;
+  auto* first = static_cast<ReadEntry*>(info.firstChild);
+  ReadEntry* end = first + info.childCount;
+  for (const auto compare : {CompareExactly, Compare}) {
+    ReadEntry* found = std::lower_bound(
+        first, end, name,
+        [&](const ReadEntry& a, const CompoundName& b) { return compare(a.name, b) < 0; });
+    if (found != end && compare(found->name, name) == 0) return found;
+  }
+  return nullptr;
+}
