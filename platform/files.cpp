@@ -29,14 +29,21 @@ bool IsReadOnly(const struct stat& status) {
   return !S_ISDIR(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }
 
-/// Whether a storage has the file open, for writing or for reading, here or in another process: it
-/// holds a lock on it.
-bool IsOpen(const char* path) {
+enum class Use { None, Shared, Exclusive };
+
+/// Who has the file open, here or in another process, which is told by locks: a storage that is
+/// written has it alone, those that read it share it.
+Use UseOf(const char* path) {
   const int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (file < 0) return false;
-  const bool locked = flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  if (file < 0) return Use::None;
+  const auto isRefused = [&](int lock) {
+    return flock(file, lock | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  };
+  const Use use = isRefused(LOCK_SH)   ? Use::Exclusive
+                  : isRefused(LOCK_EX) ? Use::Shared
+                                       : Use::None;
   close(file);
-  return locked;
+  return use;
 }
 
 /// Renames without replacing. Where the file system cannot promise that in one step, the test
@@ -84,7 +91,9 @@ int remove(const char* path) {
   struct stat status;
   if (lstat(native.Text(), &status) != 0) return -1;
   if (IsReadOnly(status)) return Refuse(EACCES);
-  if (S_ISREG(status.st_mode) && IsOpen(native.Text())) return Refuse(EACCES);
+  // A save that failed deletes its file though the host may have kept the storage.
+  const bool isRead = S_ISREG(status.st_mode) && UseOf(native.Text()) == Use::Shared;
+  if (isRead) return Refuse(EACCES);
   return unlink(native.Text());
 }
 
@@ -92,7 +101,7 @@ int rename(const char* from, const char* to) {
   if (from == nullptr || to == nullptr) return Refuse(EINVAL);
   const NativePath source(from);
   const NativePath target(to);
-  if (IsOpen(source.Text())) return Refuse(EACCES);
+  if (UseOf(source.Text()) != Use::None) return Refuse(EACCES);
   if (RenameToNewName(source.Text(), target.Text()) == 0) return 0;
   return errno == EXDEV ? MoveByCopying(source, target) : -1;
 }

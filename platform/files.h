@@ -38,8 +38,8 @@ KEL_PLATFORM_API int _access(const char* path, int mode);
 /// 0x100); its other permissions stay. A directory is left as it is. 0 when done.
 KEL_PLATFORM_API int _chmod(const char* path, int mode);
 
-/// Deletes the file `path`. 0 when done; a read-only file, one that a storage has open and a
-/// directory are refused.
+/// Deletes the file `path`. 0 when done; a read-only file, one that is open for reading
+/// (shared with other readers) and a directory are refused.
 KEL_PLATFORM_API int remove(const char* path);
 
 /// Gives the file `from` the name `to`. 0 when done. An existing `to` is refused and left alone,
