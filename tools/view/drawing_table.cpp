@@ -6,6 +6,7 @@
 
 #include "tools/view/ink.h"
 #include "tools/view/svg.h"
+#include "tools/view/text.h"
 
 namespace kelview::svg {
 namespace {
@@ -61,9 +62,11 @@ class Rows {
                                {"stroke", colour},
                                {"fill", thing.drawn ? colour : "none"}});
     const std::string name = Shortened(thing.name, LongestName);
-    const double aside = static_cast<double>(CharacterCount(name)) * 7.6 + 8.0;
-    text += TextAt({left_ + Indent, y_}, {{"font-weight", "bold"}}, name);
-    Line(Indent + aside, {{"fill", Colours(Ink::Text).light}}, Told(thing));
+    text += Element("text", {{"x", Number(left_ + Indent)}, {"y", Number(y_)}},
+                    Element("tspan", {{"font-weight", "bold"}}, EscapeMarkup(name)) +
+                        Element("tspan", {{"dx", "8"}, {"fill", Colours(Ink::Text).light}},
+                                EscapeMarkup(Told(thing))));
+    y_ += RowHeight;
     for (const std::string& line : lines) {
       Line(Indent, {{"font-family", "monospace"}, {"xml:space", "preserve"}}, line);
     }

@@ -28,10 +28,10 @@ constexpr double Height = 560.0;
 constexpr double Margin = 36.0;
 constexpr std::size_t ManyDots = 500;  // are drawn smaller
 
-// From the front right and above: 60 degrees around, 24 degrees up.
+// From the front right and above: 60 degrees around, 30 degrees up.
 constexpr CyVector Right{0.8660254037844386, 0.5, 0.0};
-constexpr CyVector Up{-0.2033683215379001, 0.3522442660655, 0.9135454576426009};
-constexpr CyVector Near{0.4567727288213004, -0.7911535738350, 0.4067366430758002};
+constexpr CyVector Up{-0.25, 0.4330127018922193, 0.8660254037844386};
+constexpr CyVector Near{0.4330127018922193, -0.75, 0.5};
 
 class Drawing {
  public:
@@ -171,7 +171,7 @@ class Drawing {
   }
 
   void DrawLabel(const Label& label) {
-    const double size = label.ink == Ink::Text ? 11.0 : 13.0;
+    const double size = label.size;
     const Spot anchor = Project(label.at);
     const double width = static_cast<double>(svg::CharacterCount(label.text)) * size * 0.6 + 2;
     const std::optional<Spot> spot = room_.Place(anchor, width, size + 1, label.ink == Ink::Text);

@@ -10,7 +10,7 @@
 namespace kelview {
 namespace {
 
-constexpr double WidestGap = 50.0;
+constexpr double WidestGap = 100.0;
 constexpr double OriginNear = 3.0;       // the origin is shown within so many extents
 constexpr double FinestPart = 1e-12;     // of a coordinate that doubles still tell apart
 constexpr double SmallestUnit = 1e-303;  // what is smaller yet is drawn, but not enlarged

@@ -30,7 +30,7 @@ double GridStep(double length);
 
 /// Chooses the part of the world that shows the things, which are finite and not beyond
 /// `FarthestDrawn`. A quarter of them, at most, is left out as too far away: those behind a gap of
-/// fifty times the extent of the rest.
+/// a hundred times the extent of the rest.
 Fit FitView(const std::vector<Reach>& things);
 
 }  // namespace kelview

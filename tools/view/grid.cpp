@@ -105,7 +105,7 @@ class Grid {
   void Number(int steps, double centre, const Node& at) {
     const double step = step_ * fit_.unit;
     const double number = (std::nearbyint(centre / step) + steps) * step;
-    picture_.labels.push_back({NoThing, Ink::Text, NumberText(number, 14), At(at)});
+    picture_.labels.push_back({NoThing, Ink::Text, NumberText(number, 14), At(at), SmallLabel});
   }
 
   const Fit& fit_;

@@ -61,7 +61,7 @@ std::string PictureData(const Picture& picture) {
   }
   for (const Label& label : picture.labels) {
     data["labels"].push_back({label.thing, label.ink, label.text, Rounded(label.at.x),
-                              Rounded(label.at.y), Rounded(label.at.z)});
+                              Rounded(label.at.y), Rounded(label.at.z), label.size});
   }
   return data.dump();
 }

@@ -58,11 +58,16 @@ struct Stroke {
 /// What comes to lie over what, from below: the grid, axes, faces, lines.
 int Level(const Stroke& stroke);
 
+/// How large a label is written, in pixels.
+inline constexpr double LargeLabel = 13.0;
+inline constexpr double SmallLabel = 11.0;
+
 struct Label {
   int thing;
   Ink ink;
   std::string text;
   CyVector at;
+  double size = LargeLabel;
 };
 
 struct Picture {

@@ -143,7 +143,7 @@ class Drawing {
       const CyVector end = ToPicture(Column(matrix, 3) + Column(matrix, i));
       if (TooSmall(end - place)) continue;
       picture_.strokes.push_back({thing_, AxisInks[i], pen, true, {place, end}});
-      picture_.labels.push_back({thing_, AxisInks[i], AxisNames[i], end});
+      picture_.labels.push_back({thing_, AxisInks[i], AxisNames[i], end, SmallLabel});
     }
     PutDot(place);
   }

@@ -1,6 +1,6 @@
 // Where the picture is seen from. Angles are degrees, z is up, the screen's y runs downwards.
 
-const Home = {around: -60, above: 24};
+const Home = {around: -60, above: 30};
 
 class Camera {
   constructor(picture) {

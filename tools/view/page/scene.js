@@ -172,12 +172,11 @@ class Scene {
     }
   }
 
-  drawName([thing, ink, text, x, y, z]) {
+  drawName([thing, ink, text, x, y, z, size]) {
     const {context} = this;
     const spot = this.camera.project(x, y, z);
     if (!spot) return true;
     const plain = this.colours[ink] === this.text;
-    const size = plain ? 11 : 13;
     context.font = `${plain ? "" : "600 "}${size}px system-ui, sans-serif`;
     const width = context.measureText(text).width + 4;
     const place = this.room.place(spot[0], spot[1], width, size + 3, plain);

@@ -1,0 +1,99 @@
+#!/usr/bin/env python3
+"""Pictures as files: when they are written, when not, and what stays.
+
+Arguments: the program kelcalc, the source folder.
+"""
+
+import os
+import pathlib
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree
+
+KELCALC = os.path.abspath(sys.argv[1])
+ROOT = pathlib.Path(sys.argv[2]).resolve()
+PROGRAM = "p(1,2,3) a : v(1,0,1) b : r(0,0,1,30) c : \"<&>\xe4\x01\" d : 5 "
+
+
+def run(*arguments, text=PROGRAM, **options):
+    done = subprocess.run([KELCALC, *arguments], input=text.encode("latin-1"), timeout=120,
+                          check=False, capture_output=True, **options)
+    return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+
+def small_files():
+    """Lets a file grow to 4096 bytes and no more."""
+    signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+    resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
+
+
+class FilesTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(folder.name)
+
+    def test_the_same_values_give_the_same_bytes_in_every_form(self):
+        for name in "a.svg", "a.html", "a.glb":
+            self.assertEqual(run("--view", name, "--view=" + name.upper().lower(), "-"),
+                             (0, "", ""))
+            first = pathlib.Path(name).read_bytes()
+            self.assertGreater(len(first), 3000)
+            self.assertEqual(run("--view", name, "-e", PROGRAM.replace("\xe4\x01", "ä?")),
+                             (0, "", ""))
+            self.assertEqual(pathlib.Path(name).read_bytes(), first)
+        text = xml.etree.ElementTree.parse("a.svg").getroot().itertext()
+        self.assertIn('"<&>ä?"', "".join(text))
+        self.assertEqual(sorted(os.listdir()), ["a.glb", "a.html", "a.svg"])
+
+    def test_a_file_that_cannot_be_written_stays_as_it_was(self):
+        os.mkdir("folder.svg")
+        pathlib.Path("old.svg").write_text("old")
+        os.symlink("real.svg", "link.svg")
+        pathlib.Path("real.svg").write_text("old")
+        self.assertEqual(run("--view", "link.svg"), (0, "", ""))
+        self.assertTrue(os.path.islink("link.svg"))
+        self.assertIn("<svg", pathlib.Path("real.svg").read_text())
+        before = sorted(os.listdir())
+        rows = [
+            ("missing/x.svg", {}, "No such file or directory"),
+            ("folder.svg", {}, "Is a directory"),
+            ("old.svg", {"preexec_fn": small_files}, "File too large"),
+        ]
+        for name, options, reason in rows:
+            with self.subTest(name=name):
+                self.assertEqual(run("--view", name, **options),
+                                 (1, "", f"kelcalc: cannot write {name}: {reason}\n"))
+                self.assertEqual(sorted(os.listdir()), before)
+        self.assertEqual(pathlib.Path("old.svg").read_text(), "old")
+        # One that fails does not keep the others from being written.
+        self.assertEqual(run("--view", "missing/x.svg", "--view", "y.svg")[0], 1)
+        self.assertTrue(os.path.exists("y.svg"))
+
+    def test_names_that_say_nothing(self):
+        for arguments, status, complaint in (
+                (["--view", "x.png"], 2, "ends in .svg, .html or .glb, not 'x.png'"),
+                (["--view", ".svg"], 2, "ends in"),
+                (["--view-from", "b", "--view", "x.svg"], 1, "no point is called b")):
+            ended, output, errors = run(*arguments)
+            self.assertEqual((ended, output), (status, ""))
+            self.assertIn(complaint, errors)
+        self.assertEqual(os.listdir(), [])
+
+    def test_the_pictures_of_the_examples(self):
+        subprocess.run([ROOT / "script/pictures", KELCALC, "."], check=True, timeout=120)
+        made = {path.name: path.read_bytes() for path in pathlib.Path().glob("*.svg")}
+        kept = {path.name: path.read_bytes() for path in (ROOT / "docs/pictures").glob("*.svg")}
+        self.assertGreaterEqual(len(kept), 3)
+        self.assertEqual(sorted(made), sorted(kept))
+        for name, content in kept.items():
+            self.assertEqual(made[name], content, f"{name}: script/pictures makes it anew")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
