@@ -3,16 +3,14 @@
 #ifndef _WIN32
 
 #include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <climits>
-#include <cstdio>
+#include <new>
 
+#include "compound/disk.h"
 #include "platform/file_copy.h"
-#include "platform/native_path.h"
+#include "platform/path.h"
 
 namespace {
 
@@ -20,42 +18,40 @@ constexpr int WriteBit = 0x80;    // in a mode of _chmod
 constexpr int WriteAccess = 0x2;  // in a mode of _access
 constexpr mode_t EveryonesWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 
-int Refuse(int error) {
-  errno = error;
-  return -1;
+/// Runs a service on a path. The service tells an errno; it becomes the run-time's kind of result.
+template <class Service>
+int Run(const char* path, const Service& service) {
+  errno = EINVAL;
+  if (path == nullptr) return -1;
+  try {
+    errno = service(NativePath(path).Text());
+  } catch (const std::bad_alloc&) {
+    errno = ENOMEM;
+  }
+  return errno == 0 ? 0 : -1;
 }
 
 bool IsReadOnly(const struct stat& status) {
   return !S_ISDIR(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }
 
-enum class Use { None, Shared, Exclusive };
+enum class Use { None, Reading, Writing };
 
 /// Who has the file open, here or in another process, which is told by locks: a storage that is
-/// written has it alone, those that read it share it.
-Use UseOf(const char* path) {
-  const int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (file < 0) return Use::None;
-  const auto isRefused = [&](int lock) {
-    return flock(file, lock | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-  };
-  const Use use = isRefused(LOCK_SH)   ? Use::Exclusive
-                  : isRefused(LOCK_EX) ? Use::Shared
-                                       : Use::None;
-  close(file);
-  return use;
-}
-
-/// Renames without replacing. Where the file system cannot promise that in one step, the test
-/// comes first and another process could still slip in between.
-int RenameToNewName(const char* from, const char* to) {
-#ifdef RENAME_NOREPLACE
-  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
-  if (errno != EINVAL && errno != ENOSYS) return -1;
-#endif
-  struct stat existing;
-  if (lstat(to, &existing) == 0) return Refuse(EEXIST);
-  return std::rename(from, to);
+/// written has it alone, those that read it share it. 0, or an errno when that cannot be found out.
+int FindUse(const char* path, Use* use) {
+  *use = Use::None;
+  Disk& disk = CurrentDisk();
+  OpenFile file;
+  const int error = disk.Open(path, O_RDONLY | O_NONBLOCK, 0, file.Place());
+  if (error == EACCES) return 0;  // who may not read a file has no storage on it
+  if (error != 0) return error;
+  if (disk.Lock(file.Number(), false) == EWOULDBLOCK) {
+    *use = Use::Writing;
+  } else if (disk.Lock(file.Number(), true) == EWOULDBLOCK) {
+    *use = Use::Reading;
+  }
+  return 0;
 }
 
 unsigned char Folded(unsigned char byte) {
@@ -68,42 +64,49 @@ unsigned char Folded(unsigned char byte) {
 namespace files {
 
 int _access(const char* path, int mode) {
-  if (path == nullptr) return Refuse(EINVAL);
-  struct stat status;
-  if (stat(NativePath(path).Text(), &status) != 0) return -1;
-  return (mode & WriteAccess) != 0 && IsReadOnly(status) ? Refuse(EACCES) : 0;
+  return Run(path, [mode](const char* native) {
+    struct stat status;
+    const int error = CurrentDisk().StatusOf(native, &status);
+    if (error != 0) return error;
+    return (mode & WriteAccess) != 0 && IsReadOnly(status) ? EACCES : 0;
+  });
 }
 
 int _chmod(const char* path, int mode) {
-  if (path == nullptr) return Refuse(EINVAL);
-  const NativePath native(path);
-  struct stat status;
-  if (stat(native.Text(), &status) != 0) return -1;
-  if (S_ISDIR(status.st_mode)) return 0;
-  const mode_t old = status.st_mode & 07777U;
-  const mode_t wanted = (mode & WriteBit) != 0 ? old | S_IWUSR : old & ~EveryonesWrite;
-  return wanted == old ? 0 : chmod(native.Text(), wanted);
+  return Run(path, [mode](const char* native) {
+    struct stat status;
+    const int error = CurrentDisk().StatusOf(native, &status);
+    if (error != 0 || S_ISDIR(status.st_mode)) return error;
+    const mode_t old = status.st_mode & 07777U;
+    const mode_t wanted = (mode & WriteBit) != 0 ? old | S_IWUSR : old & ~EveryonesWrite;
+    return wanted == old ? 0 : CurrentDisk().SetPermissions(native, wanted);
+  });
 }
 
 int remove(const char* path) {
-  if (path == nullptr) return Refuse(EINVAL);
-  const NativePath native(path);
-  struct stat status;
-  if (lstat(native.Text(), &status) != 0) return -1;
-  if (IsReadOnly(status)) return Refuse(EACCES);
-  // A save that failed deletes its file though the host may have kept the storage.
-  const bool isRead = S_ISREG(status.st_mode) && UseOf(native.Text()) == Use::Shared;
-  if (isRead) return Refuse(EACCES);
-  return unlink(native.Text());
+  return Run(path, [](const char* native) {
+    struct stat status;
+    const int error = CurrentDisk().StatusOfLink(native, &status);
+    if (error != 0) return error;
+    if (IsReadOnly(status)) return EACCES;
+    // A save that failed deletes its file though the host may have kept the storage.
+    Use use = Use::None;
+    if (S_ISREG(status.st_mode)) FindUse(native, &use);
+    return use == Use::Reading ? EACCES : CurrentDisk().Remove(native);
+  });
 }
 
 int rename(const char* from, const char* to) {
-  if (from == nullptr || to == nullptr) return Refuse(EINVAL);
-  const NativePath source(from);
-  const NativePath target(to);
-  if (UseOf(source.Text()) != Use::None) return Refuse(EACCES);
-  if (RenameToNewName(source.Text(), target.Text()) == 0) return 0;
-  return errno == EXDEV ? MoveByCopying(source, target) : -1;
+  if (to == nullptr) from = nullptr;
+  return Run(from, [to](const char* source) {
+    const NativePath target(to);
+    Use use = Use::None;
+    int error = FindUse(source, &use);
+    if (error != 0) return error;
+    if (use != Use::None) return EACCES;
+    error = CurrentDisk().Rename(source, target.Text());
+    return error == EXDEV ? MoveByCopying(source, target.Text()) : error;
+  });
 }
 
 int _mbsnbicmp(const unsigned char* a, const unsigned char* b, std::size_t count) {

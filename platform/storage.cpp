@@ -4,7 +4,7 @@
 
 #include "compound/document.h"
 #include "platform/compound_storage.h"
-#include "platform/native_path.h"
+#include "platform/path.h"
 #include "platform/utf8.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include "platform/files.h"
 #include "platform/host_strings.h"
-#include "platform/link_target.h"
+#include "platform/path.h"
 #include "platform/resources.h"
 #include "save/path_buffer.h"
 
@@ -68,7 +68,7 @@ void Replace(const char* backupPath, const LinkTarget& target) {
 
 bool KeepBackup(SaveInterface& host, const char* fileName, const LinkTarget& target) {
   CStr bareName = BareName(fileName);
-  if (bareName == nullptr) return false;
+  if (bareName == nullptr || target.Text() == nullptr) return false;
   if (IsSpared(bareName)) return true;
   PathBuffer backupPath;
   if (Compose(host, backupPath)) Replace(backupPath.Text(), target);

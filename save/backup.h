@@ -9,5 +9,5 @@ class SaveInterface;
 /// Nothing is done when there is no host string 60121, when the bare name begins with the first
 /// seven characters of it, when the backup's path has more than 511 bytes, or when a link leads
 /// from `fileName` to the older backup.
-/// Returns false, and has done nothing, only when there is no memory left.
+/// Returns false, and has done nothing, only when there is no memory or `target` is unknown.
 bool KeepBackup(SaveInterface& host, const char* fileName, const LinkTarget& target);

@@ -5,7 +5,7 @@
 
 #include "platform/files.h"
 #include "platform/host_strings.h"
-#include "platform/link_target.h"
+#include "platform/path.h"
 #include "platform/resources.h"
 #include "platform/storage.h"
 #include "platform/window.h"

@@ -1,19 +1,24 @@
-/// A fault in every place of a save, one at a time and all from one on. What is demanded each time:
+/// A fault in every place of a save, one alone and all from one on: no memory, and a disk whose
+/// call fails. What is demanded each time:
 /// - The result says what is on the disk: 1 is a whole new version, 0 is none; and the host has
 ///   been told the same.
-/// - The old version is whole somewhere, unless the new one is or a writer failed after the backup
-///   was not made.
-/// - Nothing else lies about, and the next save works.
+/// - The old version is whole somewhere unless the new one is; without a backup it may be gone when
+///   a writer failed, and the host knows.
+/// - Nothing else lies about, unless what failed was deleting it.
+/// - The next save works.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
 
 #include <kelsave.h>
+#include "tests/failing_disk.h"
 #include "tests/folder.h"
 #include "tests/save/failing_memory.h"
 #include "tools/compound_check/compound_checker.h"
@@ -22,7 +27,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char Meshes[700000] = "more than a piece of the file";
+constexpr char Meshes[600000] = "more than a piece of the file";
 constexpr char Title[] = "less than a sector";
 constexpr unsigned char SceneClass[] = {0x91, 0x0C, 0x3E, 0x5A, 0x7D, 0x2B, 0x16, 0x4F,
                                         0x8C, 0x4A, 0xD0, 0x7E, 0x93, 0xB1, 0xF2, 0x58};
@@ -106,10 +111,13 @@ class Scene {
  public:
   enum Kind { Backup, BackupOnOtherFileSystem, NoBackup, ThroughLink };
 
-  explicit Scene(Kind kind) : kind_(kind) {
+  explicit Scene(Kind kind)
+      : kind_(kind),
+        folder_(kind == BackupOnOtherFileSystem ? fs::temp_directory_path().string() : Memory) {
     folder_.Put(kind == ThroughLink ? "real.kel" : "scene.kel", Old);
     if (kind == ThroughLink) fs::create_symlink("real.kel", folder_.Path("scene.kel"));
-    if (kind != NoBackup) host_.backupFolder = Backups().Root().c_str();
+    if (kind == Backup || kind == ThroughLink) host_.backupFolder = folder_.Root().c_str();
+    if (kind == BackupOnOtherFileSystem) host_.backupFolder = other_.Root().c_str();
     path_ = folder_.Path("scene.kel");
   }
 
@@ -119,27 +127,31 @@ class Scene {
     return SaveToFileDLL(path_.c_str(), 1, 0, 0);
   }
 
-  /// The demands of this file's head.
-  void ExpectOutcome(int result) {
-    const std::string found = Look(folder_) + (&Backups() == &folder_ ? "" : Look(other_));
+  /// The demands of this file's head. `tidy`: what was to be deleted could be deleted.
+  void ExpectOutcome(int result, bool tidy) {
+    const std::string found = Look(folder_) + Look(other_);
+    SCOPED_TRACE(found + (host_.saved ? "saved " : "") + (host_.failed ? "failed" : ""));
     const auto has = [&found](const char* text) { return found.find(text) != std::string::npos; };
-    const std::string scene = kind_ == ThroughLink ? "real.kel" : "scene.kel";
-    EXPECT_EQ(host_.saved, result == 1) << found;
-    EXPECT_TRUE(result == 0 || !host_.failed) << found;
-    EXPECT_EQ(has((scene + "=new").c_str()), result == 1) << found;
-    EXPECT_TRUE(result == 1 || has("=old") || host_.failed) << found;
-    EXPECT_FALSE(has("=bad") || has(".kelsave-")) << found;
-    EXPECT_EQ(has("scene.kel@"), kind_ == ThroughLink) << found;
-    EXPECT_EQ(Save(), 1) << "the next save, after " << found;
+    EXPECT_EQ(host_.saved, result == 1);
+    EXPECT_TRUE(result == 0 || !host_.failed);
+    const bool isNew = has(kind_ == ThroughLink ? "real.kel=new" : "scene.kel=new");
+    EXPECT_TRUE(isNew == (result == 1) || (isNew && !tidy));
+    EXPECT_TRUE(result == 1 || has("=old") || (kind_ == NoBackup && host_.failed));
+    EXPECT_FALSE(has("=bad") && (tidy || result == 1 || has("KelBackup.bak=bad")));
+    EXPECT_FALSE(has(".kelsave-"));
+    EXPECT_EQ(has("scene.kel@"), kind_ == ThroughLink);
+    // A file whose permissions could not be asked for has become read-only.
+    if (fs::exists(path_)) fs::permissions(path_, fs::perms::owner_write, fs::perm_options::add);
+    EXPECT_EQ(Save(), 1) << "the next save";
     EXPECT_TRUE(IsNew(path_));
   }
 
  private:
-  const Folder& Backups() const { return kind_ == BackupOnOtherFileSystem ? other_ : folder_; }
+  static constexpr const char* Memory = "/dev/shm";  // waiting for the disk takes no time there
 
   const Kind kind_;
-  const Folder folder_{"/dev/shm"};  // waiting for the disk takes no time there
-  const Folder other_;
+  const Folder folder_;
+  const Folder other_{Memory};
   CarefulHost host_;
   std::string path_;
 };
@@ -163,9 +175,43 @@ TEST_P(SaveFaults, NoMemory) {
       }
       EXPECT_TRUE(reached || result == 1);
       EXPECT_TRUE(first > 0 || reached) << "no allocation is counted";
-      scene.ExpectOutcome(result);
+      scene.ExpectOutcome(result, true);
     }
   }
+}
+
+TEST_P(SaveFaults, FailingDisk) {
+  for (const int error : {EIO, ENOSPC, EACCES}) {
+    for (const FailingDisk::Mode mode : {FailingDisk::Mode::Once, FailingDisk::Mode::FromThenOn}) {
+      const bool once = mode == FailingDisk::Mode::Once;
+      bool reached = true;
+      for (int n = 1; reached && !HasFailure(); ++n) {
+        Scene scene(GetParam());
+        int result = -1;
+        std::string call;
+        {
+          const FailingDisk disk(n, error, mode);
+          result = scene.Save();
+          reached = disk.HasFailed();
+          if (reached) call = disk.Calls()[static_cast<std::size_t>(n) - 1];
+        }
+        SCOPED_TRACE(std::to_string(n) + " " + call + (once ? "" : " and after") + ": " +
+                     std::strerror(error));
+        EXPECT_TRUE(reached || result == 1);
+        scene.ExpectOutcome(result, once && call != "Remove" && call != "StatusOfLink");
+      }
+    }
+  }
+}
+
+// No fault shows what was not waited for.
+TEST(SaveOrder, AMovedFileIsOnTheDiskBeforeItIsDeleted) {
+  Scene scene(Scene::BackupOnOtherFileSystem);
+  const FailingDisk disk;
+  EXPECT_EQ(scene.Save(), 1);
+  std::string calls;
+  for (const std::string& call : disk.Calls()) calls += call + " ";
+  EXPECT_NE(calls.find("SetAttributes Sync Show SyncFolder Close Remove "), std::string::npos) << calls;
 }
 
 }  // namespace
