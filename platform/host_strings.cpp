@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
-#include <new>
 #include <string>
 #include <string_view>
 
@@ -11,32 +10,38 @@
 
 namespace {
 
+/// Room for `size` units; null when there is no memory.
+template <typename Char>
+KelText<Char> Room(std::size_t size) {
+  return KelText<Char>(static_cast<Char*>(std::malloc(size * sizeof(Char))));
+}
+
 /// A copy with its terminator; null when there is no memory, and of a null text.
 template <typename Char>
-std::unique_ptr<Char[]> Copied(const Char* text) {
+KelText<Char> Copied(const Char* text) {
   if (text == nullptr) return nullptr;
   const std::size_t size = std::char_traits<Char>::length(text) + 1;
-  std::unique_ptr<Char[]> copy(new (std::nothrow) Char[size]);
+  KelText<Char> copy = Room<Char>(size);
   if (copy) std::char_traits<Char>::copy(copy.get(), text, size);
   return copy;
 }
 
 #ifdef _WIN32
 
-std::unique_ptr<wchar_t[]> Widened(const char* text) {
+KelText<wchar_t> Widened(const char* text) {
   const int size = MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
   if (size <= 0) return nullptr;
-  std::unique_ptr<wchar_t[]> wide(new (std::nothrow) wchar_t[static_cast<std::size_t>(size)]);
+  KelText<wchar_t> wide = Room<wchar_t>(static_cast<std::size_t>(size));
   if (wide) MultiByteToWideChar(CP_ACP, 0, text, -1, wide.get(), size);
   return wide;
 }
 
 #else
 
-std::unique_ptr<wchar_t[]> Widened(const char* text) {
+KelText<wchar_t> Widened(const char* text) {
   // A character has at least one byte, so there is room for all of them.
   const std::size_t size = std::char_traits<char>::length(text) + 1;
-  std::unique_ptr<wchar_t[]> wide(new (std::nothrow) wchar_t[size]);
+  KelText<wchar_t> wide = Room<wchar_t>(size);
   if (!wide) return nullptr;
   wchar_t* to = wide.get();
   while (*text != '\0') *to++ = TakeUtf8(text);

@@ -6,9 +6,17 @@
 /// The host's character set is that of the system: on Windows the process's code page, elsewhere
 /// UTF-8. Nothing here throws: a text for whose copy there was no memory is a null text.
 
+#include <cstdlib>
 #include <memory>
 
 #include "platform/base_types.h"
+
+/// A text in memory of malloc: unlike every kind of `new` it never throws, not even on its way.
+struct KelFree {
+  void operator()(void* memory) const { std::free(memory); }
+};
+template <typename Char>
+using KelText = std::unique_ptr<Char[], KelFree>;
 
 /// A narrow text that owns its copy.
 class KEL_PLATFORM_API CStr {
@@ -29,7 +37,7 @@ class KEL_PLATFORM_API CStr {
   operator char*();  // NOLINT(google-explicit-constructor): callers pass it on as a text
 
  private:
-  std::unique_ptr<char[]> text_;
+  KelText<char> text_;
 };
 
 /// A wide text that owns its copy.
@@ -47,5 +55,5 @@ class KEL_PLATFORM_API WStr {
   operator wchar_t*();  // NOLINT(google-explicit-constructor): callers pass it on as a text
 
  private:
-  std::unique_ptr<wchar_t[]> text_;
+  KelText<wchar_t> text_;
 };

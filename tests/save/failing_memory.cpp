@@ -32,9 +32,16 @@ FailingMemory::~FailingMemory() {
 
 bool FailingMemory::Reached() const { return failed; }
 
+// The linker leads every malloc of this program's own objects here.
+extern "C" {
+void* __real_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+void* __wrap_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+void* __wrap_malloc(std::size_t size) { return Fails() ? nullptr : __real_malloc(size); }
+}
+
 // The other forms of the allocation function end in this one.
 void* operator new(std::size_t size) {
-  void* memory = Fails() ? nullptr : std::malloc(size);
+  void* memory = std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }

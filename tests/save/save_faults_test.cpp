@@ -211,7 +211,8 @@ TEST(SaveOrder, AMovedFileIsOnTheDiskBeforeItIsDeleted) {
   EXPECT_EQ(scene.Save(), 1);
   std::string calls;
   for (const std::string& call : disk.Calls()) calls += call + " ";
-  EXPECT_NE(calls.find("SetAttributes Sync Show SyncFolder Close Remove "), std::string::npos) << calls;
+  EXPECT_NE(calls.find("SetAttributes Sync Show SyncFolder Close Remove "), std::string::npos)
+      << calls;
 }
 
 }  // namespace
