@@ -12,6 +12,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 add_compile_definitions(_FILE_OFFSET_BITS=64)
 
 if(WIN32)
+  enable_language(RC)
   # A program looks for its libraries in its own folder.
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 endif()
@@ -28,6 +29,24 @@ set(KEL_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversio
 function(kel_target name)
   target_compile_options(${name} PRIVATE ${KEL_WARNINGS} $<$<BOOL:${KEL_WERROR}>:-Werror>)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+endfunction()
+
+# kel_version_resource(NAME DESCRIPTION): on Windows, what the properties of the file show.
+function(kel_version_resource name description)
+  if(NOT WIN32)
+    return()
+  endif()
+  get_target_property(type ${name} TYPE)
+  if(type STREQUAL SHARED_LIBRARY)
+    set(file ${name}.dll)
+    set(file_type VFT_DLL)
+  else()
+    set(file ${name}.exe)
+    set(file_type VFT_APP)
+  endif()
+  set(resource ${CMAKE_CURRENT_BINARY_DIR}/${name}_version.rc)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${resource} @ONLY)
+  target_sources(${name} PRIVATE ${resource})
 endfunction()
 
 # kel_test(NAME SOURCES... [LIBRARIES...]): one GoogleTest program. Natively each test is its own

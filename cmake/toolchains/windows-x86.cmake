@@ -19,6 +19,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
 
+# What is handed on has no symbols beside its exports.
+set(CMAKE_EXE_LINKER_FLAGS_RELEASE_INIT -s)
+set(CMAKE_SHARED_LINKER_FLAGS_RELEASE_INIT -s)
+
 # The usual precision of this platform, 53 bits, for what the compiler's run-time still computes in
 # x87 registers; that compiler's own start-up code would set 64. It makes reading a number exact.
 execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=CRT_fp8.o

@@ -16,3 +16,6 @@ others=$(sed -n 's/^\tDLL Name: //p' <<<"$headers" |
 
 # With this directory the system refuses to leave out thread notifications.
 grep -qE '^Entry 9 0+ 0+ Thread Storage' <<<"$headers" || { echo "thread storage"; exit 1; }
+
+# Nothing of the build is left in it.
+"$1" -t "$2" | grep -q '^no symbols' || { echo "not stripped"; exit 1; }

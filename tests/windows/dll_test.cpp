@@ -7,6 +7,7 @@
 #include <winternl.h>
 
 #include <array>
+#include <climits>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -118,6 +119,66 @@ TEST_F(Dll, LeavesNoFileOfAFailedSave) {
   EXPECT_EQ(setInterface(nullptr), 1);
   EXPECT_EQ(save(file.c_str(), 0, 1, 0), 0);
   EXPECT_TRUE(fs::is_empty(folder));
+}
+
+// The library's allocator, as its table of imports has it, and one that fails.
+using Allocator = void*(size_t);
+Allocator* realAllocator = nullptr;
+int allocationsLeft = 0;
+bool failsOnce = false;
+
+void* FailingAllocator(size_t size) {
+  if (allocationsLeft-- > 0) return realAllocator(size);
+  if (failsOnce) allocationsLeft = INT_MAX;
+  return nullptr;
+}
+
+void UseAllocator(HMODULE library, Allocator* from, Allocator* to) {
+  auto* base = reinterpret_cast<BYTE*>(library);
+  auto* headers = reinterpret_cast<IMAGE_NT_HEADERS*>(
+      base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew);
+  const auto& table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
+  auto* imports = reinterpret_cast<Allocator**>(base + table.VirtualAddress);
+  for (DWORD i = 0; i < table.Size / sizeof *imports; ++i) {
+    DWORD access = 0;
+    if (imports[i] != from) continue;
+    VirtualProtect(&imports[i], sizeof *imports, PAGE_READWRITE, &access);
+    imports[i] = to;
+  }
+}
+
+TEST_F(Dll, SavesAgainAfterLackOfMemory) {
+  realAllocator = reinterpret_cast<Allocator*>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("msvcrt.dll"), "malloc")));
+  for (const std::size_t slot : {9U, 17U}) host.answers[slot] = 1;
+  for (int row = 0;; ++row) {
+    SCOPED_TRACE(row);
+    std::ofstream(file) << "old";
+    failsOnce = row % 2 == 0;
+    const int left = allocationsLeft = row / 2;
+    UseAllocator(library, realAllocator, FailingAllocator);
+    const int result = save(file.c_str(), 0, 0, 0);
+    UseAllocator(library, FailingAllocator, realAllocator);
+    if (result == 1) {
+      EXPECT_GE(allocationsLeft, 0) << "saved without memory";
+      EXPECT_GE(left, 2) << "nothing failed";
+      break;
+    }
+    EXPECT_EQ(result, 0);
+    EXPECT_TRUE(fs::exists(file) || fs::exists(folder / "KelBackup.bak"));
+    EXPECT_EQ(save(file.c_str(), 0, 0, 0), 1) << "the next save";
+    EXPECT_EQ(StgIsStorageFile(fs::path(file).c_str()), S_OK);
+  }
+}
+
+TEST_F(Dll, TellsItsVersion) {
+  const HRSRC resource = FindResourceA(library, MAKEINTRESOURCEA(1), RT_VERSION);
+  ASSERT_NE(resource, nullptr);
+  // The length of the block, of the value and their type, the name, and then the record.
+  const auto* block = static_cast<const BYTE*>(LockResource(LoadResource(library, resource)));
+  const auto* info = reinterpret_cast<const VS_FIXEDFILEINFO*>(block + 40);
+  EXPECT_EQ(info->dwSignature, 0xFEEF04BDU);
+  EXPECT_EQ(info->dwFileType, DWORD{VFT_DLL});
 }
 
 // The name goes through the process's code page into the file system.

@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Asks another compiler, set to this platform's usual conventions, for the names of the members, and
-# looks for them in the import library: decorated_names_test.sh CLANG NM SOURCE IMPORT_LIBRARY
+# Makes a host with another compiler and linker, set to this platform's usual conventions and
+# otherwise to their defaults (which demand safe exception handlers), and runs it:
+#   other_compiler_test.sh CLANG LLD_LINK SOURCE IMPORT_LIBRARY DLL EMULATOR
 set -euo pipefail
-object=$(mktemp)
-trap 'rm -f "$object"' EXIT
-"$1" --target=i686-pc-windows-msvc -std=c++20 -c "$3" -o "$object"
-wanted=$("$2" --undefined-only "$object" | sed -n 's/^ *U \(.*HelpSys.*\)/\1/p')
-[ "$(wc -l <<<"$wanted")" -eq 4 ] || { echo "not four members: $wanted"; exit 1; }
-offered=$("$2" --defined-only "$4" | sed -n 's/^[0-9a-f]* T //p')
-diff <(sort <<<"$wanted") <(grep -xF "$wanted" <<<"$offered" | sort)
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+"$1" --target=i686-pc-windows-msvc -std=c++20 -O1 -c "$3" -o "$folder/host.obj"
+"$2" /nologo /nodefaultlib /entry:start /subsystem:console /out:"$folder/host.exe" \
+  "$folder/host.obj" "$4"
+cp "$5" "$folder"
+"$6" "$folder/host.exe"
