@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "compound/directory.h"
+#include "compound/outcome.h"
 
 class CompoundDocument;
 
@@ -23,7 +24,7 @@ class CompoundContents {
   virtual CompoundEntry* Find(const CompoundEntry* storage, const CompoundName& name) = 0;
 
   /// Reads up to the end of the stream. On failure `*done` bytes were read.
-  virtual HRESULT Read(CompoundEntry& stream, std::uint64_t offset, void* data, std::size_t size,
+  virtual Outcome Read(CompoundEntry& stream, std::uint64_t offset, void* data, std::size_t size,
                        std::size_t* done) = 0;
 
   /// The last object that looked at an entry has gone.

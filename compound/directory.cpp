@@ -26,10 +26,6 @@ void Unlink(CompoundEntry* entry) {
   --info.childCount;
 }
 
-bool SameName(const CompoundName& a, const CompoundName& b) {
-  return CompareNames(a.units, a.length, b.units, b.length) == 0;
-}
-
 /// An entry with the part of its name that decides nearly every comparison.
 struct SortItem {
   std::uint64_t key;
@@ -38,9 +34,7 @@ struct SortItem {
 
 bool IsBefore(const SortItem& a, const SortItem& b) {
   if (a.key != b.key) return a.key < b.key;
-  const CompoundName& x = a.entry->name;
-  const CompoundName& y = b.entry->name;
-  return CompareNames(x.units, x.length, y.units, y.length) < 0;
+  return CompareNames(a.entry->name, b.entry->name) < 0;
 }
 
 /// The four upper-cased units of a name from `start` on; missing ones count as zero.
@@ -80,12 +74,6 @@ CompoundDirectory::CompoundDirectory() : table_(SmallestTable) {
   count_ = 1;
 }
 
-CompoundDirectory::~CompoundDirectory() {
-  for (const auto& block : blocks_) {
-    for (std::size_t i = 0; i < BlockEntries; ++i) block[i].chain.Free();
-  }
-}
-
 std::uint32_t CompoundDirectory::HashOf(const CompoundEntry* parent, const CompoundName& name) {
   const auto address = reinterpret_cast<std::uintptr_t>(parent);
   const std::uint64_t mixed = (name.hash ^ (address << 20)) * 0x9E3779B97F4A7C15U;
@@ -98,7 +86,7 @@ CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent,
   const std::size_t mask = table_.size() - 1;
   for (std::size_t i = hash & mask; table_[i].entry != nullptr; i = (i + 1) & mask) {
     CompoundEntry* entry = table_[i].entry;
-    if (table_[i].hash == hash && entry->parent == parent && SameName(entry->name, name)) {
+    if (table_[i].hash == hash && entry->parent == parent && IsSameName(entry->name, name)) {
       return entry;
     }
   }

@@ -9,16 +9,17 @@
 #include "compound/name.h"
 #include "compound/sector_chain.h"
 
-class OpenObject;
+class OpenObject;  // see open_object.h
 struct CompoundEntry;
 
-/// What a storage has and a stream has not. Times are in FILETIME's units; 0 is "none".
+/// What a storage has and a stream has not. Times count 100 nanoseconds from 1601
+/// on; 0 is "none".
 struct StorageInfo {
   CompoundEntry* firstChild = nullptr;
   CompoundEntry* lastChild = nullptr;
   std::uint32_t childCount = 0;
   std::uint32_t stateBits = 0;
-  CLSID clsid = {};
+  ClassId classId = {};
   std::uint64_t created = 0;
   std::uint64_t modified = 0;
 };
@@ -30,8 +31,8 @@ struct CompoundEntry {
   CompoundEntry* previous = nullptr;
   OpenObject* opened = nullptr;          // the objects that look at it
   std::unique_ptr<StorageInfo> storage;  // null for a stream
-  std::uint64_t size = 0;
-  SectorChain chain;  // in the mini stream while `size` is below the cutoff
+  std::uint64_t size = 0;                // bytes
+  SectorChain chain;                     // of the mini stream while `size` is below the cutoff
   CompoundName name;
 
   bool IsStream() const { return storage == nullptr; }
@@ -42,7 +43,6 @@ struct CompoundEntry {
 class CompoundDirectory {
  public:
   CompoundDirectory();
-  ~CompoundDirectory();
   CompoundDirectory(const CompoundDirectory&) = delete;
   CompoundDirectory& operator=(const CompoundDirectory&) = delete;
 

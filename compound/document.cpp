@@ -2,77 +2,92 @@
 
 #include <new>
 
+#include "compound/layout.h"
 #include "compound/tables.h"
 
-CompoundDocument::CompoundDocument(const CompoundParameters& fileParameters)
-    : parameters_(fileParameters), space_(LockedSector(fileParameters)), miniSpace_(MarkFree) {}
+CompoundDocument::CompoundDocument(const CompoundParameters& parameters)
+    : parameters_(parameters), streams_(parameters_, directory_, file_) {}
 
-HRESULT CompoundDocument::Create(const char* path) {
-  const std::uint64_t sectors = CountTables(parameters_, 0, 1, 0).total + 1;
-  const HRESULT result = file_.Create(path, sectors * parameters_.sectorSize);
-  return FAILED(result) ? result : Secure(0, 1, 0);
+Outcome CompoundDocument::Create(const char* path) {
+  const std::uint64_t size = FileSize(parameters_, CountTables(parameters_, {}));
+  const Outcome outcome = file_.Create(path, size);
+  return outcome == Outcome::Done ? streams_.SecureEntries(1) : outcome;
 }
 
-std::uint64_t CompoundDocument::OffsetOf(std::uint32_t sector) const {
-  return (std::uint64_t{sector} + 1) * parameters_.sectorSize;
-}
-
-HRESULT CompoundDocument::Secure(std::uint64_t end, std::uint64_t entries, std::uint64_t miniEnd) {
-  if (end <= securedEnd_ && entries <= securedEntries_ && miniEnd <= securedMini_) return S_OK;
-  const std::uint64_t marks = parameters_.sectorSize / sizeof(std::uint32_t);
-  const std::uint64_t records = parameters_.sectorSize / sizeof(CompoundEntryRecord);
-  entries = (entries + records - 1) / records * records;
-  miniEnd = (miniEnd + marks - 1) / marks * marks;
-  const TableCounts counts = CountTables(parameters_, end, entries, miniEnd);
-  if (counts.total > LargestFile(parameters_)) return STG_E_MEDIUMFULL;
-  const HRESULT result = file_.Reserve((counts.total + 1) * parameters_.sectorSize);
-  if (FAILED(result)) return result;
-  securedEnd_ = end;
-  securedEntries_ = entries;
-  securedMini_ = miniEnd;
-  return S_OK;
-}
-
-HRESULT CompoundDocument::AddEntry(CompoundEntry* parent, const CompoundName& name, bool isStream,
+Outcome CompoundDocument::AddEntry(CompoundEntry* parent, const CompoundName& name, bool isStream,
                                    CompoundEntry** entry) {
-  const HRESULT result =
-      Secure(space_.End(), std::uint64_t{directory_.Count()} + 1, miniSpace_.End());
-  if (FAILED(result)) return result;
+  const Outcome outcome = streams_.SecureEntries(std::uint64_t{directory_.Count()} + 1);
+  if (outcome != Outcome::Done) return outcome;
   *entry = directory_.Add(parent, name, isStream);
-  return S_OK;
+  changed_ = true;
+  return Outcome::Done;
 }
 
 void CompoundDocument::Destroy(CompoundEntry* entry) {
+  changed_ = true;
   // From leaf to leaf without recursion: a tree may be as deep as its maker liked.
   CompoundEntry* at = entry;
   for (;;) {
     while (!at->IsStream() && at->storage->firstChild != nullptr) at = at->storage->firstChild;
     CompoundEntry* parent = at->parent;
     const bool last = at == entry;
-    Trim(at->chain, IsMini(at->size), 0);
-    at->chain.Free();
+    streams_.Clear(*at);
     directory_.Remove(at);
     if (last) return;
     at = parent;
   }
 }
 
-HRESULT CompoundDocument::Flush(bool toDisk) {
-  TrimMiniStream();
-  CompoundWriter writer(*this);
-  const HRESULT result = writer.Write();
-  if (FAILED(result)) return result;
-  // The file keeps no space beyond its end, so the next growth has to take it again.
-  securedEnd_ = securedEntries_ = securedMini_ = 0;
-  return file_.Flush(writer.FileSize(), toDisk);
+void CompoundDocument::Move(CompoundEntry* entry, CompoundEntry* parent, const CompoundName& name) {
+  changed_ = true;
+  directory_.Move(entry, parent, name);
+}
+
+StorageInfo& CompoundDocument::Change(CompoundEntry& storage) {
+  changed_ = true;
+  return *storage.storage;
+}
+
+Outcome CompoundDocument::Read(CompoundEntry& stream, std::uint64_t offset, void* data,
+                               std::size_t size, std::size_t* done) {
+  return streams_.Read(stream, offset, data, size, done);
+}
+
+Outcome CompoundDocument::Write(CompoundEntry& stream, std::uint64_t offset, const void* data,
+                                std::size_t size, std::size_t* done) {
+  changed_ = true;
+  return streams_.Write(stream, offset, data, size, done);
+}
+
+Outcome CompoundDocument::Resize(CompoundEntry& stream, std::uint64_t size) {
+  changed_ = true;
+  return streams_.Resize(stream, size);
+}
+
+Outcome CompoundDocument::Flush(bool toDisk) {
+  if (changed_) {
+    const Outcome outcome = WriteFile();
+    if (outcome != Outcome::Done) return outcome;
+    changed_ = false;
+  }
+  return toDisk ? file_.Wait() : Outcome::Done;
+}
+
+Outcome CompoundDocument::WriteFile() {
+  streams_.TrimMiniStream();
+  std::uint64_t size = 0;
+  const Outcome outcome = WriteTables(
+      {parameters_, directory_, streams_.Space(), streams_.MiniSpace(), streams_.MiniStream()},
+      file_, &size);
+  if (outcome != Outcome::Done) return outcome;
+  streams_.ForgetTableSpace();
+  return file_.Flush(size);
 }
 
 void CompoundDocument::Finish() {
   try {
-    Flush(false);
+    static_cast<void>(Flush(false));  // nobody is left to tell
   } catch (const std::bad_alloc&) {
-    // Nobody is left to tell.
   }
   file_.Close();
-  miniStream_.Free();
 }

@@ -7,84 +7,59 @@
 #include "compound/directory.h"
 #include "compound/format.h"
 #include "compound/gathering_file.h"
-#include "compound/layout.h"
-#include "compound/sector_space.h"
+#include "compound/outcome.h"
+#include "compound/streams.h"
 
-/// One compound file that is being written: its directory, its sectors and the bytes in them.
+/// One compound file that is being written: its directory, its streams and the file itself.
+/// What lacks memory throws std::bad_alloc and is then without effect.
 ///
 /// The file's tables lie nowhere until Flush puts them behind the streams; later writes go over
 /// them. Their space is taken from the file whenever it grows, in the call that makes it grow.
 class CompoundDocument final : public CompoundContents {
  public:
-  explicit CompoundDocument(const CompoundParameters& fileParameters);
+  explicit CompoundDocument(const CompoundParameters& parameters);
 
-  HRESULT Create(const char* path);
+  /// Creates or empties the file; on failure nothing has changed. See OpenEmpty.
+  Outcome Create(const char* path);
 
-  CompoundDirectory& Directory() { return directory_; }
+  const CompoundDirectory& Directory() const { return directory_; }
   CompoundEntry* Root() override { return directory_.Root(); }
   CompoundEntry* Find(const CompoundEntry* storage, const CompoundName& name) override {
     return directory_.Find(storage, name);
   }
   CompoundDocument* Written() override { return this; }
 
-  HRESULT AddEntry(CompoundEntry* parent, const CompoundName& name, bool isStream,
+  Outcome AddEntry(CompoundEntry* parent, const CompoundName& name, bool isStream,
                    CompoundEntry** entry);
 
-  /// Takes an entry away with everything beneath it. Nothing in it may be open.
+  /// Takes an entry away with everything beneath it. Nothing in it may be open. Never fails.
   void Destroy(CompoundEntry* entry);
 
-  HRESULT Read(CompoundEntry& stream, std::uint64_t offset, void* data, std::size_t size,
+  /// Gives an entry another name, another parent, or both. Never fails.
+  void Move(CompoundEntry* entry, CompoundEntry* parent, const CompoundName& name);
+
+  /// What a storage tells of itself, for changing it.
+  StorageInfo& Change(CompoundEntry& storage);
+
+  /// See CompoundStreams.
+  Outcome Read(CompoundEntry& stream, std::uint64_t offset, void* data, std::size_t size,
                std::size_t* done) override;
-
-  /// Grows the stream as needed; what lies between its end and `offset` becomes zeros. On failure
-  /// the stream holds the first `done` bytes.
-  HRESULT Write(CompoundEntry& stream, std::uint64_t offset, const void* data, std::size_t size,
+  Outcome Write(CompoundEntry& stream, std::uint64_t offset, const void* data, std::size_t size,
                 std::size_t* done);
+  Outcome Resize(CompoundEntry& stream, std::uint64_t size);
 
-  HRESULT Resize(CompoundEntry& stream, std::uint64_t size);
-
-  /// Makes the file valid as it stands and cuts it to its size.
-  HRESULT Flush(bool toDisk);
+  /// Makes the file valid as it stands and cuts it to its size, if anything has changed since the
+  /// last time; with `toDisk` also waits for the disk.
+  Outcome Flush(bool toDisk);
 
   void Finish() override;
 
  private:
-  friend class CompoundWriter;
+  Outcome WriteFile();
 
-  bool IsMini(std::uint64_t size) const { return size < parameters_.miniCutoff; }
-  std::uint32_t UnitsFor(std::uint64_t size) const;
-  std::uint64_t OffsetOf(std::uint32_t sector) const;
-
-  /// Takes the space of a file with these ends; with it, that of all tables.
-  HRESULT Secure(std::uint64_t end, std::uint64_t entries, std::uint64_t miniEnd);
-
-  HRESULT GrowTo(CompoundEntry& stream, std::uint64_t size, std::uint64_t zeroUpTo);
-  HRESULT ShrinkTo(CompoundEntry& stream, std::uint64_t size);
-  HRESULT ChangeHome(CompoundEntry& stream, std::uint64_t size, std::uint64_t keep);
-  HRESULT Extend(SectorChain& chain, bool mini, std::uint32_t count);
-  HRESULT ExtendMiniStream(std::uint64_t miniEnd);
-  void Trim(SectorChain& chain, bool mini, std::uint32_t count);
-  void TrimMiniStream();
-
-  /// The part of a stream from `offset` on that lies in one piece of the file.
-  struct Extent {
-    std::uint64_t offset;
-    std::uint64_t size;
-  };
-  Extent Locate(const SectorChain& chain, bool mini, std::uint64_t offset) const;
-  HRESULT ReadChain(const SectorChain& chain, bool mini, std::uint64_t offset, void* data,
-                    std::size_t size);
-  HRESULT WriteChain(const SectorChain& chain, bool mini, std::uint64_t offset, const void* data,
-                     std::size_t size, std::size_t* done);
-  HRESULT ZeroChain(const SectorChain& chain, bool mini, std::uint64_t from, std::uint64_t to);
-
-  CompoundParameters parameters_;
+  const CompoundParameters parameters_;
   GatheringFile file_;
   CompoundDirectory directory_;
-  SectorSpace space_;
-  SectorSpace miniSpace_;
-  SectorChain miniStream_;
-  std::uint64_t securedEnd_ = 0;
-  std::uint64_t securedEntries_ = 0;
-  std::uint64_t securedMini_ = 0;
+  CompoundStreams streams_;
+  bool changed_ = true;  // since the last flush
 };

@@ -7,33 +7,6 @@
 
 namespace {
 
-struct ErrorCode {
-  int error;
-  HRESULT result;
-};
-
-constexpr ErrorCode WriteErrors[] = {
-    {ENOSPC, STG_E_MEDIUMFULL},
-    {EDQUOT, STG_E_MEDIUMFULL},
-    {EFBIG, STG_E_MEDIUMFULL},
-    {ENOMEM, E_OUTOFMEMORY},
-};
-
-constexpr ErrorCode OpenErrors[] = {
-    {ENOENT, STG_E_PATHNOTFOUND},      {ENOTDIR, STG_E_PATHNOTFOUND},
-    {ENAMETOOLONG, STG_E_INVALIDNAME}, {EMFILE, STG_E_TOOMANYOPENFILES},
-    {ENFILE, STG_E_TOOMANYOPENFILES},  {ENOSPC, STG_E_MEDIUMFULL},
-    {EDQUOT, STG_E_MEDIUMFULL},        {ENOMEM, E_OUTOFMEMORY},
-};
-
-template <std::size_t Size>
-HRESULT ResultOf(int error, const ErrorCode (&table)[Size], HRESULT otherwise) {
-  for (const ErrorCode& row : table) {
-    if (row.error == error) return row.result;
-  }
-  return otherwise;
-}
-
 /// Opens the file; `*isNew` tells whether that made it.
 int OpenOrMake(const char* path, bool exists, OpenFile* file, bool* isNew) {
   constexpr int Flags = O_RDWR | O_CREAT;
@@ -65,12 +38,12 @@ int Rewrite(int file, std::uint64_t size) {
 /// Takes the file's space and gives it its length. What an old file has of the space it keeps, as
 /// others could take what is given back; what it lacks is taken behind its end. Cutting it is the
 /// one step that loses anything of it, and the last one.
-HRESULT Empty(int file, std::uint64_t space) {
+Outcome Empty(int file, std::uint64_t space) {
   Disk& disk = CurrentDisk();
   struct stat status = {};
-  if (disk.Lock(file, true) == EWOULDBLOCK) return STG_E_SHAREVIOLATION;
+  if (disk.Lock(file, true) == EWOULDBLOCK) return Outcome::InUse;
   int error = disk.Status(file, &status);
-  if (error != 0) return WriteResult(error);
+  if (error != 0) return OutcomeOfWriting(error);
   const auto before = static_cast<std::uint64_t>(status.st_size);
   const std::uint64_t kept = std::min(before, space);
   error = Rewrite(file, kept);
@@ -78,16 +51,14 @@ HRESULT Empty(int file, std::uint64_t space) {
     error = disk.TakeSpace(file, kept, space, Disk::Length::Keep);
   }
   if (error == 0) error = disk.Cut(file, space);
-  if (error == 0) return S_OK;
+  if (error == 0) return Outcome::Done;
   if (kept < space) disk.Cut(file, before);  // gives back what was taken
-  return WriteResult(error);
+  return OutcomeOfWriting(error);
 }
 
 }  // namespace
 
-HRESULT WriteResult(int error) { return ResultOf(error, WriteErrors, STG_E_WRITEFAULT); }
-
-HRESULT OpenEmpty(const char* path, std::uint64_t space, OpenFile* file, std::string* folder) {
+Outcome OpenEmpty(const char* path, std::uint64_t space, OpenFile* file, std::string* folder) {
   Disk& disk = CurrentDisk();
   struct stat status = {};
   std::string name;
@@ -95,18 +66,18 @@ HRESULT OpenEmpty(const char* path, std::uint64_t space, OpenFile* file, std::st
   *folder = FolderOf(name);  // while lack of memory for it does no harm
   if (error == 0) error = disk.StatusOf(name.c_str(), &status);
   const bool exists = error == 0;
-  if (!exists && error != ENOENT) return ResultOf(error, OpenErrors, STG_E_ACCESSDENIED);
+  if (!exists && error != ENOENT) return OutcomeOfOpening(error);
   if (exists && (!S_ISREG(status.st_mode) || (status.st_mode & S_IWUSR) == 0)) {
-    return STG_E_ACCESSDENIED;
+    return Outcome::AccessDenied;
   }
   bool isNew = false;
   error = OpenOrMake(name.c_str(), exists, file, &isNew);
-  if (error != 0) return ResultOf(error, OpenErrors, STG_E_ACCESSDENIED);
-  const HRESULT result = Empty(file->Number(), space);
-  if (FAILED(result)) {
+  if (error != 0) return OutcomeOfOpening(error);
+  const Outcome outcome = Empty(file->Number(), space);
+  if (outcome != Outcome::Done) {
     // Who holds the lock on a file this new is saving a scene into it.
-    if (isNew && result != STG_E_SHAREVIOLATION) disk.Remove(name.c_str());
+    if (isNew && outcome != Outcome::InUse) disk.Remove(name.c_str());
     file->Close();
   }
-  return result;
+  return outcome;
 }

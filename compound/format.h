@@ -1,9 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-
-#include "platform/base_types.h"
 
 /// The compound file format, versions 3 and 4, as publicly documented:
 ///
@@ -39,10 +38,13 @@ enum CompoundColor : std::uint8_t { ColorRed = 0, ColorBlack = 1 };
 // The records are written as they lie in memory, so this is for little-endian machines.
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
 
+/// A class identifier as it lies in the file: three fields, little-endian, and eight bytes.
+using ClassId = std::array<std::uint8_t, 16>;
+
 #pragma pack(push, 1)
 struct CompoundHeader {
   std::uint8_t signature[8];
-  CLSID clsid;  // zero
+  ClassId classId;  // zero
   std::uint16_t minorVersion;
   std::uint16_t majorVersion;
   std::uint16_t byteOrder;
@@ -69,7 +71,7 @@ struct CompoundEntryRecord {
   std::uint32_t left;
   std::uint32_t right;
   std::uint32_t child;
-  CLSID clsid;
+  ClassId classId;
   std::uint32_t stateBits;
   std::uint64_t created;
   std::uint64_t modified;
@@ -82,7 +84,11 @@ static_assert(sizeof(CompoundEntryRecord) == 128);
 
 /// What shapes a file. Tests choose small values to reach the paths of large files.
 struct CompoundParameters {
-  std::uint32_t sectorSize = 512;         // 512 makes version 3, 4096 version 4
-  std::uint32_t miniCutoff = 4096;        // streams shorter than this live in the mini stream
-  std::uint64_t lockOffset = 0x7FFFFF00;  // its sector is never used for data
+  std::uint32_t sectorSize = 512;         // bytes; 512 makes version 3, 4096 version 4
+  std::uint32_t miniCutoff = 4096;        // bytes; shorter streams live in the mini stream
+  std::uint64_t lockOffset = 0x7FFFFF00;  // of the byte whose sector is never used for data
+
+  bool IsMini(std::uint64_t bytes) const { return bytes < miniCutoff; }
+  std::uint32_t MarksPerSector() const { return sectorSize / 4; }
+  std::uint32_t EntriesPerSector() const { return sectorSize / 128; }
 };

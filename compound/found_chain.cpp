@@ -51,25 +51,25 @@ bool FoundChain::Enter(SectorRun run) {
   return true;
 }
 
-HRESULT FoundChain::Follow(SectorLinks& links, std::uint32_t most) {
+Outcome FoundChain::Follow(SectorLinks& links, std::uint32_t most) {
   SectorRun run = {start_, 1};
-  const HRESULT result = count_ == 0 ? S_OK : links.After(last_, most, &run);
-  if (FAILED(result)) return result;
-  return Enter(run) ? S_OK : STG_E_DOCFILECORRUPT;
+  const Outcome outcome = count_ == 0 ? Outcome::Done : links.After(last_, most, &run);
+  if (outcome != Outcome::Done) return outcome;
+  return Enter(run) ? Outcome::Done : Outcome::Corrupt;
 }
 
-HRESULT FoundChain::Find(SectorLinks& links, std::uint32_t index, std::uint32_t most,
+Outcome FoundChain::Find(SectorLinks& links, std::uint32_t index, std::uint32_t most,
                          SectorRun* run) {
   while (count_ <= index) {
-    const HRESULT result = Follow(links, index - count_ + 1);
-    if (FAILED(result)) return result;
+    const Outcome outcome = Follow(links, index - count_ + 1);
+    if (outcome != Outcome::Done) return outcome;
   }
   recent_ = RunOf(index);
   const std::uint32_t within = index - runs_[recent_].index;
   // What lies beyond a fault is told when it is asked for itself.
   while (recent_ + 1 == runs_.size() && count_ - index < most) {
-    if (FAILED(Follow(links, most - (count_ - index)))) break;
+    if (Follow(links, most - (count_ - index)) != Outcome::Done) break;
   }
   *run = {runs_[recent_].start + within, std::min(EndOf(recent_) - index, most)};
-  return S_OK;
+  return Outcome::Done;
 }

@@ -6,8 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "compound/outcome.h"
 #include "compound/sector_chain.h"
-#include "platform/storage.h"
 
 /// What comes after each sector in its chain.
 class SectorLinks {
@@ -15,8 +15,8 @@ class SectorLinks {
   virtual ~SectorLinks() = default;
 
   /// The sector after `sector`, and with it as many as come next and are neighbours, but at most
-  /// `most`. STG_E_DOCFILECORRUPT when none comes, or one that is not there.
-  virtual HRESULT After(std::uint32_t sector, std::uint32_t most, SectorRun* run) = 0;
+  /// `most`. Corrupt when none comes, or one that is not there.
+  virtual Outcome After(std::uint32_t sector, std::uint32_t most, SectorRun* run) = 0;
 };
 
 /// A set of sectors that takes memory by where they lie, not by how many there could be.
@@ -37,9 +37,9 @@ class FoundChain {
   explicit FoundChain(std::uint32_t start) : start_(start) {}
 
   /// The sector at `index` of the chain, and with it the neighbours that come next, at most `most`
-  /// in all. STG_E_DOCFILECORRUPT when the chain has no such sector or comes back to itself before
+  /// in all. Corrupt when the chain has no such sector or comes back to itself before
   /// it. May throw std::bad_alloc.
-  HRESULT Find(SectorLinks& links, std::uint32_t index, std::uint32_t most, SectorRun* run);
+  Outcome Find(SectorLinks& links, std::uint32_t index, std::uint32_t most, SectorRun* run);
 
  private:
   struct Run {
@@ -49,7 +49,7 @@ class FoundChain {
 
   std::uint32_t EndOf(std::size_t run) const;
   std::size_t RunOf(std::uint32_t index) const;
-  HRESULT Follow(SectorLinks& links, std::uint32_t most);
+  Outcome Follow(SectorLinks& links, std::uint32_t most);
   bool Enter(SectorRun run);
   std::unique_ptr<SectorSet> Seen() const;
 

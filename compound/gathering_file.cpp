@@ -18,22 +18,24 @@ std::uint64_t PieceOf(std::uint64_t offset) { return offset & ~std::uint64_t{Pie
 
 }  // namespace
 
-HRESULT GatheringFile::Create(const char* path, std::uint64_t size) {
+Outcome GatheringFile::Create(const char* path, std::uint64_t size) {
   // Memory first, as nothing may fail once the old file is cut.
   Piece& first = pieces_[0];
   first.bytes.reset(new (std::nothrow) std::byte[PieceSize]);
-  if (!first.bytes) return E_OUTOFMEMORY;
-  const HRESULT result = OpenEmpty(path, size, &file_, &folder_);
-  if (FAILED(result)) return result;
+  if (!first.bytes) return Outcome::NoMemory;
+  const Outcome outcome = OpenEmpty(path, size, &file_, &folder_);
+  if (outcome != Outcome::Done) return outcome;
   std::memset(first.bytes.get(), 0, size);
   first.end = size;
   touched_ = reserved_ = size;
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT GatheringFile::Reserve(std::uint64_t size) { return size <= reserved_ ? S_OK : Grow(size); }
+Outcome GatheringFile::Reserve(std::uint64_t size) {
+  return size <= reserved_ ? Outcome::Done : Grow(size);
+}
 
-HRESULT GatheringFile::Grow(std::uint64_t size) {
+Outcome GatheringFile::Grow(std::uint64_t size) {
   const std::uint64_t ahead = std::clamp(reserved_ / 8, SmallestGrowth, LargestGrowth);
   const std::uint64_t generous = PieceOf(std::max(size, reserved_ + ahead) + PieceSize - 1);
   int error = 0;
@@ -42,52 +44,52 @@ HRESULT GatheringFile::Grow(std::uint64_t size) {
     error = CurrentDisk().TakeSpace(file_.Number(), reserved_, to, Disk::Length::Grow);
     if (error == 0) {
       reserved_ = to;
-      return S_OK;
+      return Outcome::Done;
     }
   }
-  return WriteResult(error);
+  return OutcomeOfWriting(error);
 }
 
-HRESULT GatheringFile::Write(std::uint64_t offset, const void* data, std::size_t size) {
+Outcome GatheringFile::Write(std::uint64_t offset, const void* data, std::size_t size) {
   auto* from = static_cast<const std::byte*>(data);
   while (size > 0) {
     const std::size_t within = offset & (PieceSize - 1);
     std::size_t part = std::min(size, PieceSize - within);
-    HRESULT result = S_OK;
+    Outcome outcome = Outcome::Done;
     if (part == PieceSize) {
       part = size & ~(PieceSize - 1);
-      result = WriteDirect(offset, from, part);
+      outcome = WriteDirect(offset, from, part);
     } else {
-      result = Gather(offset, from, part);
+      outcome = Gather(offset, from, part);
     }
-    if (FAILED(result)) return result;
+    if (outcome != Outcome::Done) return outcome;
     from += part;
     offset += part;
     size -= part;
   }
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT GatheringFile::WriteZeros(std::uint64_t offset, std::uint64_t size) {
-  if (offset >= touched_) return S_OK;
+Outcome GatheringFile::WriteZeros(std::uint64_t offset, std::uint64_t size) {
+  if (offset >= touched_) return Outcome::Done;
   size = std::min(size, touched_ - offset);
   while (size > 0) {
     const std::size_t part = std::min<std::uint64_t>(size, sizeof Zeros);
-    const HRESULT result = Write(offset, Zeros, part);
-    if (FAILED(result)) return result;
+    const Outcome outcome = Write(offset, Zeros, part);
+    if (outcome != Outcome::Done) return outcome;
     offset += part;
     size -= part;
   }
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT GatheringFile::Gather(std::uint64_t offset, const std::byte* data, std::size_t size) {
+Outcome GatheringFile::Gather(std::uint64_t offset, const std::byte* data, std::size_t size) {
   const std::uint64_t pieceOffset = PieceOf(offset);
   const std::size_t within = offset - pieceOffset;
   Piece* piece = Find(pieceOffset);
   if (piece == nullptr) {
-    const HRESULT result = Take(pieceOffset, &piece);
-    if (FAILED(result)) return result;
+    const Outcome outcome = Take(pieceOffset, &piece);
+    if (outcome != Outcome::Done) return outcome;
     piece->begin = piece->end = within;
   }
   if (within > piece->end && pieceOffset + piece->end >= touched_) {
@@ -95,8 +97,8 @@ HRESULT GatheringFile::Gather(std::uint64_t offset, const std::byte* data, std::
     piece->end = within;
   }
   if (within > piece->end || within + size < piece->begin) {
-    const HRESULT result = WriteOut(*piece);
-    if (FAILED(result)) return result;
+    const Outcome outcome = WriteOut(*piece);
+    if (outcome != Outcome::Done) return outcome;
     piece->begin = piece->end = within;
   }
   std::memcpy(&piece->bytes[within], data, size);
@@ -105,7 +107,7 @@ HRESULT GatheringFile::Gather(std::uint64_t offset, const std::byte* data, std::
   touched_ = std::max(touched_, offset + size);
   // A failure is reported now, but the piece stays and is tried again.
   if (piece->begin == 0 && piece->end == PieceSize) return WriteOut(*piece);
-  return S_OK;
+  return Outcome::Done;
 }
 
 GatheringFile::Piece* GatheringFile::Find(std::uint64_t pieceOffset) {
@@ -118,45 +120,45 @@ GatheringFile::Piece* GatheringFile::Find(std::uint64_t pieceOffset) {
   return nullptr;
 }
 
-HRESULT GatheringFile::Take(std::uint64_t pieceOffset, Piece** piece) {
+Outcome GatheringFile::Take(std::uint64_t pieceOffset, Piece** piece) {
   Piece* oldest = &pieces_[0];
   for (Piece& candidate : pieces_) {
     if (candidate.lastUse < oldest->lastUse) oldest = &candidate;
   }
-  const HRESULT result = WriteOut(*oldest);
-  if (FAILED(result)) return result;
+  const Outcome outcome = WriteOut(*oldest);
+  if (outcome != Outcome::Done) return outcome;
   if (!oldest->bytes) {
     oldest->bytes.reset(new (std::nothrow) std::byte[PieceSize]);
-    if (!oldest->bytes) return E_OUTOFMEMORY;
+    if (!oldest->bytes) return Outcome::NoMemory;
   }
   oldest->offset = pieceOffset;
   oldest->lastUse = ++clock_;
   *piece = oldest;
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT GatheringFile::WriteOut(Piece& piece) {
-  if (piece.begin == piece.end) return S_OK;
+Outcome GatheringFile::WriteOut(Piece& piece) {
+  if (piece.begin == piece.end) return Outcome::Done;
   const int error = CurrentDisk().WriteAt(file_.Number(), piece.offset + piece.begin,
                                           &piece.bytes[piece.begin], piece.end - piece.begin);
-  if (error != 0) return WriteResult(error);
+  if (error != 0) return OutcomeOfWriting(error);
   piece.begin = piece.end = 0;
   piece.lastUse = 0;
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT GatheringFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
+Outcome GatheringFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
   // Also when the write fails: a part of it may be in the file.
   touched_ = std::max(touched_, offset + size);
   const int error = CurrentDisk().WriteAt(file_.Number(), offset, data, size);
-  if (error != 0) return WriteResult(error);
+  if (error != 0) return OutcomeOfWriting(error);
   for (Piece& piece : pieces_) {
     if (piece.offset >= offset && piece.offset < offset + size) piece.begin = piece.end = 0;
   }
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT GatheringFile::Read(std::uint64_t offset, void* data, std::size_t size) {
+Outcome GatheringFile::Read(std::uint64_t offset, void* data, std::size_t size) {
   auto* to = static_cast<std::byte*>(data);
   while (size > 0) {
     const std::size_t within = offset & (PieceSize - 1);
@@ -164,8 +166,8 @@ HRESULT GatheringFile::Read(std::uint64_t offset, void* data, std::size_t size) 
     const Piece* piece = Find(PieceOf(offset));
     const bool covered = piece != nullptr && within >= piece->begin && within + part <= piece->end;
     if (!covered) {
-      const HRESULT result = ReadDirect(offset, to, part);
-      if (FAILED(result)) return result;
+      const Outcome outcome = ReadDirect(offset, to, part);
+      if (outcome != Outcome::Done) return outcome;
     }
     if (piece != nullptr) {
       const std::size_t begin = std::max(within, piece->begin);
@@ -176,36 +178,37 @@ HRESULT GatheringFile::Read(std::uint64_t offset, void* data, std::size_t size) 
     offset += part;
     size -= part;
   }
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT GatheringFile::ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size) {
+Outcome GatheringFile::ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size) {
   std::size_t got = 0;
-  if (CurrentDisk().ReadAt(file_.Number(), offset, data, size, &got) != 0) return STG_E_READFAULT;
+  if (CurrentDisk().ReadAt(file_.Number(), offset, data, size, &got) != 0)
+    return Outcome::ReadFailed;
   std::memset(data + got, 0, size - got);
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT GatheringFile::Flush(std::uint64_t size, bool toDisk) {
+Outcome GatheringFile::Flush(std::uint64_t size) {
   for (Piece& piece : pieces_) {
-    const HRESULT result = WriteOut(piece);
-    if (FAILED(result)) return result;
+    const Outcome outcome = WriteOut(piece);
+    if (outcome != Outcome::Done) return outcome;
   }
-  if (CurrentDisk().Cut(file_.Number(), size) != 0) return STG_E_WRITEFAULT;
+  if (CurrentDisk().Cut(file_.Number(), size) != 0) return Outcome::WriteFailed;
   reserved_ = std::min(reserved_, size);
   touched_ = std::min(touched_, size);
-  return toDisk ? Wait() : S_OK;
+  return Outcome::Done;
 }
 
-HRESULT GatheringFile::Wait() {
-  if (FAILED(synced_)) return synced_;
+Outcome GatheringFile::Wait() {
+  if (synced_ != Outcome::Done) return synced_;
   int error = CurrentDisk().Sync(file_.Number());
   if (error == 0 && !isNameOnDisk_) {
     error = CurrentDisk().SyncFolder(folder_.c_str());
     if (error == EACCES) error = 0;  // a folder that may not be read cannot be waited for
     isNameOnDisk_ = error == 0;
   }
-  if (error != 0) synced_ = WriteResult(error);
+  if (error != 0) synced_ = OutcomeOfWriting(error);
   return synced_;
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "compound/disk.h"
-#include "platform/storage.h"
+#include "compound/outcome.h"
 
 /// A file that is written in large aligned pieces. Small writes gather in a few pieces of memory;
 /// what covers a whole piece goes from the caller's memory straight to the file.
@@ -19,24 +19,26 @@ class GatheringFile {
   static constexpr std::size_t PieceSize = 512 * 1024;
 
   /// Creates or replaces the file, with space for its first `size` bytes; see OpenEmpty.
-  HRESULT Create(const char* path, std::uint64_t size);
+  Outcome Create(const char* path, std::uint64_t size);
 
   /// Makes sure that the file has space for its first `size` bytes.
-  HRESULT Reserve(std::uint64_t size);
+  Outcome Reserve(std::uint64_t size);
 
   /// Both lie within the reserved size. A write that fails has changed nothing that was reported
   /// as written before.
-  HRESULT Write(std::uint64_t offset, const void* data, std::size_t size);
-  HRESULT WriteZeros(std::uint64_t offset, std::uint64_t size);
+  Outcome Write(std::uint64_t offset, const void* data, std::size_t size);
+  Outcome WriteZeros(std::uint64_t offset, std::uint64_t size);
 
   /// Bytes beyond the end of the file read as zeros.
-  HRESULT Read(std::uint64_t offset, void* data, std::size_t size);
+  Outcome Read(std::uint64_t offset, void* data, std::size_t size);
 
-  /// Hands everything gathered to the system and cuts the file to `size`, giving back what was
-  /// reserved beyond; with `toDisk` also waits for the disk, and the first time for the folder that
-  /// has the file's name. Once the disk has failed, every later
-  /// wait fails as well: the system tells only once of bytes that it has lost.
-  HRESULT Flush(std::uint64_t size, bool toDisk);
+  /// Hands everything gathered to the system and cuts the file to `size` bytes, giving back what
+  /// was reserved beyond.
+  Outcome Flush(std::uint64_t size);
+
+  /// Waits for the disk, and the first time for the folder that has the file's name. Once it has
+  /// failed it always fails: the system tells only once of bytes that it has lost.
+  Outcome Wait();
 
   void Close();
 
@@ -50,14 +52,13 @@ class GatheringFile {
     std::uint64_t lastUse = 0;
   };
 
-  HRESULT Gather(std::uint64_t offset, const std::byte* data, std::size_t size);
+  Outcome Gather(std::uint64_t offset, const std::byte* data, std::size_t size);
   Piece* Find(std::uint64_t pieceOffset);
-  HRESULT Take(std::uint64_t pieceOffset, Piece** piece);
-  HRESULT WriteOut(Piece& piece);
-  HRESULT WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size);
-  HRESULT ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size);
-  HRESULT Grow(std::uint64_t size);
-  HRESULT Wait();
+  Outcome Take(std::uint64_t pieceOffset, Piece** piece);
+  Outcome WriteOut(Piece& piece);
+  Outcome WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size);
+  Outcome ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size);
+  Outcome Grow(std::uint64_t size);
 
   OpenFile file_;
   std::string folder_;  // where the file's name is
@@ -65,6 +66,6 @@ class GatheringFile {
   std::uint64_t reserved_ = 0;  // the file has space up to here
   std::uint64_t touched_ = 0;   // nothing was ever written from here on
   std::uint64_t clock_ = 0;
-  HRESULT synced_ = S_OK;  // or why the disk failed
+  Outcome synced_ = Outcome::Done;  // or why the disk failed
   std::array<Piece, 4> pieces_;
 };

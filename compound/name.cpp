@@ -114,8 +114,8 @@ char16_t UppercaseBeyondAscii(char16_t unit) {
   return unit;
 }
 
-HRESULT MakeName(const OLECHAR* text, CompoundName* name, NameRules rules) {
-  if (text == nullptr || *text == 0) return STG_E_INVALIDNAME;
+bool MakeName(const wchar_t* text, CompoundName* name, NameRules rules) {
+  if (text == nullptr || *text == 0) return false;
   std::size_t length = 0;
   std::uint32_t hash = 2166136261U;
   const auto append = [&](char16_t unit) {
@@ -132,37 +132,38 @@ HRESULT MakeName(const OLECHAR* text, CompoundName* name, NameRules rules) {
     }
     const std::size_t units = c < 0x10000 ? 1 : 2;
     const bool allowed = rules == NameRules::New ? IsCodePoint(c) && !IsForbidden(c) : c < 0x110000;
-    if (length + units > MaxNameUnits || !allowed) return STG_E_INVALIDNAME;
+    if (length + units > MaxNameUnits || !allowed) return false;
     if (units == 2) append(static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10)));
     append(static_cast<char16_t>(units == 1 ? c : 0xDC00 + (c & 0x3FF)));
   }
   name->length = static_cast<std::uint8_t>(length);
   name->hash = hash;
-  return S_OK;
+  return true;
 }
 
-int CompareNames(const char16_t* a, std::size_t aLength, const char16_t* b, std::size_t bLength) {
-  if (aLength != bLength) return aLength < bLength ? -1 : 1;
-  for (std::size_t i = 0; i < aLength; ++i) {
-    if (a[i] == b[i]) continue;
-    const int difference = Uppercase(a[i]) - Uppercase(b[i]);
+int CompareNames(const CompoundName& a, const CompoundName& b) {
+  if (a.length != b.length) return a.length < b.length ? -1 : 1;
+  for (std::size_t i = 0; i < a.length; ++i) {
+    if (a.units[i] == b.units[i]) continue;
+    const int difference = Uppercase(a.units[i]) - Uppercase(b.units[i]);
     if (difference != 0) return difference;
   }
   return 0;
 }
 
-OLECHAR* NewWideName(const char16_t* units, std::size_t length) {
-  auto* wide = static_cast<OLECHAR*>(CoTaskMemAlloc((length + 1) * sizeof(OLECHAR)));
-  if (wide == nullptr) return nullptr;
-  OLECHAR* to = wide;
-  for (std::size_t i = 0; i < length; ++i) {
-    const std::uint32_t unit = units[i];
-    if ((unit & 0xFC00) == 0xD800 && i + 1 < length && (units[i + 1] & 0xFC00) == 0xDC00) {
-      *to++ = static_cast<OLECHAR>(0x10000 + ((unit - 0xD800) << 10) + (units[++i] - 0xDC00U));
-    } else {
-      *to++ = static_cast<OLECHAR>(unit);
+bool IsSameName(const CompoundName& a, const CompoundName& b) { return CompareNames(a, b) == 0; }
+
+std::size_t Widen(const CompoundName& name, wchar_t (&text)[MaxNameUnits + 1]) {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < name.length; ++i) {
+    std::uint32_t unit = name.units[i];
+    const std::uint32_t next = i + 1 < name.length ? name.units[i + 1] : 0;
+    if ((unit & 0xFC00) == 0xD800 && (next & 0xFC00) == 0xDC00) {
+      unit = 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00);
+      ++i;
     }
+    text[count++] = static_cast<wchar_t>(unit);
   }
-  *to = 0;
-  return wide;
+  text[count] = 0;
+  return count;
 }

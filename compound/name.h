@@ -1,9 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "compound/format.h"
-#include "platform/storage.h"
 
 /// The name of an element as the directory keeps it.
 struct CompoundName {
@@ -16,15 +16,17 @@ struct CompoundName {
 /// have written has to be found again.
 enum class NameRules : std::uint8_t { New, Existing };
 
-/// Converts and checks a name: STG_E_INVALIDNAME when it is null, empty, longer than 31 units or
-/// against the rules.
-HRESULT MakeName(const OLECHAR* text, CompoundName* name, NameRules rules = NameRules::New);
+/// Converts and checks a name: false when it is null, empty, longer than 31 units or against the
+/// rules.
+bool MakeName(const wchar_t* text, CompoundName* name, NameRules rules = NameRules::New);
+
+/// The name as wide text with its closing zero; the result is the characters before that.
+std::size_t Widen(const CompoundName& name, wchar_t (&text)[MaxNameUnits + 1]);
 
 /// The format's order: shorter names first, then by upper-cased units. Negative, 0 or positive.
-int CompareNames(const char16_t* a, std::size_t aLength, const char16_t* b, std::size_t bLength);
+int CompareNames(const CompoundName& a, const CompoundName& b);
 
-/// The name as wide text from the task allocator; null without memory.
-OLECHAR* NewWideName(const char16_t* units, std::size_t length);
+bool IsSameName(const CompoundName& a, const CompoundName& b);
 
 /// The simple upper case of a UTF-16 unit beyond ASCII; the unit itself where it has none.
 /// The same on every machine, whatever the locale.

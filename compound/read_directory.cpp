@@ -8,9 +8,7 @@ namespace {
 constexpr std::uint32_t HighBits = 32;
 constexpr std::size_t NameUnits = MaxNameUnits + 1;
 
-int Compare(const CompoundName& a, const CompoundName& b) {
-  return CompareNames(a.units, a.length, b.units, b.length);
-}
+int Compare(const CompoundName& a, const CompoundName& b) { return CompareNames(a, b); }
 
 /// The format's order, and within what that holds for one name, the order of the units.
 int CompareExactly(const CompoundName& a, const CompoundName& b) {
@@ -50,7 +48,7 @@ bool TakeRecord(const CompoundEntryRecord& record, bool isVersion3, ReadEntry* e
   if (record.type == EntryStream) return TakeName(record, &entry->name);
   entry->top = record.child;
   entry->storage = std::make_unique<StorageInfo>();
-  entry->storage->clsid = record.clsid;
+  entry->storage->classId = record.classId;
   entry->storage->stateBits = record.stateBits;
   entry->storage->created = record.created;
   entry->storage->modified = record.modified;
@@ -64,28 +62,28 @@ class Records {
   Records(SectorSource& source, Fat& fat)
       : source_(source), fat_(fat), chain_(source.Header().directoryStart) {}
 
-  HRESULT Get(std::uint32_t number, CompoundEntryRecord* record) {
+  Outcome Get(std::uint32_t number, CompoundEntryRecord* record) {
     const unsigned shift = source_.SectorShift() - RecordShift;
     const std::byte* bytes = nullptr;
     SectorRun place;
-    HRESULT result = chain_.Find(fat_, number >> shift, 1, &place);
-    if (SUCCEEDED(result)) result = source_.Look(place.start, &bytes);
-    if (FAILED(result)) return result;
+    Outcome outcome = chain_.Find(fat_, number >> shift, 1, &place);
+    if (outcome == Outcome::Done) outcome = source_.Look(place.start, &bytes);
+    if (outcome != Outcome::Done) return outcome;
     const std::size_t within = number & ((1U << shift) - 1);
     std::memcpy(record, bytes + within * sizeof *record, sizeof *record);
-    return S_OK;
+    return Outcome::Done;
   }
 
   /// The numbers of the entries in the tree under `top`, in its order. Each entry is in one tree
   /// only, and in one place of it.
-  HRESULT InOrder(std::uint32_t top, std::vector<std::uint32_t>* numbers) {
+  Outcome InOrder(std::uint32_t top, std::vector<std::uint32_t>* numbers) {
     std::vector<std::pair<std::uint32_t, std::uint32_t>> above;  // an entry and what is right of it
     for (std::uint32_t at = top; at != NoStream || !above.empty();) {
       if (at != NoStream) {
         CompoundEntryRecord record;
-        const HRESULT result = Get(at, &record);
-        if (FAILED(result)) return result;
-        if (at == 0 || !reached_.Add(at)) return STG_E_DOCFILECORRUPT;
+        const Outcome outcome = Get(at, &record);
+        if (outcome != Outcome::Done) return outcome;
+        if (at == 0 || !reached_.Add(at)) return Outcome::Corrupt;
         above.emplace_back(at, record.right);
         at = record.left;
       } else {
@@ -94,18 +92,18 @@ class Records {
         above.pop_back();
       }
     }
-    return S_OK;
+    return Outcome::Done;
   }
 
-  HRESULT Take(std::uint32_t number, ReadEntry* entry) {
+  Outcome Take(std::uint32_t number, ReadEntry* entry) {
     CompoundEntryRecord record;
-    const HRESULT result = Get(number, &record);
-    if (FAILED(result)) return result;
+    const Outcome outcome = Get(number, &record);
+    if (outcome != Outcome::Done) return outcome;
     // The first entry is the root and no other is.
     const bool isKnown = number == 0 ? record.type == EntryRoot
                                      : record.type == EntryStorage || record.type == EntryStream;
     const bool isVersion3 = source_.Header().majorVersion == 3;
-    return isKnown && TakeRecord(record, isVersion3, entry) ? S_OK : STG_E_DOCFILECORRUPT;
+    return isKnown && TakeRecord(record, isVersion3, entry) ? Outcome::Done : Outcome::Corrupt;
   }
 
  private:
@@ -141,40 +139,40 @@ void LinkChildren(ReadEntry* storage, ReadEntry* first, std::size_t count) {
 using Block = std::unique_ptr<ReadEntry[]>;
 
 /// Reads the children of a storage and adds those that are storages to a list.
-HRESULT ReadChildren(Records& records, ReadEntry* storage, Block* children,
+Outcome ReadChildren(Records& records, ReadEntry* storage, Block* children,
                      std::vector<ReadEntry*>* storages) {
   std::vector<std::uint32_t> numbers;
-  HRESULT result = records.InOrder(storage->top, &numbers);
-  if (FAILED(result) || numbers.empty()) return result;
+  Outcome outcome = records.InOrder(storage->top, &numbers);
+  if (outcome != Outcome::Done || numbers.empty()) return outcome;
   *children = std::make_unique<ReadEntry[]>(numbers.size());
   ReadEntry* first = children->get();
   for (std::size_t i = 0; i < numbers.size(); ++i) {
-    result = records.Take(numbers[i], &first[i]);
-    if (FAILED(result)) return result;
+    outcome = records.Take(numbers[i], &first[i]);
+    if (outcome != Outcome::Done) return outcome;
   }
-  if (!Sort(first, first + numbers.size())) return STG_E_DOCFILECORRUPT;
+  if (!Sort(first, first + numbers.size())) return Outcome::Corrupt;
   LinkChildren(storage, first, numbers.size());
   for (std::size_t i = 0; i < numbers.size(); ++i) {
     if (!first[i].IsStream()) storages->push_back(&first[i]);
   }
-  return S_OK;
+  return Outcome::Done;
 }
 
 }  // namespace
 
-HRESULT ReadDirectory::Read(SectorSource& source, Fat& fat) {
+Outcome ReadDirectory::Read(SectorSource& source, Fat& fat) {
   Records records(source, fat);
-  HRESULT result = records.Take(0, &root_);
+  Outcome outcome = records.Take(0, &root_);
   // Storages wait in a list, so that their nesting costs no depth of calls.
   std::vector<ReadEntry*> waiting = {&root_};
-  while (SUCCEEDED(result) && !waiting.empty()) {
+  while (outcome == Outcome::Done && !waiting.empty()) {
     ReadEntry* storage = waiting.back();
     waiting.pop_back();
     Block children;
-    result = ReadChildren(records, storage, &children, &waiting);
+    outcome = ReadChildren(records, storage, &children, &waiting);
     if (children != nullptr) blocks_.push_back(std::move(children));
   }
-  return result;
+  return outcome;
 }
 
 CompoundEntry* ReadDirectory::Find(const CompoundEntry* storage, const CompoundName& name) const {

@@ -20,9 +20,9 @@ struct ReadEntry : CompoundEntry {
 /// order, so that finding one is a search by halving, whatever the names are.
 class ReadDirectory {
  public:
-  /// Reads every entry that is reached from the root; STG_E_DOCFILECORRUPT when they form no tree.
+  /// Reads every entry that is reached from the root; Corrupt when they form no tree.
   /// May throw std::bad_alloc.
-  HRESULT Read(SectorSource& source, Fat& fat);
+  Outcome Read(SectorSource& source, Fat& fat);
 
   ReadEntry* Root() { return &root_; }
 

@@ -9,14 +9,14 @@
 #include "compound/sector_source.h"
 
 /// A compound file that is only read. It may be any file: whatever contradicts itself is
-/// STG_E_DOCFILECORRUPT, at the latest when the bytes are read that this concerns.
+/// Corrupt, at the latest when the bytes are read that this concerns.
 ///
 /// Opening reads the directory and nothing of the streams. Memory is taken by the entries of the
 /// directory, and by an open stream for each fragment of it that was read.
 class ReadDocument final : public CompoundContents {
  public:
   /// See SectorSource::Open.
-  HRESULT Open(const char* path, bool exclusive);
+  Outcome Open(const char* path, bool exclusive);
 
   /// Bytes; 512 or 4096.
   std::uint32_t SectorSize() const { return source_.SectorSize(); }
@@ -25,7 +25,7 @@ class ReadDocument final : public CompoundContents {
   CompoundEntry* Find(const CompoundEntry* storage, const CompoundName& name) override {
     return directory_.Find(storage, name);
   }
-  HRESULT Read(CompoundEntry& stream, std::uint64_t offset, void* data, std::size_t size,
+  Outcome Read(CompoundEntry& stream, std::uint64_t offset, void* data, std::size_t size,
                std::size_t* done) override;
   void Closed(CompoundEntry& entry) override { static_cast<ReadEntry&>(entry).found.reset(); }
   void Finish() override { source_.Close(); }
@@ -36,8 +36,8 @@ class ReadDocument final : public CompoundContents {
     std::uint64_t offset = 0;
     std::uint64_t size = 0;
   };
-  HRESULT Locate(FoundChain& chain, std::uint64_t offset, std::uint64_t most, Extent* extent);
-  HRESULT LocateMini(FoundChain& chain, std::uint64_t offset, std::uint64_t most, Extent* extent);
+  Outcome Locate(FoundChain& chain, std::uint64_t offset, std::uint64_t most, Extent* extent);
+  Outcome LocateMini(FoundChain& chain, std::uint64_t offset, std::uint64_t most, Extent* extent);
 
   /// What is open when there is a file.
   struct Chains {

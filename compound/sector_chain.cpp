@@ -1,13 +1,6 @@
 #include "compound/sector_chain.h"
 
 #include <algorithm>
-#include <memory>
-
-std::uint32_t SectorChain::End() const {
-  if (total_ == 0) return 0;
-  const SectorRun& last = Run(RunCount() - 1);
-  return last.start + last.count;
-}
 
 SectorRun SectorChain::From(std::uint32_t index) const {
   if (more_ == nullptr) return {first_.start + index, first_.count - index};
@@ -24,14 +17,15 @@ SectorRun SectorChain::From(std::uint32_t index) const {
 
 void SectorChain::Append(SectorRun run) {
   if (run.count == 0) return;
+  SectorRun& last = more_ != nullptr ? more_->back() : first_;
   if (total_ == 0) {
     first_ = run;
-  } else if (End() == run.start) {
-    (more_ != nullptr ? more_->back() : first_).count += run.count;
+  } else if (last.start + last.count == run.start) {
+    last.count += run.count;
   } else if (more_ != nullptr) {
     more_->push_back(run);
   } else {
-    more_ = std::make_unique<std::vector<SectorRun>>(std::vector<SectorRun>{first_, run}).release();
+    more_ = std::make_unique<std::vector<SectorRun>>(std::vector<SectorRun>{first_, run});
   }
   total_ += run.count;
 }
@@ -44,14 +38,8 @@ SectorRun SectorChain::TakeLast(std::uint32_t count) {
   const SectorRun taken = {last.start + last.count, count};
   if (last.count == 0 && more_ != nullptr) {
     more_->pop_back();
-    if (more_->empty()) Free();
+    if (more_->empty()) more_.reset();
   }
+  if (total_ == 0) first_ = {};
   return taken;
-}
-
-void SectorChain::Free() {
-  delete more_;
-  more_ = nullptr;
-  first_ = {};
-  total_ = 0;
 }

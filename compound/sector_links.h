@@ -9,7 +9,7 @@
 class DifatLinks final : public SectorLinks {
  public:
   explicit DifatLinks(SectorSource& source) : source_(source) {}
-  HRESULT After(std::uint32_t sector, std::uint32_t most, SectorRun* run) override;
+  Outcome After(std::uint32_t sector, std::uint32_t most, SectorRun* run) override;
 
  private:
   SectorSource& source_;
@@ -18,13 +18,13 @@ class DifatLinks final : public SectorLinks {
 /// A table of words, one for each sector of some space, that is kept in sectors of the file.
 class LinkTable : public SectorLinks {
  public:
-  HRESULT After(std::uint32_t sector, std::uint32_t most, SectorRun* run) override;
+  Outcome After(std::uint32_t sector, std::uint32_t most, SectorRun* run) override;
 
  protected:
   explicit LinkTable(SectorSource& source) : source_(source) {}
 
   /// The sector of the file that holds part `index` of the table.
-  virtual HRESULT PlaceOf(std::uint32_t index, std::uint32_t* sector) = 0;
+  virtual Outcome PlaceOf(std::uint32_t index, std::uint32_t* sector) = 0;
 
   /// How many sectors there can be.
   virtual std::uint32_t Count() const = 0;
@@ -40,7 +40,7 @@ class Fat final : public LinkTable {
   explicit Fat(SectorSource& source);
 
  private:
-  HRESULT PlaceOf(std::uint32_t index, std::uint32_t* sector) override;
+  Outcome PlaceOf(std::uint32_t index, std::uint32_t* sector) override;
   std::uint32_t Count() const override { return source_.SectorCount(); }
 
   DifatLinks difatLinks_;
@@ -53,7 +53,7 @@ class MiniFat final : public LinkTable {
   MiniFat(SectorSource& source, Fat& fat);
 
  private:
-  HRESULT PlaceOf(std::uint32_t index, std::uint32_t* sector) override;
+  Outcome PlaceOf(std::uint32_t index, std::uint32_t* sector) override;
   std::uint32_t Count() const override { return MaxRegularSector; }
 
   Fat& fat_;

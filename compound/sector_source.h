@@ -6,17 +6,17 @@
 
 #include "compound/disk.h"
 #include "compound/format.h"
-#include "platform/storage.h"
+#include "compound/outcome.h"
 
 /// A compound file that is read: its header and its bytes.
 class SectorSource {
  public:
   /// Opens the file and checks its header. While it is open nobody can write it, and with
-  /// `exclusive` nobody can read it either; a file that is open otherwise is STG_E_SHAREVIOLATION.
-  HRESULT Open(const char* path, bool exclusive);
+  /// `exclusive` nobody can read it either; a file that is open otherwise is InUse.
+  Outcome Open(const char* path, bool exclusive);
 
-  /// Whether the file, which must be a plain one, begins as a compound file does: S_OK or S_FALSE.
-  static HRESULT LooksCompound(const char* path);
+  /// Whether the file, which must be a plain one, begins as a compound file does.
+  static Outcome LooksCompound(const char* path, bool* looks);
 
   const CompoundHeader& Header() const { return header_; }
   std::uint32_t SectorSize() const { return 1U << header_.sectorShift; }
@@ -29,12 +29,12 @@ class SectorSource {
     return (std::uint64_t{sector} + 1) << header_.sectorShift;
   }
 
-  /// Reads bytes of the file; STG_E_DOCFILECORRUPT when it ends before the last of them.
-  HRESULT Read(std::uint64_t offset, void* data, std::size_t size);
+  /// Reads bytes of the file; Corrupt when it ends before the last of them.
+  Outcome Read(std::uint64_t offset, void* data, std::size_t size);
 
   /// The bytes of a sector of some table. They are good until the next call. Where the file ends
   /// within the sector, bytes FF stand for the rest: free sectors and no entries.
-  HRESULT Look(std::uint32_t sector, const std::byte** bytes);
+  Outcome Look(std::uint32_t sector, const std::byte** bytes);
 
   void Close() { file_.Close(); }
 
@@ -44,9 +44,9 @@ class SectorSource {
   static constexpr std::size_t BlockCount = 16;
   static constexpr std::uint64_t NoBlock = ~std::uint64_t{0};
 
-  HRESULT CheckHeader() const;
-  HRESULT ReadFile(std::uint64_t offset, void* data, std::size_t size);
-  HRESULT BlockAt(std::uint64_t offset, const std::byte** block);
+  Outcome CheckHeader() const;
+  Outcome ReadFile(std::uint64_t offset, void* data, std::size_t size);
+  Outcome BlockAt(std::uint64_t offset, const std::byte** block);
 
   OpenFile file_;
   std::uint64_t size_ = 0;  // bytes of the file

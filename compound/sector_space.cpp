@@ -4,12 +4,47 @@
 #include <iterator>
 #include <new>
 
+#include "compound/format.h"
+
+SectorSpace::SectorSpace(std::uint32_t sectorSize, const SectorSpace& host,
+                         const SectorChain& chain)
+    : sectorSize_(sectorSize), locked_(MarkFree), host_(&host), hostChain_(&chain) {}
+
 std::uint64_t SectorSpace::EndAfter(std::uint32_t count) const {
   const std::uint64_t fresh = count > freeCount_ ? count - freeCount_ : 0;
   const std::uint64_t after = std::uint64_t{end_} + fresh;
   return end_ <= locked_ && after > locked_ ? after + 1 : after;
 }
 
+void SectorSpace::Extend(SectorChain& chain, std::uint32_t count) {
+  const std::uint32_t before = chain.Count();
+  while (chain.Count() < count) {
+    const SectorRun run = Take(count - chain.Count());
+    try {
+      chain.Append(run);
+    } catch (const std::bad_alloc&) {
+      Give(run);
+      Trim(chain, before);
+      throw;
+    }
+  }
+}
+
+void SectorSpace::Trim(SectorChain& chain, std::uint32_t count) {
+  while (chain.Count() > count) Give(chain.TakeLast(chain.Count() - count));
+}
+
+Extent SectorSpace::Locate(const SectorChain& chain, std::uint64_t offset) const {
+  const SectorRun run = chain.From(static_cast<std::uint32_t>(offset / sectorSize_));
+  const std::uint64_t within = offset % sectorSize_;
+  const std::uint64_t size = std::uint64_t{run.count} * sectorSize_ - within;
+  const std::uint64_t start = std::uint64_t{run.start} * sectorSize_ + within;
+  if (host_ == nullptr) return {start + sectorSize_, size};
+  const Extent extent = host_->Locate(*hostChain_, start);
+  return {extent.offset, std::min(extent.size, size)};
+}
+
+/// Up to `count` neighbouring sectors, free ones first.
 SectorRun SectorSpace::Take(std::uint32_t count) {
   if (!freeRuns_.empty()) {
     auto run = freeRuns_.begin();
@@ -32,6 +67,7 @@ SectorRun SectorSpace::Take(std::uint32_t count) {
   return {end_ - taken, taken};
 }
 
+/// Never fails; at worst the sectors stay unused.
 void SectorSpace::Give(SectorRun run) {
   if (run.count == 0) return;
   try {

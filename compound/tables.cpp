@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "compound/directory.h"
 #include "compound/document.h"
@@ -23,37 +24,82 @@ std::vector<std::uint32_t> SectorsOf(const std::vector<SectorRun>& runs) {
   return sectors;
 }
 
-}  // namespace
+/// Writes one file's tables, once.
+class TableWriter {
+ public:
+  TableWriter(const TableContents& contents, GatheringFile& file)
+      : contents_(contents),
+        sectorSize_(contents.parameters.sectorSize),
+        file_(file),
+        counts_(CountTables(contents.parameters, {contents.space.End(), contents.directory.Count(),
+                                                  contents.miniSpace.End()})),
+        next_(contents.space.End()) {}
 
-CompoundWriter::CompoundWriter(CompoundDocument& writtenDocument)
-    : document_(writtenDocument),
-      counts_(CountTables(document_.parameters_, document_.space_.End(),
-                          document_.directory_.Count(), document_.miniSpace_.End())),
-      next_(document_.space_.End()) {}
+  Outcome Write();
 
-std::uint64_t CompoundWriter::FileSize() const {
-  return (counts_.total + 1) * document_.parameters_.sectorSize;
-}
+  /// Bytes of the whole file.
+  std::uint64_t Size() const { return FileSize(contents_.parameters, counts_); }
 
-HRESULT CompoundWriter::Write() {
+ private:
+  /// A run of a chain together with what follows its last sector.
+  struct FatRun {
+    SectorRun run;
+    std::uint32_t after;          // mark of the last sector
+    std::uint32_t everyMark = 0;  // mark of all sectors, for those that form no chain; else 0
+  };
+
+  std::vector<SectorRun> Place(std::uint32_t count);
+  void AddChain(const SectorChain& chain);
+  void AddChain(const std::vector<SectorRun>& runs);
+  void AddMarked(const std::vector<SectorRun>& runs, std::uint32_t mark);
+  void AddMiniChain(const SectorChain& chain);
+
+  Outcome WriteDirectory();
+  Outcome WriteBlock(const CompoundEntry& storage, std::vector<CompoundEntry*>* storages);
+  Outcome WriteRecord(const CompoundEntry& entry, const TreeNode& node, std::uint32_t base);
+  Outcome PadDirectory();
+  Outcome WriteMiniFat();
+  Outcome WriteFat();
+  Outcome WriteDifat();
+  Outcome WriteHeader();
+  Outcome Put(const std::vector<SectorRun>& runs, std::uint64_t offset, const void* data,
+              std::size_t size);
+
+  const TableContents& contents_;
+  const std::uint32_t sectorSize_;  // bytes
+  GatheringFile& file_;
+  const TableCounts counts_;
+  std::uint32_t next_;  // the sector where the next table goes
+  std::vector<SectorRun> directoryRuns_;
+  std::vector<SectorRun> miniFatRuns_;
+  std::vector<SectorRun> fatRuns_;
+  std::vector<SectorRun> difatRuns_;
+  std::vector<FatRun> chains_;
+  std::vector<std::uint32_t> miniFat_;
+  std::vector<std::uint32_t> fatSectors_;
+  std::uint32_t writtenEntries_ = 0;
+  std::uint32_t nextBlock_ = 1;  // entry number of the next storage's first child
+};
+
+Outcome TableWriter::Write() {
   directoryRuns_ = Place(counts_.directory);
   miniFatRuns_ = Place(counts_.miniFat);
   fatRuns_ = Place(counts_.fat);
   difatRuns_ = Place(counts_.difat);
   fatSectors_ = SectorsOf(fatRuns_);
-  miniFat_.assign(std::size_t{counts_.miniFat} * document_.parameters_.sectorSize / 4, MarkFree);
+  miniFat_.assign(std::size_t{counts_.miniFat} * contents_.parameters.MarksPerSector(), MarkFree);
   for (const auto step :
-       {&CompoundWriter::WriteDirectory, &CompoundWriter::WriteMiniFat, &CompoundWriter::WriteFat,
-        &CompoundWriter::WriteDifat, &CompoundWriter::WriteHeader}) {
-    const HRESULT result = (this->*step)();
-    if (FAILED(result)) return result;
+       {&TableWriter::WriteDirectory, &TableWriter::WriteMiniFat, &TableWriter::WriteFat,
+        &TableWriter::WriteDifat, &TableWriter::WriteHeader}) {
+    const Outcome outcome = (this->*step)();
+    if (outcome != Outcome::Done) return outcome;
   }
-  return S_OK;
+  return Outcome::Done;
 }
 
 /// The next `count` sectors, around the locked one.
-std::vector<SectorRun> CompoundWriter::Place(std::uint32_t count) {
-  const std::uint32_t locked = LockedSector(document_.parameters_);
+std::vector<SectorRun> TableWriter::Place(std::uint32_t count) {
+  const std::uint32_t locked = LockedSector(contents_.parameters);
   std::vector<SectorRun> runs;
   while (count > 0) {
     if (next_ == locked) ++next_;
@@ -65,24 +111,24 @@ std::vector<SectorRun> CompoundWriter::Place(std::uint32_t count) {
   return runs;
 }
 
-void CompoundWriter::AddChain(const SectorChain& chain) {
+void TableWriter::AddChain(const SectorChain& chain) {
   const std::uint32_t runs = chain.RunCount();
   for (std::uint32_t i = 0; i < runs; ++i) {
     chains_.push_back({chain.Run(i), i + 1 < runs ? chain.Run(i + 1).start : MarkEndOfChain});
   }
 }
 
-void CompoundWriter::AddChain(const std::vector<SectorRun>& runs) {
+void TableWriter::AddChain(const std::vector<SectorRun>& runs) {
   for (std::size_t i = 0; i < runs.size(); ++i) {
     chains_.push_back({runs[i], i + 1 < runs.size() ? runs[i + 1].start : MarkEndOfChain});
   }
 }
 
-void CompoundWriter::AddMarked(const std::vector<SectorRun>& runs, std::uint32_t mark) {
+void TableWriter::AddMarked(const std::vector<SectorRun>& runs, std::uint32_t mark) {
   for (const SectorRun& run : runs) chains_.push_back({run, mark, mark});
 }
 
-void CompoundWriter::AddMiniChain(const SectorChain& chain) {
+void TableWriter::AddMiniChain(const SectorChain& chain) {
   std::uint32_t* link = nullptr;
   for (std::uint32_t i = 0; i < chain.RunCount(); ++i) {
     const SectorRun& run = chain.Run(i);
@@ -95,39 +141,39 @@ void CompoundWriter::AddMiniChain(const SectorChain& chain) {
   if (link != nullptr) *link = MarkEndOfChain;
 }
 
-HRESULT CompoundWriter::WriteDirectory() {
-  const CompoundEntry& root = *document_.directory_.Root();
-  HRESULT result = WriteRecord(root, {0, NoStream, NoStream, ColorBlack}, 0);
+Outcome TableWriter::WriteDirectory() {
+  const CompoundEntry& root = *contents_.directory.Root();
+  Outcome outcome = WriteRecord(root, {0, NoStream, NoStream, ColorBlack}, 0);
   std::vector<CompoundEntry*> level;
-  if (SUCCEEDED(result)) result = WriteBlock(root, &level);
-  while (SUCCEEDED(result) && !level.empty()) {
+  if (outcome == Outcome::Done) outcome = WriteBlock(root, &level);
+  while (outcome == Outcome::Done && !level.empty()) {
     std::vector<CompoundEntry*> deeper;
     for (const CompoundEntry* storage : level) {
-      result = WriteBlock(*storage, &deeper);
-      if (FAILED(result)) return result;
+      outcome = WriteBlock(*storage, &deeper);
+      if (outcome != Outcome::Done) return outcome;
     }
     level.swap(deeper);
   }
-  return FAILED(result) ? result : PadDirectory();
+  return outcome != Outcome::Done ? outcome : PadDirectory();
 }
 
 /// Writes the children of a storage; appends those that have children themselves to `storages`.
-HRESULT CompoundWriter::WriteBlock(const CompoundEntry& storage,
-                                   std::vector<CompoundEntry*>* storages) {
+Outcome TableWriter::WriteBlock(const CompoundEntry& storage,
+                                std::vector<CompoundEntry*>* storages) {
   const std::vector<CompoundEntry*> children = SortedChildren(storage);
   const auto count = static_cast<std::uint32_t>(children.size());
   const std::uint32_t base = writtenEntries_;
-  HRESULT result = S_OK;
+  Outcome outcome = Outcome::Done;
   VisitTree(0, count, FullLevels(count), [&](const TreeNode& node) {
     CompoundEntry* entry = children[node.position];
-    if (SUCCEEDED(result)) result = WriteRecord(*entry, node, base);
+    if (outcome == Outcome::Done) outcome = WriteRecord(*entry, node, base);
     if (!entry->IsStream() && entry->storage->childCount > 0) storages->push_back(entry);
   });
-  return result;
+  return outcome;
 }
 
-HRESULT CompoundWriter::WriteRecord(const CompoundEntry& entry, const TreeNode& node,
-                                    std::uint32_t base) {
+Outcome TableWriter::WriteRecord(const CompoundEntry& entry, const TreeNode& node,
+                                 std::uint32_t base) {
   CompoundEntryRecord record = {};
   const bool isRoot = entry.parent == nullptr;
   const char16_t* name = isRoot ? RootName : entry.name.units;
@@ -142,7 +188,7 @@ HRESULT CompoundWriter::WriteRecord(const CompoundEntry& entry, const TreeNode& 
     record.type = EntryStream;
     record.size = entry.size;
     record.start = entry.chain.Count() == 0 ? MarkEndOfChain : entry.chain.Start();
-    if (document_.IsMini(entry.size)) {
+    if (contents_.parameters.IsMini(entry.size)) {
       AddMiniChain(entry.chain);
     } else {
       AddChain(entry.chain);
@@ -150,7 +196,7 @@ HRESULT CompoundWriter::WriteRecord(const CompoundEntry& entry, const TreeNode& 
   } else {
     const StorageInfo& info = *entry.storage;
     record.type = isRoot ? EntryRoot : EntryStorage;
-    record.clsid = info.clsid;
+    record.classId = info.classId;
     record.stateBits = info.stateBits;
     record.created = isRoot ? 0 : info.created;
     record.modified = info.modified;
@@ -158,34 +204,33 @@ HRESULT CompoundWriter::WriteRecord(const CompoundEntry& entry, const TreeNode& 
     nextBlock_ += info.childCount;
   }
   if (isRoot) {
-    record.size = std::uint64_t{document_.miniSpace_.End()} * MiniSectorSize;
+    record.size = std::uint64_t{contents_.miniSpace.End()} * MiniSectorSize;
     record.start =
-        document_.miniStream_.Count() == 0 ? MarkEndOfChain : document_.miniStream_.Start();
-    AddChain(document_.miniStream_);
+        contents_.miniStream.Count() == 0 ? MarkEndOfChain : contents_.miniStream.Start();
+    AddChain(contents_.miniStream);
   }
   const std::uint64_t offset = std::uint64_t{writtenEntries_++} * sizeof record;
   return Put(directoryRuns_, offset, &record, sizeof record);
 }
 
-HRESULT CompoundWriter::PadDirectory() {
+Outcome TableWriter::PadDirectory() {
   CompoundEntryRecord unused = {};
   unused.left = unused.right = unused.child = NoStream;
-  const std::uint32_t perSector =
-      static_cast<std::uint32_t>(document_.parameters_.sectorSize / sizeof unused);
+  const std::uint32_t perSector = contents_.parameters.EntriesPerSector();
   for (; writtenEntries_ < counts_.directory * perSector; ++writtenEntries_) {
     const std::uint64_t offset = std::uint64_t{writtenEntries_} * sizeof unused;
-    const HRESULT result = Put(directoryRuns_, offset, &unused, sizeof unused);
-    if (FAILED(result)) return result;
+    const Outcome outcome = Put(directoryRuns_, offset, &unused, sizeof unused);
+    if (outcome != Outcome::Done) return outcome;
   }
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT CompoundWriter::WriteMiniFat() {
+Outcome TableWriter::WriteMiniFat() {
   return Put(miniFatRuns_, 0, miniFat_.data(), miniFat_.size() * sizeof(std::uint32_t));
 }
 
-HRESULT CompoundWriter::WriteFat() {
-  const std::uint32_t locked = LockedSector(document_.parameters_);
+Outcome TableWriter::WriteFat() {
+  const std::uint32_t locked = LockedSector(contents_.parameters);
   AddChain(directoryRuns_);
   AddChain(miniFatRuns_);
   AddMarked(fatRuns_, MarkFat);
@@ -193,7 +238,7 @@ HRESULT CompoundWriter::WriteFat() {
   if (locked < counts_.total) AddMarked({{locked, 1}}, MarkEndOfChain);
   std::sort(chains_.begin(), chains_.end(),
             [](const FatRun& a, const FatRun& b) { return a.run.start < b.run.start; });
-  const std::uint32_t perSector = document_.parameters_.sectorSize / 4;
+  const std::uint32_t perSector = contents_.parameters.MarksPerSector();
   std::vector<std::uint32_t> marks(perSector);
   std::size_t at = 0;
   for (std::uint32_t sector = 0; sector < counts_.fat; ++sector) {
@@ -211,15 +256,15 @@ HRESULT CompoundWriter::WriteFat() {
       }
       if (runEnd > end) break;  // goes on in the next sector of the FAT
     }
-    const std::uint64_t offset = std::uint64_t{sector} * document_.parameters_.sectorSize;
-    const HRESULT result = Put(fatRuns_, offset, marks.data(), document_.parameters_.sectorSize);
-    if (FAILED(result)) return result;
+    const std::uint64_t offset = std::uint64_t{sector} * sectorSize_;
+    const Outcome outcome = Put(fatRuns_, offset, marks.data(), sectorSize_);
+    if (outcome != Outcome::Done) return outcome;
   }
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT CompoundWriter::WriteDifat() {
-  const std::uint32_t perSector = document_.parameters_.sectorSize / 4;
+Outcome TableWriter::WriteDifat() {
+  const std::uint32_t perSector = contents_.parameters.MarksPerSector();
   const std::vector<std::uint32_t> sectors = SectorsOf(difatRuns_);
   std::vector<std::uint32_t> marks(perSector);
   std::size_t from = HeaderDifatEntries;
@@ -229,15 +274,15 @@ HRESULT CompoundWriter::WriteDifat() {
     std::copy_n(&fatSectors_[from], part, marks.begin());
     from += part;
     marks.back() = i + 1 < sectors.size() ? sectors[i + 1] : MarkEndOfChain;
-    const std::uint64_t offset = i * std::uint64_t{document_.parameters_.sectorSize};
-    const HRESULT result = Put(difatRuns_, offset, marks.data(), document_.parameters_.sectorSize);
-    if (FAILED(result)) return result;
+    const std::uint64_t offset = i * std::uint64_t{sectorSize_};
+    const Outcome outcome = Put(difatRuns_, offset, marks.data(), sectorSize_);
+    if (outcome != Outcome::Done) return outcome;
   }
-  return S_OK;
+  return Outcome::Done;
 }
 
-HRESULT CompoundWriter::WriteHeader() {
-  const std::uint32_t sectorSize = document_.parameters_.sectorSize;
+Outcome TableWriter::WriteHeader() {
+  const std::uint32_t sectorSize = sectorSize_;
   const bool isVersion4 = sectorSize == 4096;
   CompoundHeader header = {};
   std::memcpy(header.signature, Signature, sizeof Signature);
@@ -249,7 +294,7 @@ HRESULT CompoundWriter::WriteHeader() {
   header.directorySectors = isVersion4 ? counts_.directory : 0;
   header.fatSectors = counts_.fat;
   header.directoryStart = StartOf(directoryRuns_);
-  header.miniCutoff = document_.parameters_.miniCutoff;
+  header.miniCutoff = contents_.parameters.miniCutoff;
   header.miniFatStart = StartOf(miniFatRuns_);
   header.miniFatSectors = counts_.miniFat;
   header.difatStart = StartOf(difatRuns_);
@@ -259,26 +304,34 @@ HRESULT CompoundWriter::WriteHeader() {
   }
   std::vector<std::byte> sector(sectorSize);
   std::memcpy(sector.data(), &header, sizeof header);
-  return document_.file_.Write(0, sector.data(), sector.size());
+  return file_.Write(0, sector.data(), sector.size());
 }
 
 /// Writes into a table that lies in `runs`.
-HRESULT CompoundWriter::Put(const std::vector<SectorRun>& runs, std::uint64_t offset,
-                            const void* data, std::size_t size) {
+Outcome TableWriter::Put(const std::vector<SectorRun>& runs, std::uint64_t offset, const void* data,
+                         std::size_t size) {
   auto* from = static_cast<const std::byte*>(data);
   for (const SectorRun& run : runs) {
-    const std::uint64_t runSize = std::uint64_t{run.count} * document_.parameters_.sectorSize;
+    const std::uint64_t runSize = std::uint64_t{run.count} * sectorSize_;
     if (offset < runSize) {
       const std::size_t part = std::min<std::uint64_t>(size, runSize - offset);
-      const HRESULT result =
-          document_.file_.Write(document_.OffsetOf(run.start) + offset, from, part);
-      if (FAILED(result)) return result;
+      const Outcome outcome =
+          file_.Write((std::uint64_t{run.start} + 1) * sectorSize_ + offset, from, part);
+      if (outcome != Outcome::Done) return outcome;
       from += part;
       size -= part;
       offset += part;
     }
-    if (size == 0) return S_OK;
+    if (size == 0) return Outcome::Done;
     offset -= runSize;
   }
-  return S_OK;
+  return Outcome::Done;
+}
+
+}  // namespace
+
+Outcome WriteTables(const TableContents& contents, GatheringFile& file, std::uint64_t* fileSize) {
+  TableWriter writer(contents, file);
+  *fileSize = writer.Size();
+  return writer.Write();
 }

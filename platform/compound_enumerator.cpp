@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "compound/directory.h"
+#include "platform/element.h"
+#include "platform/results.h"
 
 HRESULT CompoundEnumerator::QueryInterface(REFIID riid, void** ppvObject) {
   if (ppvObject == nullptr) return E_POINTER;
@@ -26,7 +28,7 @@ HRESULT CompoundEnumerator::Next(ULONG celt, STATSTG* rgelt, ULONG* pceltFetched
   ULONG fetched = 0;
   for (; fetched < celt && position_ < elements_.size(); ++fetched) {
     const Element& element = elements_[position_];
-    OLECHAR* name = NewWideName(element.name.units, element.name.length);
+    OLECHAR* name = NewWideName(element.name);
     if (name == nullptr) {
       position_ -= fetched;
       while (fetched > 0) CoTaskMemFree(rgelt[--fetched].pwcsName);

@@ -2,7 +2,9 @@
 
 #include <vector>
 
-#include "platform/open_object.h"
+#include "compound/document.h"
+#include "compound/open_object.h"
+#include "platform/storage.h"
 
 /// The object behind an IEnumSTATSTG: the elements of a storage as they were when it was made.
 class CompoundEnumerator final : public IEnumSTATSTG, public OpenObject {

@@ -7,6 +7,8 @@
 #include "compound/document.h"
 #include "platform/compound_enumerator.h"
 #include "platform/compound_stream.h"
+#include "platform/element.h"
+#include "platform/results.h"
 
 namespace {
 
@@ -63,8 +65,7 @@ HRESULT CompoundStorage::Find(const OLECHAR* text, CompoundName* name,
   if (IsReverted()) return STG_E_REVERTED;
   // Files of others may hold names that new elements cannot have.
   const NameRules rules = document_->Written() != nullptr ? NameRules::New : NameRules::Existing;
-  const HRESULT result = MakeName(text, name, rules);
-  if (FAILED(result)) return result;
+  if (!MakeName(text, name, rules)) return STG_E_INVALIDNAME;
   *found = document_->Find(entry_, *name);
   return *found != nullptr ? S_OK : STG_E_FILENOTFOUND;
 }
@@ -95,11 +96,12 @@ template <class Object, class Interface>
 HRESULT CompoundStorage::Create(const OLECHAR* text, DWORD createMode, Interface** created) {
   CompoundName name;
   CompoundEntry* old = nullptr;
-  HRESULT result = FindReplaceable(text, createMode, &name, &old);
+  const HRESULT result = FindReplaceable(text, createMode, &name, &old);
   if (FAILED(result)) return result;
   CompoundEntry* made = nullptr;
-  result = document_->Written()->AddEntry(entry_, name, std::is_same_v<Interface, IStream>, &made);
-  if (FAILED(result)) return result;
+  const bool isStream = std::is_same_v<Interface, IStream>;
+  const Outcome added = document_->Written()->AddEntry(entry_, name, isStream, &made);
+  if (added != Outcome::Done) return ResultOf(added);
   auto* object = new (std::nothrow) Object(document_, made, createMode & ~STGM_CREATE);
   if (object == nullptr) {
     document_->Written()->Destroy(made);
@@ -110,8 +112,8 @@ HRESULT CompoundStorage::Create(const OLECHAR* text, DWORD createMode, Interface
     RevertTree(old);
     document_->Written()->Destroy(old);
   }
-  Touch(entry_);
-  if (!made->IsStream()) made->storage->created = made->storage->modified = TimeNow();
+  Touch(*document_, *entry_);
+  if (!isStream) made->storage->created = Touch(*document_, *made).modified;
   *created = object;
   return S_OK;
 }
@@ -191,7 +193,7 @@ HRESULT CompoundStorage::DestroyElement(const OLECHAR* pwcsName) {
   if (!IsWritable()) return STG_E_ACCESSDENIED;
   RevertTree(found);
   document_->Written()->Destroy(found);
-  Touch(entry_);
+  Touch(*document_, *entry_);
   return S_OK;
 }
 
@@ -206,8 +208,8 @@ HRESULT CompoundStorage::RenameElement(const OLECHAR* pwcsOldName, const OLECHAR
   if (FAILED(result) && result != STG_E_FILENOTFOUND) return result;
   if (!IsWritable() || found->opened != nullptr) return STG_E_ACCESSDENIED;
   if (other != nullptr && other != found) return STG_E_FILEALREADYEXISTS;
-  document_->Written()->Directory().Move(found, entry_, newName);
-  Touch(entry_);
+  document_->Written()->Move(found, entry_, newName);
+  Touch(*document_, *entry_);
   return S_OK;
 }
 
@@ -220,25 +222,24 @@ HRESULT CompoundStorage::SetElementTimes(const OLECHAR* pwcsName, const FILETIME
   if (FAILED(result)) return result;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
   if (found->IsStream()) return S_OK;
-  if (pctime != nullptr) found->storage->created = TimeOf(*pctime);
-  if (pmtime != nullptr) found->storage->modified = TimeOf(*pmtime);
+  StorageInfo& info = document_->Written()->Change(*found);
+  if (pctime != nullptr) info.created = TimeOf(*pctime);
+  if (pmtime != nullptr) info.modified = TimeOf(*pmtime);
   return S_OK;
 }
 
 HRESULT CompoundStorage::SetClass(REFCLSID clsid) {
   if (IsReverted()) return STG_E_REVERTED;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
-  entry_->storage->clsid = clsid;
-  Touch(entry_);
+  std::memcpy(Touch(*document_, *entry_).classId.data(), &clsid, sizeof clsid);
   return S_OK;
 }
 
 HRESULT CompoundStorage::SetStateBits(DWORD grfStateBits, DWORD grfMask) {
   if (IsReverted()) return STG_E_REVERTED;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
-  DWORD& bits = entry_->storage->stateBits;
+  DWORD& bits = Touch(*document_, *entry_).stateBits;
   bits = (bits & ~grfMask) | (grfStateBits & grfMask);
-  Touch(entry_);
   return S_OK;
 }
 

@@ -2,7 +2,9 @@
 
 #include <memory>
 
-#include "platform/open_object.h"
+#include "compound/document.h"
+#include "compound/open_object.h"
+#include "platform/storage.h"
 
 /// Our own storages answer to it, so that they know one another among foreign ones.
 constexpr IID IID_CompoundStorage = {
@@ -16,6 +18,13 @@ class CompoundStorage final : public IStorage, public OpenObject {
 
   /// Makes this storage the root, with which the document ends. `name` is what its Stat tells.
   void BecomeRoot(std::unique_ptr<CompoundContents> document, std::unique_ptr<OLECHAR[]> name);
+
+  CompoundContents* Document() const { return document_; }
+  CompoundEntry* Entry() const { return entry_; }
+
+  /// Whether a stream of this name in `to` would take the place of this storage or of one that
+  /// holds it, and destroy what is being copied.
+  bool WouldReplaceThis(IStorage* to, const OLECHAR* newName) const;
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) override;
   ULONG STDMETHODCALLTYPE AddRef() override;
@@ -48,8 +57,6 @@ class CompoundStorage final : public IStorage, public OpenObject {
   HRESULT STDMETHODCALLTYPE Stat(STATSTG* pstatstg, DWORD grfStatFlag) override;
 
  private:
-  friend class StorageCopy;
-
   bool IsWritable() const { return (mode_ & 3) != STGM_READ; }
   HRESULT Find(const OLECHAR* text, CompoundName* name, CompoundEntry** found) const;
   HRESULT FindOpenable(const OLECHAR* text, bool stream, DWORD openMode,
@@ -59,7 +66,6 @@ class CompoundStorage final : public IStorage, public OpenObject {
   template <class Object, class Interface>
   HRESULT Create(const OLECHAR* text, DWORD createMode, Interface** created);
   bool IsWithin(const CompoundEntry* ancestor) const;
-  bool WouldReplaceThis(IStorage* to, const OLECHAR* newName) const;
 
   DWORD mode_;
   std::unique_ptr<CompoundContents> owned_;  // of the root only

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "compound/document.h"
+#include "platform/element.h"
+#include "platform/results.h"
 
 namespace {
 

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "platform/open_object.h"
+#include "compound/document.h"
+#include "compound/open_object.h"
+#include "platform/storage.h"
 
 /// The object behind an IStream. Clones are further objects on the same entry.
 class CompoundStream final : public IStream, public OpenObject {

@@ -1,10 +1,13 @@
 #include <cstdlib>
 #include <cwchar>
+#include <memory>
 #include <string>
 
 #include "compound/document.h"
 #include "platform/compound_storage.h"
+#include "platform/element.h"
 #include "platform/path.h"
+#include "platform/results.h"
 #include "platform/utf8.h"
 
 namespace {
@@ -40,16 +43,13 @@ HRESULT CreateCompoundFile(const char* path, const OLECHAR* name,
                            const CompoundParameters& parameters, IStorage** storage) {
   auto rootName = CopyOf(name);
   auto document = std::make_unique<CompoundDocument>(parameters);
-  auto* root = new CompoundStorage(document.get(), document->Root(), RootMode);
-  const HRESULT result = document->Create(path);
-  if (FAILED(result)) {
-    // Before it owns the document, the root finishes nothing when it goes.
-    root->Release();
-    return result;
-  }
-  Touch(document->Root());
+  auto root = std::make_unique<CompoundStorage>(document.get(), document->Root(), RootMode);
+  const Outcome outcome = document->Create(path);
+  if (outcome != Outcome::Done) return ResultOf(outcome);
+  // Nothing can fail any more: the file has been emptied.
+  Touch(*document, *document->Root());
   root->BecomeRoot(std::move(document), std::move(rootName));
-  *storage = root;
+  *storage = root.release();
   return S_OK;
 }
 

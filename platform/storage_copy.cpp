@@ -7,6 +7,8 @@
 #include "platform/compound_enumerator.h"
 #include "platform/compound_storage.h"
 #include "platform/compound_stream.h"
+#include "platform/element.h"
+#include "platform/results.h"
 
 namespace {
 
@@ -44,8 +46,8 @@ bool Contains(const IID* ids, DWORD count, REFIID id) {
 bool Contains(SNB names, const CompoundName& name) {
   for (; names != nullptr && *names != nullptr; ++names) {
     CompoundName excluded;
-    if (FAILED(MakeName(*names, &excluded))) continue;
-    if (CompareNames(excluded.units, excluded.length, name.units, name.length) == 0) return true;
+    if (!MakeName(*names, &excluded)) continue;
+    if (IsSameName(excluded, name)) return true;
   }
   return false;
 }
@@ -59,7 +61,7 @@ CompoundStorage* Ours(IStorage* storage) {
 }
 
 struct TaskName {
-  explicit TaskName(const CompoundName& name) : text(NewWideName(name.units, name.length)) {
+  explicit TaskName(const CompoundName& name) : text(NewWideName(name)) {
     if (text == nullptr) throw std::bad_alloc();
   }
   ~TaskName() { CoTaskMemFree(text); }
@@ -76,12 +78,10 @@ bool CompoundStorage::IsWithin(const CompoundEntry* ancestor) const {
   return at != nullptr;
 }
 
-/// Whether a stream of this name in `to` would take the place of this storage or of one that
-/// holds it, and destroy what is being copied.
 bool CompoundStorage::WouldReplaceThis(IStorage* to, const OLECHAR* newName) const {
   const auto* ours = Ours(to);
   CompoundName name;
-  if (ours == nullptr || ours->document_ != document_ || FAILED(MakeName(newName, &name))) {
+  if (ours == nullptr || ours->document_ != document_ || !MakeName(newName, &name)) {
     return false;
   }
   const CompoundEntry* there = document_->Find(ours->entry_, name);
@@ -111,7 +111,8 @@ class StorageCopy {
   HRESULT Element(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
                   const OLECHAR* newName) {
     if (element->IsStream()) return Stream(parent, element, to, newName);
-    const Reference<CompoundStorage> from(new CompoundStorage(parent.document_, element, ReadMode));
+    const Reference<CompoundStorage> from(
+        new CompoundStorage(parent.Document(), element, ReadMode));
     Reference<IStorage> made;
     const HRESULT result = OpenOrCreate(to, newName, made.Place());
     return FAILED(result) ? result : Contents(*from.Get(), nullptr, made.Get());
@@ -125,11 +126,11 @@ class StorageCopy {
 
   HRESULT Level(CompoundStorage& from, SNB excluded, IStorage* to) {
     if (from.IsReverted()) return STG_E_REVERTED;
-    HRESULT result = to->SetClass(from.entry_->storage->clsid);
+    HRESULT result = to->SetClass(ClassOf(*from.Entry()->storage));
     if (SUCCEEDED(result)) {
-      result = to->SetStateBits(from.entry_->storage->stateBits, 0xFFFFFFFF);
+      result = to->SetStateBits(from.Entry()->storage->stateBits, 0xFFFFFFFF);
     }
-    for (CompoundEntry* child : SortedChildren(*from.entry_)) {
+    for (CompoundEntry* child : SortedChildren(*from.Entry())) {
       if (FAILED(result)) return result;
       if (!(child->IsStream() ? streams_ : storages_) || Contains(excluded, child->name)) continue;
       const TaskName name(child->name);
@@ -142,7 +143,7 @@ class StorageCopy {
   static HRESULT Stream(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
                         const OLECHAR* newName) {
     if (parent.WouldReplaceThis(to, newName)) return STG_E_ACCESSDENIED;
-    const Reference<IStream> from(new CompoundStream(parent.document_, element, ReadMode));
+    const Reference<IStream> from(new CompoundStream(parent.Document(), element, ReadMode));
     Reference<IStream> made;
     const HRESULT result = to->CreateStream(newName, MakeMode, 0, 0, made.Place());
     return FAILED(result) ? result : from->CopyTo(made.Get(), Everything, nullptr, nullptr);
@@ -151,7 +152,7 @@ class StorageCopy {
   HRESULT Defer(CompoundStorage& parent, CompoundEntry* element, IStorage* to,
                 const OLECHAR* newName) {
     Pending& task = pending_.emplace_back();
-    task.from = Reference(new CompoundStorage(parent.document_, element, ReadMode));
+    task.from = Reference(new CompoundStorage(parent.Document(), element, ReadMode));
     return OpenOrCreate(to, newName, task.to.Place());
   }
 
@@ -185,8 +186,7 @@ HRESULT CompoundStorage::MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDe
   if (FAILED(result)) return result;
   if (pstgDest == nullptr) return STG_E_INVALIDPOINTER;
   if (grfFlags > STGMOVE_COPY) return STG_E_INVALIDFLAG;
-  result = MakeName(pwcsNewName, &newName);
-  if (FAILED(result)) return result;
+  if (!MakeName(pwcsNewName, &newName)) return STG_E_INVALIDNAME;
   const bool move = grfFlags == STGMOVE_MOVE;
   if (found->opened != nullptr || (move && !IsWritable())) return STG_E_ACCESSDENIED;
   auto* ours = Ours(pstgDest);
@@ -195,9 +195,9 @@ HRESULT CompoundStorage::MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDe
     const CompoundEntry* there = document_->Find(ours->entry_, newName);
     if (there == found || ours->IsWithin(found)) return STG_E_ACCESSDENIED;
     if (move && there == nullptr && ours->IsWritable()) {
-      document_->Written()->Directory().Move(found, ours->entry_, newName);
-      Touch(entry_);
-      Touch(ours->entry_);
+      document_->Written()->Move(found, ours->entry_, newName);
+      Touch(*document_, *entry_);
+      Touch(*document_, *ours->entry_);
       return S_OK;
     }
   }

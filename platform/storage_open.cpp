@@ -4,6 +4,7 @@
 #include "compound/read_document.h"
 #include "platform/compound_storage.h"
 #include "platform/path.h"
+#include "platform/results.h"
 #include "platform/utf8.h"
 
 namespace {
@@ -38,8 +39,9 @@ HRESULT Open(const WCHAR* name, DWORD mode, std::uint32_t* sectorSize, IStorage*
     if (FAILED(result)) return result;
     auto rootName = CopyOf(name);
     auto document = std::make_unique<ReadDocument>();
-    result = document->Open(path.c_str(), (mode & ShareMask) == STGM_SHARE_EXCLUSIVE);
-    if (FAILED(result)) return result;
+    const bool exclusive = (mode & ShareMask) == STGM_SHARE_EXCLUSIVE;
+    const Outcome outcome = document->Open(path.c_str(), exclusive);
+    if (outcome != Outcome::Done) return ResultOf(outcome);
     // What else is wrong with the file is more worth telling.
     if ((mode & AccessMask) != STGM_READ) return STG_E_ACCESSDENIED;
     *sectorSize = document->SectorSize();
@@ -94,7 +96,9 @@ HRESULT StgOpenStorage(const WCHAR* pwcsName, IStorage* pstgPriority, DWORD grfM
 HRESULT StgIsStorageFile(const WCHAR* pwcsName) {
   return Guarded([&] {
     std::string path;
-    const HRESULT result = PathOf(pwcsName, &path);
-    return FAILED(result) ? result : SectorSource::LooksCompound(path.c_str());
+    HRESULT result = PathOf(pwcsName, &path);
+    bool looks = false;
+    if (SUCCEEDED(result)) result = ResultOf(SectorSource::LooksCompound(path.c_str(), &looks));
+    return SUCCEEDED(result) && !looks ? S_FALSE : result;
   });
 }

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <memory>
-#include <new>
+#include <cstdint>
 
 #include "compound/contents.h"
-#include "platform/storage.h"
 
 /// What every object on a document has: its count of references and its place among the objects
 /// that look at the same entry. The document belongs to the root storage; an object that outlives
@@ -25,7 +23,7 @@ class OpenObject {
 
   CompoundContents* document_;
   CompoundEntry* entry_;
-  ULONG references_ = 1;
+  std::uint32_t references_ = 1;
 
  private:
   OpenObject* next_;
@@ -34,21 +32,3 @@ class OpenObject {
 
 /// Reverts every object on an entry and beneath it.
 void RevertTree(CompoundEntry* entry);
-
-/// Runs an operation; no exception leaves it.
-template <class Operation>
-HRESULT Guarded(const Operation& operation) {
-  try {
-    return operation();
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  }
-}
-
-/// Fills `stat` from an entry. The name is left out with STATFLAG_NONAME.
-HRESULT StatEntry(const CompoundEntry& entry, DWORD flags, DWORD mode, STATSTG* stat);
-
-/// Marks a storage as changed now.
-void Touch(CompoundEntry* storage);
-
-std::uint64_t TimeNow();
