@@ -46,7 +46,8 @@ install(TARGETS kelcalc RUNTIME COMPONENT kelcalc)
 install(TARGETS compound_check RUNTIME COMPONENT development)
 add_dependencies(product ${kel_libraries} kelcalc compound_check)
 
-file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
+file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md
+  ${PROJECT_SOURCE_DIR}/docs/*.json)
 if(WIN32)
   # A folder to be handed on: with what its reader needs to know.
   kel_install_files(documentation docs ${pages})

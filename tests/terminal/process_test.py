@@ -3,12 +3,17 @@
 Run as: process_test.py KELCALC ROOT, where ROOT is the top of the sources.
 """
 
+import json
 import os
 import pathlib
+import random
+import struct
 import subprocess
 import sys
 import tempfile
 import unittest
+
+import jsonschema
 
 from terminal import Terminal
 
@@ -112,6 +117,49 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual(output, " 0.333\n 0.333\n 0.333\n v(1, 2, 0.1)\n"
                                  " m( 1,  2,  3,  4\n   5,  6,  7,  8\n   9, 10, 11, 12)\n")
         self.assertEqual(pathlib.Path("out.3dc").read_text(), " 0.333333\nx : \n")
+
+    def state(self, *arguments):
+        """What --json tells of a run, as the schema allows it."""
+        done = subprocess.run([KELCALC, *arguments, "--json", "-"], stdin=subprocess.DEVNULL,
+                              capture_output=True, timeout=120, check=True)
+        state = json.loads(done.stdout)
+        jsonschema.validate(state, json.loads((ROOT / "docs/state.schema.json").read_text()))
+        return state
+
+    def test_json_tells_types_and_every_digit(self):
+        program = ('0.1 x : 1e999 -1e999 1e999 1e999 - nope "a\\"\u00e9" v(1,2,1e999) x p(-0,1e-320,3) '
+                   "s(1,1,1) q(1,2,3,4) r(0,0,1,90) m(1,2,3,4,5,6,7,8,9,10,11,12)")
+        rows = [
+            ("real", "inf"), ("real", "-inf"), ("real", "nan"), ("nothing", None, "nope"),
+            ("string", 'a"\u00e9'), ("vector", [1, 2, "inf"]), ("real", 0.1, "x"),
+            ("point", [-0.0, 1e-320, 3]), ("scale", [1, 1, 1]), ("quaternion", [1, 2, 3, 4]),
+            ("rotation", [0, 0, 1, 90]), ("matrix", [[1, 2, 3, 4], [5, 6, 7, 8], [9, 10, 11, 12]]),
+        ]
+        stack = [dict(zip(("type", "value", "name"), row)) for row in rows]
+        state = {"stack": stack, "variables": [{"name": "x", "type": "real", "value": 0.1}]}
+        self.assertEqual(repr(self.state("-e", program)["stack"][7]["value"][0]), "-0.0")
+        self.assertEqual(self.state("-e", program), state)
+        pathlib.Path("bytes.3dc").write_bytes(b'"\xe9" ')
+        self.assertEqual(self.state("bytes.3dc")["stack"][0]["value"], [0xe9])
+        self.assertEqual(run("--json", "out.json", text="1 # 2 "), (0, " 1.000000\n", ""))
+        self.assertEqual(json.loads(pathlib.Path("out.json").read_text())["stack"][0]["value"], 2)
+        self.assertEqual(run("-i", "--json", "out.json", text="3\n")[0], 0)
+        self.assertEqual(json.loads(pathlib.Path("out.json").read_text())["stack"][0]["value"], 3)
+        self.assertEqual(run("--json", "no/file", text=""),
+                         (1, "", "kelcalc: cannot write no/file: No such file or directory\n"))
+
+    def test_what_was_saved_comes_back_whole(self):
+        source = random.Random(5)
+        numbers = [struct.unpack("d", source.randbytes(8))[0] for _ in range(999)]
+        numbers = ["1e999 1e999 -" if x != x else repr(x) for x in numbers]
+        names = [f"n{i} :" for i in range(len(numbers))]
+        program = " ".join(map(" ".join, zip(numbers, names))) + (
+            ' 1e999 1e999 - -1e999 -0 ;v odd : nope nothing : "' + "x" * 1022 + '\\\\\\"" long : "" empty :'
+            ' 5 old : old 6 old : nope nope \' s(1e22,5e-324,0.1) m(1,2,3,4,5,6,7,8,9,10,11,-0)')
+        pathlib.Path("program.3dc").write_text(program + "\n")
+        whole = self.state("program.3dc")
+        run("program.3dc", "-i", text=":save kept\n")
+        self.assertEqual(self.state("kept.3dc"), whole)
 
     def test_list_and_explain(self):
         status, listed, errors = run("--list")

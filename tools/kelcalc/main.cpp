@@ -9,6 +9,7 @@
 #include "calc/interpreter.h"
 #include "calc/run.h"
 #include "tools/kelcalc/failure_report.h"
+#include "tools/kelcalc/file_writing.h"
 #include "tools/kelcalc/help_topics.h"
 #include "tools/kelcalc/input.h"
 #include "tools/kelcalc/number_style.h"
@@ -19,6 +20,7 @@
 #include "tools/kelcalc/reference.h"
 #include "tools/kelcalc/session.h"
 #include "tools/kelcalc/stack_display.h"
+#include "tools/kelcalc/state_json.h"
 #include "tools/kelcalc/version.h"
 
 namespace kelcalc {
@@ -30,10 +32,11 @@ void RunInput(CaInterpreter& interpreter) {
   RunTopLevel(interpreter);
 }
 
-/// What runs before a session, if there is one. A picture needs what the end of the interpreter's
-/// input would empty, so standard input is then a program like others.
+/// What runs before a session, if there is one. Pictures and the like need what the end of the
+/// interpreter's input would empty, so standard input is then a program like others.
 std::vector<Program> ProgramsOf(const Options& options, bool session) {
-  if (session || !options.programs.empty() || options.pictures.empty()) return options.programs;
+  const bool keepsState = !options.pictures.empty() || !options.json.empty();
+  if (session || !options.programs.empty() || !keepsState) return options.programs;
   return {{Program::StandardInput, ""}};
 }
 
@@ -43,6 +46,17 @@ int ShowPictures(const CaInterpreter& interpreter, const Options& options) {
   const std::string problem = WritePictures(interpreter, options.pictures, options.picturesFrom);
   if (problem.empty()) return 0;
   std::fprintf(stderr, "kelcalc: %s\n", problem.c_str());
+  return 1;
+}
+
+/// 0, or 1 with a message when the state could not be written.
+int WriteState(const CaInterpreter& interpreter, const std::string& path) {
+  if (path.empty()) return 0;
+  const std::string json = StateJson(interpreter);
+  if (path == "-") return std::fputs(json.c_str(), stdout) < 0 ? 1 : 0;
+  const std::string reason = WriteFile(path, json);
+  if (reason.empty()) return 0;
+  std::fprintf(stderr, "kelcalc: cannot write %s: %s\n", path.c_str(), reason.c_str());
   return 1;
 }
 
@@ -71,6 +85,7 @@ int Run(const Options& options) {
   } else if (programs.empty()) {
     RunInput(interpreter);
   }
+  if (WriteState(interpreter, options.json) != 0) status = 1;
   if ((options.strict && report.Count() > 0) || InputFailed()) status = 1;
   return status;
 }

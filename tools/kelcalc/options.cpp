@@ -32,6 +32,11 @@ void SetDigits(Options& options, const char* text) {
   }
 }
 
+void SetJson(Options& options, const char* path) {
+  options.json = path;
+  if (options.json.empty()) options.error = "--json takes the name of a file, or -";
+}
+
 void SetExplained(Options& options, const char* name) {
   if (options.task == Task::Run) options.explained = name;
   SetTask(options, Task::Explain);
@@ -81,6 +86,10 @@ constexpr Option AllOptions[] = {
      AddPicture},
     {"", "--view-from", "NAME", "in pictures, let vectors start at the point NAME",
      [](Options& options, const char* name) { options.picturesFrom = name; }},
+    {"", "--json", "FILE",
+     "when the programs have ended, write stack and variables to FILE\n"
+     "(-: standard output)",
+     SetJson},
     {"", "--list", nullptr, "list all operators and functions",
      [](Options& options, const char*) { SetTask(options, Task::List); }},
     {"", "--explain", "NAME",

@@ -33,6 +33,7 @@ struct Options {
   bool strict = false;
   bool stop = false;
   int digits = 0;                     // 0: the language's own form
+  std::string json;                   // where stack and variables go at the end; -: std. output
   std::vector<std::string> pictures;  // files to write when the programs have ended
   std::string picturesFrom;           // the point where their vectors start; empty: the origin
 

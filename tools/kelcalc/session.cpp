@@ -64,9 +64,9 @@ class Session {
     CaCharacterSource terminal([this](char* block, std::size_t size) { return Fill(block, size); });
     terminal.name = "<terminal>";
     for (;;) {
-      interpreter.input = &terminal;
       try {
-        return RunTopLevel(interpreter);
+        RunSource(interpreter, terminal);
+        return;
       } catch (const CaInterruption&) {
         terminal.Skip(terminal.AtHand().size());
         StartAfresh();

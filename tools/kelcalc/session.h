@@ -18,7 +18,7 @@ bool AtTerminal();
 /// True when `NO_COLOR` and the kind of terminal leave room for colours.
 bool ColoursWanted();
 
-/// Runs what a person types until the end of the input, then what ends every top-level input.
+/// Runs what a person types until the end of the input; stack and variables stay.
 /// Ctrl-C drops the line that is being typed, the string or comment that it goes on, the blocks
 /// that are being skipped, and files that are being read; stack and variables stay.
 void RunSession(CaInterpreter& interpreter, const SessionSettings& settings,
