@@ -85,6 +85,29 @@ class FilesTest(unittest.TestCase):
             self.assertIn(complaint, errors)
         self.assertEqual(os.listdir(), [])
 
+    def test_a_session_shows_pictures(self):
+        os.mkfifo("opened")
+        os.mkdir("bin")
+        pathlib.Path("bin/xdg-open").write_text('#!/bin/sh\necho "$1" >opened\n')
+        os.chmod("bin/xdg-open", 0o755)
+        settings = {"HOME": ".", "TMPDIR": os.getcwd(), "PATH": os.getcwd() + "/bin:/usr/bin:/bin"}
+        text = "p(1,2,3) here :\n:view a.svg\n:view a.png\n:view no/a.svg\n:view\n"
+        for desktop, said in ({"DISPLAY": ":7"}, "showing"), ({}, "the picture is in"), (
+                {"DISPLAY": ":7", "PATH": "/nothing"}, "the picture is in"):
+            status, output, _ = run("-i", "--view", "end.glb", text=text, env=settings | desktop)
+            self.assertEqual(status, 0)
+            self.assertRegex(output, "a.png: its name does not end in .*\n(.*\n)*"
+                             ".*cannot write no/a.svg: No such file or directory\n(.*\n)*")
+            self.assertRegex(output, said + " (.*)/picture.html\n")
+            path = output.split(said + " ")[1].split("\n")[0]
+            self.assertIn('"name":"here"', pathlib.Path(path).read_text())
+            self.assertEqual(os.stat(os.path.dirname(path)).st_mode & 0o77, 0)
+            if said == "showing":
+                self.assertEqual(pathlib.Path("opened").read_text(), path + "\n")
+            for name in "a.svg", "end.glb":
+                self.assertIn(b"here", pathlib.Path(name).read_bytes())
+                os.remove(name)
+
     def test_the_pictures_of_the_examples(self):
         subprocess.run([ROOT / "script/pictures", KELCALC, "."], check=True, timeout=120)
         made = {path.name: path.read_bytes() for path in pathlib.Path().glob("*.svg")}

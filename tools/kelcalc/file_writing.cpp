@@ -12,7 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string Write(const std::string& path, const std::string& text) {
-  std::FILE* file = std::fopen(path.c_str(), "w");
+  std::FILE* file = std::fopen(path.c_str(), "wb");
   if (file == nullptr) return std::strerror(errno);
   errno = 0;
   const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();

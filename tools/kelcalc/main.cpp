@@ -1,5 +1,6 @@
 // kelcalc: runs programs from files, arguments, the standard input and the keyboard.
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -76,11 +77,16 @@ int Run(const Options& options) {
   if (options.digits > 0) SetShownDigits(interpreter, options.digits);
   const std::vector<Program> programs = ProgramsOf(options, session);
   int status = RunPrograms(interpreter, programs, options.stop);
-  if (ShowPictures(interpreter, options) != 0) status = 1;
-  if (status != 0 && options.stop) return status;
+  const bool stopped = status != 0 && options.stop;
+  const auto showPictures = [&] { status = std::max(status, ShowPictures(interpreter, options)); };
+  if (!session || stopped) showPictures();
+  if (stopped) return status;
   if (session) {
     RunSession(
-        interpreter, {.showStack = options.showStack},
+        interpreter,
+        {.showStack = options.showStack,
+         .picturesFrom = options.picturesFrom,
+         .atEnd = showPictures},
         {.digits = options.digits > 0 ? options.digits : DisplayStyle().digits, .colour = colour});
   } else if (programs.empty()) {
     RunInput(interpreter);

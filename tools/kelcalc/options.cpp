@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "tools/kelcalc/number_style.h"
-#include "tools/view/picture_file.h"
+#include "tools/view/forms.h"
 
 namespace kelcalc {
 namespace {

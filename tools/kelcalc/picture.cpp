@@ -4,9 +4,11 @@
 
 #include "calc/interpreter.h"
 #include "calc/object.h"
+#include "tools/kelcalc/file_writing.h"
 #include "tools/kelcalc/number_style.h"
+#include "tools/kelcalc/viewer.h"
+#include "tools/view/forms.h"
 #include "tools/view/picture.h"
-#include "tools/view/picture_file.h"
 
 namespace kelcalc {
 namespace {
@@ -45,10 +47,20 @@ std::string WritePictures(const CaInterpreter& interpreter, const std::vector<st
   const kelview::Picture picture = kelview::DescribePicture(NamedValues(interpreter), start);
   std::string complaint;
   for (const std::string& file : files) {
-    const std::string reason = kelview::WritePicture(picture, file);
+    std::string reason = std::string("its name does not end in ") + kelview::KnownEndings;
+    if (kelview::KnowsForm(file)) reason = WriteFile(file, kelview::PictureBytes(picture, file));
     if (!reason.empty() && complaint.empty()) complaint = "cannot write " + file + ": " + reason;
   }
   return complaint;
+}
+
+std::string ShowPicture(const CaInterpreter& interpreter, const std::string& from) {
+  static const std::string Folder = MakePrivateFolder();  // one for all pictures of a session
+  if (Folder.empty()) return "there is no folder for temporary files";
+  const std::string file = Folder + "/picture.html";
+  const std::string problem = WritePictures(interpreter, {file}, from);
+  if (!problem.empty()) return problem;
+  return (OpenViewer(file) ? "showing " : "the picture is in ") + file;
 }
 
 }  // namespace kelcalc

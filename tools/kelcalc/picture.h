@@ -14,4 +14,8 @@ namespace kelcalc {
 std::string WritePictures(const CaInterpreter& interpreter, const std::vector<std::string>& files,
                           const std::string& from);
 
+/// Writes the picture as a page that this user alone can read, and opens the system's viewer for
+/// it where there is one. Returns what is to be said of that.
+std::string ShowPicture(const CaInterpreter& interpreter, const std::string& from);
+
 }  // namespace kelcalc

@@ -86,7 +86,10 @@ class Session {
         ShowStack(interpreter, style, stdout);
         changed = false;
       }
-      if (state.ended || !ReadLine()) return 0;
+      if (state.ended || !ReadLine()) {
+        if (settings.atEnd) settings.atEnd();
+        return 0;
+      }
       TakeLine(pasted);
     }
     const std::size_t count = std::min(size, rest.size());
@@ -169,7 +172,7 @@ class Session {
   bool changed = false;    // something came since the stack was shown last
   bool stepBegins = true;  // with the next line
   Snapshots snapshots;
-  SessionState state{interpreter, style, snapshots};
+  SessionState state{interpreter, style, snapshots, settings.picturesFrom};
 };
 
 }  // namespace

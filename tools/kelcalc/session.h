@@ -1,5 +1,8 @@
 #pragma once
 
+#include <functional>
+#include <string>
+
 struct CaInterpreter;
 
 namespace kelcalc {
@@ -8,8 +11,10 @@ struct DisplayStyle;
 
 /// How a session at a terminal looks.
 struct SessionSettings {
-  bool showStack = true;    // after each line
-  bool lineEditing = true;  // where the terminal allows it
+  bool showStack = true;                  // after each line
+  bool lineEditing = true;                // where the terminal allows it
+  std::string picturesFrom = {};          // the point where vectors start in pictures
+  std::function<void()> atEnd = nullptr;  // called when the input has ended, before it all goes
 };
 
 /// True when a person sits at standard input and standard output both.

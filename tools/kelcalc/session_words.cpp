@@ -10,6 +10,7 @@
 #include "tools/kelcalc/exact_text.h"
 #include "tools/kelcalc/file_writing.h"
 #include "tools/kelcalc/help_topics.h"
+#include "tools/kelcalc/picture.h"
 #include "tools/kelcalc/programs.h"
 #include "tools/kelcalc/reference.h"
 #include "tools/kelcalc/snapshots.h"
@@ -74,6 +75,13 @@ void Load(SessionState& state, const std::string& name) {
   RunNamedFile(state.interpreter, PathOf(name));
 }
 
+void View(SessionState& state, const std::string& name) {
+  const std::string said = name.empty()
+                               ? ShowPicture(state.interpreter, state.picturesFrom)
+                               : WritePictures(state.interpreter, {name}, state.picturesFrom);
+  if (!said.empty()) std::printf("%s\n", said.c_str());
+}
+
 void Quit(SessionState& state, const std::string&) { state.ended = true; }
 
 // clang-format off
@@ -86,6 +94,8 @@ constexpr SessionWord AllWords[] = {
      true, Undo},
     {":save", WordTakes::File, "FILE", "write stack and variables, with every digit", false, Save},
     {":load", WordTakes::File, "FILE", "run a file, such as one that :save wrote", true, Load},
+    {":view", WordTakes::File, "[FILE]",
+     "a picture of all values, at once or in FILE (.svg, .html, .glb)", false, View},
     {":quit", WordTakes::Nothing, "", "end the session, as Ctrl-D does", false, Quit},
 };
 // clang-format on
@@ -116,7 +126,7 @@ void RunSessionWord(const SessionWord& word, std::string_view line, SessionState
   const std::string name(word.name);
   if (word.takes == WordTakes::Nothing && !argument.empty()) {
     std::printf("%s stands alone\n", name.c_str());
-  } else if (word.takes == WordTakes::File && argument.empty()) {
+  } else if (word.takes == WordTakes::File && *word.argument != '[' && argument.empty()) {
     std::printf("%s needs the name of a file\n", name.c_str());
   } else {
     word.run(state, argument);

@@ -17,7 +17,8 @@ struct SessionState {
   CaInterpreter& interpreter;
   const DisplayStyle& style;
   Snapshots& snapshots;
-  bool ended = false;  // set by :quit
+  const std::string& picturesFrom;  // as --view-from says
+  bool ended = false;               // set by :quit
 };
 
 /// What stands behind a word.
@@ -27,7 +28,7 @@ enum class WordTakes : std::int32_t { Nothing, Name, File };
 struct SessionWord {
   std::string_view name;
   WordTakes takes;
-  const char* argument;  // how the help calls it: "FILE", "[NAME]"; empty for nothing
+  const char* argument;  // how the help calls it: "FILE"; "[NAME]" may be left out
   const char* help;
   bool changes;  // the stack, which is shown afterwards
   void (*run)(SessionState& state, const std::string& argument);
