@@ -28,7 +28,8 @@ install(TARGETS ${kel_libraries} EXPORT kelsaveTargets
   ARCHIVE COMPONENT development)
 
 # For who builds with it.
-set(kel_save_headers ${PROJECT_SOURCE_DIR}/save/kelsave.h)
+set(kel_save_headers kelsave kelsave_files kelsave_kit)
+list(TRANSFORM kel_save_headers REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/save/\\1.h")
 list(TRANSFORM kel_platform_headers REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/platform/\\1.h")
 kel_install_files(development ${kel_include_dir} ${kel_save_headers})
 kel_install_files(development ${kel_include_dir}/platform ${kel_platform_headers})

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs the library, moves the installed folder, and builds and runs the host of the README
-# against it, once with CMake and once with pkg-config. The installed files are compared with
-# installed_files.txt.
+# Installs the library, moves the installed folder, and builds and runs against it the host of the
+# README, once with CMake and once with pkg-config, and a copy of the example host. The installed
+# files are compared with installed_files.txt.
 #   package_test.sh SOURCE_FOLDER BUILD_FOLDER CMAKE COMPILER SANITIZERS
 set -euo pipefail
 source=$1 build=$2 cmake=$3 compiler=$4 sanitizers=$5
@@ -33,17 +33,25 @@ sed -n '/^```cpp$/,/^```$/{/^```/d;p}' "$source/README.md" >"$work/consumer/main
 flags=(-Wall -Wextra -Wpedantic -Werror)
 [ -z "$sanitizers" ] || flags+=("-fsanitize=$sanitizers")
 
-run_host() { # COMMAND: runs it in a new folder and looks at what it left
+run_host() { # COMMAND...: runs it in a new folder and looks at what it left
   local folder
   folder=$(mktemp -d "$work/run-XXXXXX")
-  (cd "$folder" && "$1")
-  [ "$(head -c 4 "$folder/scene.kel" | od -An -tx1 | tr -d ' ')" = d0cf11e0 ]
+  (cd "$folder" && "$@") >"$work/log" || { cat "$work/log"; exit 1; }
+  "$work/moved/bin/compound_check" --strict "$folder/scene.kel" >"$work/log"
 }
 
-CXX=$compiler CXXFLAGS="${flags[*]}" "$cmake" -G Ninja -S "$work/consumer" -B "$work/with_cmake" \
-  -DCMAKE_PREFIX_PATH="$work/moved" >"$work/log"
-"$cmake" --build "$work/with_cmake" >"$work/log" || { cat "$work/log"; exit 1; }
+build_host() { # SOURCE BUILD
+  CXX=$compiler CXXFLAGS="${flags[*]}" "$cmake" -G Ninja -S "$1" -B "$2" \
+    -DCMAKE_PREFIX_PATH="$work/moved" >"$work/log"
+  "$cmake" --build "$2" >"$work/log" || { cat "$work/log"; exit 1; }
+}
+
+build_host "$work/consumer" "$work/with_cmake"
 run_host "$work/with_cmake/host"
+
+cp -r "$source/examples/scene_host" "$work/copied"
+build_host "$work/copied" "$work/copied_built"
+run_host "$work/copied_built/scene_host" .
 
 export PKG_CONFIG_PATH
 PKG_CONFIG_PATH=$(dirname "$(find "$work/moved" -name kelsave.pc)")

@@ -37,7 +37,7 @@ echo text >text
 "$checker" -x /storage/big gsf.ole | cmp - storage/big || failed=1
 
 expect 0 '^scene.kel: whole$' --strict scene.kel
-expect 0 '^/Title	11	stream$' -l scene.kel
+expect 0 '^/Title	10	stream$' -l scene.kel
 expect 0 '^gsf.ole: whole$' gsf.ole
 expect 1 '^  unusual: /storage/big: has a time of modification although it is a stream$' --strict gsf.ole
 expect 1 '^  directory: leads to a sector that the file does not have$' damaged.kel

@@ -1,0 +1,212 @@
+/// The kit for hosts in situations that a host meets, on every system.
+#include "save/kelsave_kit.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "tests/folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Writes the text into the stream Text, and does in its writers what it is told to.
+class TextSaver : public kel::Saver {
+ public:
+  std::string text = "new";
+  std::function<void(IStorage&)> trouble = [](IStorage&) {};  // in section 4
+  std::function<void()> announced = [] {};
+  std::string order;
+  using Saver::Fail;
+  using Saver::SceneArgument;
+
+ private:
+  void WriteScene(IStorage& file) override {
+    kel::WriteAll(*kel::CreateStream(file, L"Text"), text);
+    order += "S";
+  }
+  void WriteSection1(IStorage&) override { order += "1"; }
+  void WriteSection2(IStorage&) override { order += "2"; }
+  void WriteSection3(IStorage&) override { order += "3"; }
+  void WriteSection4(IStorage& file) override {
+    trouble(file);
+    order += "4";
+  }
+  void WriteSection5(IStorage&) override { order += "5"; }
+  void WriteSection6(IStorage&) override { order += "6"; }
+  bool Section5First() override { return false; }
+  void Announce(const char* name) override {
+    order += std::string(name) == "Classes Used" ? "A" : "?";
+    announced();
+  }
+};
+
+class Kit : public testing::Test {
+ protected:
+  /// What the file holds: the text, or why it cannot be opened.
+  static std::string Look(const std::string& path) {
+    try {
+      return kel::ReadText(*kel::OpenStream(*kel::OpenScene(path), L"Text"));
+    } catch (const kel::Error& error) {
+      return error.what();
+    }
+  }
+  std::string Save(const std::string& text, const kel::SaveOptions& options = {}) {
+    saver.text = text;
+    const kel::SaveResult result = kel::SaveScene(saver, file, options);
+    EXPECT_EQ(result.outcome == kel::SaveOutcome::Saved, result.reason.empty());
+    return result ? "saved" : result.reason;
+  }
+  std::string Restore() {
+    const kel::RestoreResult result = kel::RestoreBackup(saver, file);
+    if (result.outcome == kel::RestoreOutcome::NotNeeded) return "not needed";
+    return result ? "restored" : result.reason;
+  }
+
+  const Folder folder;
+  const std::string file = folder.Path("scene.kel");
+  TextSaver saver;
+};
+
+TEST_F(Kit, SavesAndKeepsTheOldVersion) {
+  EXPECT_EQ("saved", Save("one", {true, 7}));
+  EXPECT_EQ("S65A4321", saver.order.replace(1, 2, "65"));
+  EXPECT_EQ(7, saver.SceneArgument());
+  EXPECT_EQ("saved", Save("two"));
+  EXPECT_EQ("two", Look(file));
+  EXPECT_EQ("one", Look(saver.BackupPath(file)));
+  EXPECT_EQ("not needed", Restore());
+  EXPECT_EQ("saved", Save("three", {false, 0}));
+  EXPECT_EQ("one", Look(saver.BackupPath(file)));
+}
+
+TEST_F(Kit, TurnsWhateverAWriterDoesIntoAReason) {
+  const struct {
+    std::function<void(TextSaver&, IStorage&)> trouble;
+    const char* reason;
+  } rows[] = {
+      {[](TextSaver&, IStorage&) { throw std::runtime_error("no triangles"); }, "no triangles"},
+      {[](TextSaver&, IStorage&) { throw std::bad_alloc(); }, "there is not enough memory"},
+      {[](TextSaver&, IStorage&) { throw 5; }, "a writer failed and did not say why"},
+      {[](TextSaver& s, IStorage&) { s.Fail("first"), s.Fail("second"); }, "first"},
+      {[](TextSaver&, IStorage& f) { kel::CreateStream(f, L"a/b"); },
+       "a/b: the name is not allowed"},
+      {[](TextSaver&, IStorage& f) { kel::OpenStream(f, L"none"); }, "none: there is no such file"},
+      {[](TextSaver&, IStorage& f) {
+         const kel::Stream read = kel::OpenStream(f, L"Text");
+         kel::WriteAll(*read, "x", 1);
+       },
+       "Text: there is no permission"},
+  };
+  EXPECT_EQ("saved", Save("old"));
+  for (const auto& row : rows) {
+    saver.order.clear();
+    saver.trouble = [&](IStorage& root) { row.trouble(saver, root); };
+    EXPECT_EQ(row.reason, Save("new"));
+    EXPECT_EQ(std::string::npos, saver.order.find('3')) << "a writer ran after one that failed";
+    EXPECT_EQ("there is no such file", Look(file));
+    EXPECT_EQ("restored", Restore());
+    EXPECT_EQ("old", Look(file));
+  }
+  saver.trouble = [](IStorage&) {};
+  saver.announced = [] { throw std::runtime_error("announced"); };
+  EXPECT_EQ("announced", Save("new"));
+}
+
+TEST_F(Kit, TellsASaveWithinASave) {
+  kel::SaveOutcome inner = kel::SaveOutcome::Saved;
+  std::string restored;
+  saver.trouble = [&](IStorage&) {
+    TextSaver other;
+    inner = kel::SaveScene(other, file).outcome;
+    restored = Restore();
+  };
+  EXPECT_EQ("saved", Save("outer"));
+  EXPECT_EQ(kel::SaveOutcome::AlreadySaving, inner);
+  EXPECT_EQ("a save is running", restored);
+  EXPECT_EQ("outer", Look(file));
+}
+
+TEST_F(Kit, TakesOnlyAWholeBackupOfThisScene) {
+  Save("one");
+  Save("two");
+  const std::string backup = saver.BackupPath(file);
+  const std::string native = folder.Path("scene.kel.backup/KelBackup.bak");
+  const auto time = fs::last_write_time(native);
+  fs::remove(file);
+  fs::last_write_time(native, time + std::chrono::seconds(60));
+  EXPECT_EQ("there is no such file, and there is no backup of it", Restore());
+  fs::last_write_time(native, time);
+  fs::rename(folder.Path("scene.kel.backup"), folder.Path("other.kel.backup"));
+  EXPECT_FALSE(kel::RestoreBackup(saver, folder.Path("other.kel")));
+  fs::rename(folder.Path("other.kel.backup"), folder.Path("scene.kel.backup"));
+  fs::resize_file(native, fs::file_size(native) / 4);
+  fs::last_write_time(native, time);
+  EXPECT_EQ("the backup: ", Restore().substr(0, 12));
+  EXPECT_FALSE(fs::exists(file));
+}
+
+// A save that does not fit leaves everything as it was, the older backup too.
+TEST_F(Kit, RefusesBeforeAnythingIsTouched) {
+  Save("one");
+  Save("two");
+  const std::string folders = folder.Path("scene.kel.backup");
+  {
+    const kel::Storage reader = kel::OpenScene(file);
+    EXPECT_EQ("it is in use", Save("three"));
+  }
+  fs::permissions(folders + "/KelBackup.bak", fs::perms::owner_read);
+  EXPECT_EQ("no backup can be made: the older one cannot be replaced", Save("three"));
+  fs::permissions(folders + "/KelBackup.bak", fs::perms::owner_all);
+  fs::remove(folders + "/KelBackup.bak.of");
+  fs::create_directory(folders + "/KelBackup.bak.of");
+  EXPECT_EQ("no backup can be made: its folder cannot be written", Save("three"));
+  EXPECT_EQ("two", Look(file));
+  EXPECT_EQ("one", Look(saver.BackupPath(file)));
+  const struct {
+    std::string path, reason;
+  } rows[] = {
+      {folder.Root(), "it is a folder"},
+      {folder.Path("none/scene.kel"), "there is no such folder"},
+      {folder.Path("KELBACKup.bak"), "the name is kept for backups"},
+      {folder.Path(std::string(300, 'n')), "the name is not allowed"},
+  };
+  fs::copy_file(file, folder.Path("KELBACKup.bak"));
+  for (const auto& row : rows) EXPECT_EQ(row.reason, kel::SaveScene(saver, row.path).reason);
+}
+
+TEST_F(Kit, SaysWhatAPathNamesInsteadOfAScene) {
+  Save("good");
+  const struct {
+    const char* name;
+    std::string bytes;
+    HRESULT code;
+    const char* text;
+  } rows[] = {
+      {"empty", "", STG_E_FILEALREADYEXISTS, "it is empty"},
+      {"text", "some text\n", STG_E_FILEALREADYEXISTS, "it is no compound file"},
+      {"cut", folder.Text("scene.kel").substr(0, 5000), STG_E_DOCFILECORRUPT, "it is damaged"},
+      {".", "", STG_E_ACCESSDENIED, "it is a folder"},
+      {"none", "", STG_E_FILENOTFOUND, "there is no such file"},
+      {"none/none", "", STG_E_PATHNOTFOUND, "there is no such folder"},
+  };
+  for (const auto& row : rows) {
+    if (std::string("empty text cut").find(row.name) != std::string::npos) {
+      std::ofstream(folder.Path(row.name), std::ios::binary) << row.bytes;
+    }
+    std::string reason;
+    EXPECT_FALSE(kel::IsWhole(folder.Path(row.name), &reason));
+    EXPECT_EQ(row.text, reason);
+    try {
+      kel::OpenScene(folder.Path(row.name));
+      ADD_FAILURE() << row.name;
+    } catch (const kel::Error& error) {
+      EXPECT_EQ(row.code, error.Code()) << row.name;
+    }
+  }
+  EXPECT_TRUE(kel::IsWhole(file));
+  EXPECT_EQ("error 0x80030FFF", kel::TextOf(static_cast<HRESULT>(0x80030FFF)));
+}
+
+}  // namespace
