@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -130,6 +129,17 @@ inline std::filesystem::path Native(std::string path) {
   for (char& c : path) c = c == '\\' ? '/' : c;
 #endif
   return path;
+}
+
+/// The file that a path means: where it leads, if it is a symbolic link.
+inline std::string Resolved(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  fs::path file = Native(path);
+  for (int links = 0; links < 40 && fs::is_symlink(file, error); ++links) {
+    file = file.parent_path() / fs::read_symlink(file, error);
+  }
+  return file == Native(path) ? path : file.string();
 }
 
 /// The reason in words; `path` is looked at for what the code leaves open.
@@ -262,18 +272,17 @@ template <typename T = char>
 std::vector<T> ReadAll(IStream& stream) {
   static_assert(std::is_trivially_copyable<T>::value, "plain values");
   constexpr std::size_t Piece = 1U << 20;  // what a stream says of its size is not believed
-  std::vector<char> bytes;
+  std::vector<T> values;
+  std::size_t filled = 0;  // bytes
   ULONG read = 0;
   do {
-    const std::size_t before = bytes.size();
-    bytes.resize(before + Piece);
-    read = 0;
-    detail::Check(stream.Read(bytes.data() + before, static_cast<ULONG>(Piece), &read), stream);
-    bytes.resize(before + read);
+    values.resize((filled + Piece) / sizeof(T) + 1);
+    char* const end = reinterpret_cast<char*>(values.data()) + filled;
+    detail::Check(stream.Read(end, static_cast<ULONG>(Piece), &read), stream);
+    filled += read;
   } while (read > 0);
-  detail::Check(bytes.size() % sizeof(T) == 0 ? S_OK : STG_E_DOCFILECORRUPT, stream);
-  std::vector<T> values(bytes.size() / sizeof(T));
-  if (!values.empty()) std::memcpy(values.data(), bytes.data(), bytes.size());
+  detail::Check(filled % sizeof(T) == 0 ? S_OK : STG_E_DOCFILECORRUPT, stream);
+  values.resize(filled / sizeof(T));
   return values;
 }
 

@@ -21,15 +21,15 @@
 /// What it takes care of:
 /// - A save that cannot keep the old version is refused before anything is touched.
 /// - Only a file that is whole becomes the backup: an incomplete one, left by a crash, never pushes
-///   out the last good version.
+///   out the last good version. It goes beside it.
 /// - The file counts as whole only once the last writer has returned and everything is committed.
 /// - Whatever goes wrong first is kept as a text. A writer may throw.
 ///
 /// Headers over `kelsave.h`, in C++17, for every system; this is the one to include. Paths and
 /// texts are in the host's character set. Everything is called on the thread of the user interface.
 
+#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -88,9 +88,10 @@ class Saver;
 /// that was registered is so no more. Throws nothing.
 ///
 /// Refused without touching anything, with the reason: when there is an old version that cannot be
-/// examined or is in use, or of which no backup could be made. If a writer fails, or the new file
-/// cannot be created or finished, there is no file of that name afterwards, and the old version is
-/// the backup: RestoreBackup brings it back.
+/// examined or is in use, or that could not be kept. If a writer fails, or the new file cannot be
+/// created or finished, there is no file of that name afterwards, and the old version is the
+/// backup: RestoreBackup brings it back. An old version that was not whole, or no scene at all, is
+/// never the backup; it lies beside it with ".incomplete" after the name.
 SaveResult SaveScene(Saver& saver, const std::string& file,
                      const SaveOptions& options = {}) noexcept;
 
@@ -166,7 +167,8 @@ class Saver : public SaveInterface {
 
   SaveResult Run(const std::string& file, const SaveOptions& options);
   std::string WhyNotBegin(const std::string& file);
-  std::string WhyNoBackup(const std::string& file);
+  std::string PrepareBackup(const std::string& file);
+  std::string MoveAside(const std::string& file);
   RestoreResult Restore(const std::string& file) const;
 
   template <typename Call>
@@ -303,21 +305,27 @@ inline long long ModifiedAt(const std::string& path) {
 #endif
 }
 
+/// Where an old version goes that is not whole and must not push out the backup.
+inline std::string AsidePath(const std::string& backup) { return backup + ".incomplete"; }
+
 inline std::string NotePath(const std::string& backup) { return backup + ".of"; }
 
-/// Notes whose backup this is going to be; false when that cannot be brought to the disk.
-inline bool WriteNote(const std::string& backup, const std::string& file) {
+/// Notes on the disk whose backup this is going to be; else the error.
+inline std::error_code WriteNote(const std::string& backup, const std::string& file) {
+  errno = 0;
   const std::string path = Native(NotePath(backup)).string();
   std::FILE* note = std::fopen(path.c_str(), "wb");
-  if (note == nullptr) return false;
+  if (note == nullptr) return {errno, std::generic_category()};
   bool written = std::fprintf(note, "%lld\n%s", ModifiedAt(file), NameIn(file).c_str()) > 0 &&
                  std::fflush(note) == 0;
 #ifdef _WIN32
-  written = _commit(_fileno(note)) == 0 && written;
+  written = written && _commit(_fileno(note)) == 0;
 #else
-  written = fsync(fileno(note)) == 0 && written;
+  written = written && fsync(fileno(note)) == 0;
 #endif
-  return std::fclose(note) == 0 && written;
+  const int error = errno;
+  if (std::fclose(note) == 0 && written) return {};
+  return {error == 0 ? EIO : error, std::generic_category()};
 }
 
 /// Whether the backup holds the last version of `file` before a save replaced it.
@@ -378,31 +386,42 @@ inline std::string Saver::WhyNotBegin(const std::string& file) {
   std::string reason;
   const HRESULT result = detail::Examine(file, STGM_SHARE_EXCLUSIVE, reason);
   if (detail::CouldNotLook(result)) return reason;
+  reason = SUCCEEDED(result) ? PrepareBackup(file) : MoveAside(file);
   backupWanted_ = SUCCEEDED(result);
-  return backupWanted_ ? WhyNoBackup(file) : "";
+  return reason.empty() ? "" : "the old version cannot be kept: " + reason;
 }
 
 /// Makes sure of everything that the library needs to keep the old version, because without it, it
-/// writes over the old version all the same.
-inline std::string Saver::WhyNoBackup(const std::string& file) {
+/// writes over the old version all the same. Else says what is missing.
+inline std::string Saver::PrepareBackup(const std::string& file) {
   namespace fs = std::filesystem;
   const std::string spared = HostText(60121);
-  if (spared.empty()) return "no backup can be made: the host has no text 60121";
-  if (detail::IsSpared(spared, detail::NameIn(file))) return "the name is kept for backups";
+  if (spared.empty()) return "the host has no text 60121";
+  if (detail::IsSpared(spared, detail::NameIn(file))) return "the name is one of a backup";
   backupFolder_ = BackupFolder(file);
   alternateName_ = UsesAlternateBackupName();
   const std::string backup = BackupPath(file);
-  if (backup.size() > 511) return "no backup can be made: its path is too long";
+  if (backup.size() > 511) return "the path of the backup is too long";
   std::error_code error;
   fs::create_directories(detail::Native(backupFolder_), error);
+  if (error) return error.message();
   const fs::file_status old = fs::status(detail::Native(backup), error);
-  const bool removable = (old.permissions() & fs::perms::owner_write) != fs::perms::none;
-  if (fs::exists(old) && (!fs::is_regular_file(old) || !removable)) {
-    return "no backup can be made: the older one cannot be replaced";
+  const bool writable = (old.permissions() & fs::perms::owner_write) != fs::perms::none;
+  if (fs::exists(old) && (!fs::is_regular_file(old) || !writable)) {
+    return "the older backup cannot be replaced";
   }
-  if (!detail::WriteNote(backup, file))
-    return "no backup can be made: its folder cannot be written";
-  return "";
+  error = detail::WriteNote(backup, file);
+  return error ? error.message() : "";
+}
+
+inline std::string Saver::MoveAside(const std::string& file) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  fs::create_directories(detail::Native(BackupFolder(file)), error);
+  if (error) return error.message();
+  fs::rename(detail::Native(file), detail::Native(detail::AsidePath(BackupPath(file))), error);
+  exists_ = false;
+  return error ? error.message() : "";
 }
 
 inline SaveResult Saver::Run(const std::string& file, const SaveOptions& options) {
@@ -445,7 +464,7 @@ inline SaveResult SaveScene(Saver& saver, const std::string& file,
                             const SaveOptions& options) noexcept {
   try {
     if (detail::IsSaving()) return {SaveOutcome::AlreadySaving, "a save is running already"};
-    return saver.Run(file, options);
+    return saver.Run(detail::Resolved(file), options);
   } catch (const std::exception& problem) {
     return {SaveOutcome::NotSaved, detail::ShortTextOf(problem)};
   }
@@ -454,7 +473,7 @@ inline SaveResult SaveScene(Saver& saver, const std::string& file,
 inline RestoreResult RestoreBackup(const Saver& saver, const std::string& file) noexcept {
   try {
     if (detail::IsSaving()) return {RestoreOutcome::NotRestored, "a save is running"};
-    return saver.Restore(file);
+    return saver.Restore(detail::Resolved(file));
   } catch (const std::exception& problem) {
     return {RestoreOutcome::NotRestored, detail::ShortTextOf(problem)};
   }

@@ -78,7 +78,7 @@ TEST_F(KitFaults, MissingPermissions) {
     return kel::SaveScene(saver, shut.Path("x.kel")).reason == "there is no permission";
   }));
   EXPECT_TRUE(
-      AsUser([&] { return Save(12) == "no backup can be made: its folder cannot be written"; }));
+      AsUser([&] { return Save(12) == "the old version cannot be kept: Permission denied"; }));
   chmod(file.c_str(), 0);
   std::string reason;
   EXPECT_TRUE(AsUser([&] { return Save(12) == "there is no permission"; }));
@@ -90,6 +90,18 @@ TEST_F(KitFaults, MissingPermissions) {
   const kel::SaveOptions inPlace = {false, 0};
   EXPECT_EQ("it is read-only", kel::SaveScene(saver, file, inPlace).reason);
   EXPECT_EQ("", Save(12)) << "a read-only file that can be backed up";
+}
+
+TEST_F(KitFaults, ASymbolicLink) {
+  const std::string link = folder.Path("link.kel");
+  ASSERT_EQ(0, symlink("scene.kel", link.c_str()));
+  EXPECT_TRUE(kel::SaveScene(saver, link));
+  saver.trouble = [] { throw std::runtime_error("trouble"); };
+  EXPECT_FALSE(kel::SaveScene(saver, link));
+  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_TRUE(kel::RestoreBackup(saver, link));
+  EXPECT_TRUE(kel::IsWhole(file));
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
 }
 
 TEST_F(KitFaults, APipe) {
@@ -109,6 +121,7 @@ TEST_F(KitFaults, ACrashDoesNotPushOutTheLastVersion) {
   }
   EXPECT_TRUE(kel::RestoreBackup(saver, file));
   EXPECT_EQ(11U, Size(file));
+  EXPECT_NE("", folder.Text("scene.kel.backup/KelBackup.bak.incomplete"));
   // A host that does not ask for the backup and saves on keeps it until that save is whole.
   EXPECT_TRUE(InAProcess([&] { return Save(12).empty() && false; }));
   saver.trouble = [] { throw std::runtime_error("again"); };
