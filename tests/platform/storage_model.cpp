@@ -14,7 +14,7 @@ namespace model {
 namespace {
 
 constexpr DWORD Exclusive = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
-constexpr std::uint64_t LimitOfBytes = 4 << 20;  // growth stops here, for the time it takes
+constexpr std::uint64_t LimitOfBytes = 8 << 20;  // growth stops here, for the time it takes
 
 struct OpenStream {
   IStream* stream;

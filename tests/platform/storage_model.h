@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "compound/gathering_file.h"
 #include "platform/storage.h"
 #include "tools/compound_check/compound_checker.h"
 #include "tools/compound_check/compound_names.h"
@@ -33,8 +34,10 @@ struct Node {
 };
 
 /// Sizes around every boundary of the format and of the writer's pieces.
-constexpr std::uint32_t Sizes[] = {0,    1,    63,    64,    65,    511,    512,    513,   4095,
-                                   4096, 4097, 65535, 65536, 65537, 262143, 262144, 262145};
+constexpr std::uint32_t Piece = GatheringFile::PieceSize;
+constexpr std::uint32_t Sizes[] = {0,         1,     63,        64,        65,       511,
+                                   512,       513,   4095,      4096,      4097,     65536,
+                                   Piece - 1, Piece, Piece + 1, 2 * Piece, 3 * Piece};
 
 /// The UTF-16 of a wide text.
 std::u16string Utf16(std::wstring_view text);
