@@ -11,20 +11,22 @@
 
 namespace {
 
-int CopyBytes(int from, int to) {
+/// Copies up to the end of the file, which must not come before `size` bytes.
+int CopyBytes(int from, std::uint64_t size, int to) {
   std::byte piece[64 * 1024];
   for (std::uint64_t offset = 0;;) {
     std::size_t got = 0;
     int error = CurrentDisk().ReadAt(from, offset, piece, sizeof piece, &got);
     if (error == 0 && got > 0) error = CurrentDisk().WriteAt(to, offset, piece, got);
-    if (error != 0 || got == 0) return error;
+    if (error != 0) return error;
+    if (got == 0) return offset < size ? EIO : 0;
     offset += got;
   }
 }
 
 /// Writes a complete copy of `source` into the new file `copy`, safely on the disk.
 int Fill(int source, const struct stat& status, int copy) {
-  int error = CopyBytes(source, copy);
+  int error = CopyBytes(source, static_cast<std::uint64_t>(status.st_size), copy);
   if (error == 0) error = CurrentDisk().SetAttributes(copy, status);
   return error != 0 ? error : CurrentDisk().Sync(copy);
 }
@@ -65,8 +67,7 @@ int MoveByCopying(const std::string& from, const std::string& to) {
   if (error != 0) return error;
   error = disk.Remove(from.c_str());
   if (error == 0) return 0;
-  // The copy may go only if the file is certainly still there; when that is gone, it is all there
-  // is.
+  // The copy may go only if the file is certainly still there; else it may be all there is.
   const int look = disk.StatusOfLink(from.c_str(), &other);
   if (look == 0) disk.Remove(to.c_str());
   return look == ENOENT ? 0 : error;
