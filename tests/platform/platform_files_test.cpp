@@ -85,30 +85,6 @@ TEST(PlatformFiles, RenameReplacesNothing) {
   EXPECT_EQ(folder.List(), "taken=other to=scene!");
 }
 
-// Between two file systems; /dev/shm is one of its own wherever there is one.
-TEST(PlatformFiles, RenameAcrossFileSystems) {
-  const Folder here;
-  const Folder there(fs::is_directory("/dev/shm") ? "/dev/shm" : here.Root());
-  struct stat a;
-  struct stat b;
-  if (stat(here.Root().c_str(), &a) != 0 || stat(there.Root().c_str(), &b) != 0 ||
-      a.st_dev == b.st_dev) {
-    GTEST_SKIP() << "there is only one file system";
-  }
-  std::string scene(3000000, 's');
-  scene.back() = 'e';
-  const std::string from = here.Put("from", scene, 0440);
-  there.Put("taken", "other");
-  EXPECT_EQ(files::rename(from.c_str(), (there.Path("taken")).c_str()), -1);
-  EXPECT_EQ(there.Text("taken"), "other");
-  EXPECT_EQ(files::rename(from.c_str(), (there.Path("none/to")).c_str()), -1);
-  EXPECT_EQ(here.Text("from"), scene);
-  EXPECT_EQ(files::rename(from.c_str(), (there.Root() + "\\to").c_str()), 0);
-  EXPECT_EQ(there.Text("to"), scene);
-  EXPECT_EQ(ModeOf(there.Path("to")), 0440U);
-  EXPECT_EQ(here.List(), "");
-}
-
 TEST(PlatformFiles, ComparisonIgnoresCase) {
   struct {
     const char* a;

@@ -1,15 +1,20 @@
 #pragma once
 
 #include <kelsave.h>
+
 #include <string>
 
 #include "tests/folder.h"
 
-/// A host that writes down every operation the library calls, with its arguments. In each one it
-/// also asks for another save, which must do nothing, and looks at the cursor, which must be the
-/// wait cursor; when something is amiss, that is written down too.
+/// A host that writes two streams as a careful one does, and writes down every operation that the
+/// library calls, with its arguments. In each one it also asks for another save, which must do
+/// nothing, and looks at the cursor, which must be the wait cursor; when something is amiss, that
+/// is written down too. It takes no memory during a save, so that a test can leave the library
+/// none.
 class RecordingHost : public SaveInterface {
  public:
+  RecordingHost() { calls.reserve(4096); }
+
   // What the host answers.
   std::string failing;    // the writer that fails
   std::string throwing;   // the operation that throws
@@ -27,40 +32,44 @@ class RecordingHost : public SaveInterface {
   /// Releases the reference that was kept; returns how many are left (0 if none was kept).
   ULONG ReleaseKept();
 
-  int SaveScene(void* scene) override { return Write(scene == this ? "SaveScene" : "[handle]"); }
-  int SaveSection1() override { return Write("SaveSection1"); }
-  int SaveSection2() override { return Write("SaveSection2"); }
-  int SaveSection3() override { return Write("SaveSection3"); }
-  int SaveSection4() override { return Write("SaveSection4"); }
-  int SaveSection5() override { return Write("SaveSection5"); }
-  int SaveSection6() override { return Write("SaveSection6"); }
-  bool UseAlternateBackupName() override { return Record("UseAlternateBackupName", alternateName); }
+  /// Whether a file is all that this host writes, as the library should have made it.
+  static bool IsWhole(const std::string& path);
+
+  int SaveScene(void* scene) override;
+  int SaveSection1() override;
+  int SaveSection2() override { return Answer("SaveSection2", failing == "SaveSection2"); }
+  int SaveSection3() override { return Answer("SaveSection3", failing == "SaveSection3" ? -1 : 0); }
+  int SaveSection4() override;
+  int SaveSection5() override { return Answer("SaveSection5", failing == "SaveSection5"); }
+  int SaveSection6() override { return Answer("SaveSection6", failing == "SaveSection6"); }
+  bool UseAlternateBackupName() override { return Answer("UseAlternateBackupName", alternateName); }
   void* OpenScene(const wchar_t* name, int code, int sceneArgument) override;
   int FileExists(const char* fileName) override;
   void UpdateAfterSave(int first, int second) override;
   void PrepareSave() override { Note("PrepareSave"); }
-  int NeedsPrepareSave() override { return Record("NeedsPrepareSave", needsPrepare); }
+  int NeedsPrepareSave() override { return Answer("NeedsPrepareSave", needsPrepare); }
   const char* GetDirectory(int number) override;
-  void RunAfterSaveStep(int step) override { Note("RunAfterSaveStep:" + std::to_string(step)); }
-  int HasAfterSaveSteps() override { return Record("HasAfterSaveSteps", hasAfterSteps); }
+  void RunAfterSaveStep(int step) override;
+  int HasAfterSaveSteps() override { return Answer("HasAfterSaveSteps", hasAfterSteps); }
   void SetStorage(IStorage* storage) override;
-  int WantsBackup() override { return Record("WantsBackup", wantsBackup); }
+  int WantsBackup() override { return Answer("WantsBackup", wantsBackup); }
   void SaveFailed() override { NoteOutcome("SaveFailed"); }
-  void AnnounceSection(const char* name) override { Note(std::string("Announce:") + name); }
+  void AnnounceSection(const char* name) override { Note("Announce:%s", name); }
   void MarkSaved() override { NoteOutcome("MarkSaved"); }
-  bool SaveSection5First() override { return Record("SaveSection5First", section5First); }
+  bool SaveSection5First() override { return Answer("SaveSection5First", section5First); }
 
  private:
-  void Note(const std::string& call);
-  void NoteOutcome(const std::string& call);
-  int Write(const std::string& writer) { return Record(writer, failing == writer ? -1 : 0); }
+  [[gnu::format(printf, 2, 3)]] void Note(const char* format, ...);
+  void NoteOutcome(const char* call);
+  int Write(const char* writer, const wchar_t* name, const std::string& bytes);
 
   template <typename Result>
-  Result Record(const std::string& call, Result result) {
-    Note(call);
+  Result Answer(const char* call, Result result) {
+    Note("%s", call);
     return result;
   }
 
+  IStorage* storage_ = nullptr;  // the library's
   IStorage* kept_ = nullptr;
 };
 
@@ -73,12 +82,15 @@ struct Situation {
   int noBackup = 0;
 
   /// `file` is a separator and the name of the old file.
-  explicit Situation(const std::string& file = "\\scene.kel") : path(folder.Root() + file) {
+  explicit Situation(const std::string& file = "\\scene.kel", const std::string& old = "old",
+                     const std::string& parent = std::filesystem::temp_directory_path().string())
+      : folder(parent), path(folder.Root() + file) {
     host.directory = folder.Root();
-    folder.Put(file.substr(1), "old");
+    folder.Put(file.substr(1), old);
   }
 
   int Save() {
+    host.calls.clear();
     SetSaveInterface(&host);
     return SaveToFileDLL(path.c_str(), notify, noBackup, 7);
   }

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -12,13 +10,6 @@
 #include "tests/save/recording_host.h"
 
 namespace {
-
-void LimitFilesTo(rlim_t length) {
-  rlimit limit{};
-  getrlimit(RLIMIT_FSIZE, &limit);
-  limit.rlim_cur = std::min(length, limit.rlim_max);
-  setrlimit(RLIMIT_FSIZE, &limit);
-}
 
 // The calls of a save, in pieces.
 const std::string Looked = "NeedsPrepareSave FileExists:scene.kel";
@@ -63,7 +54,6 @@ const Row Rows[] = {
     {"creation refused, no folder",
      [](Situation& s) { s.path = s.folder.Root() + "\\none\\scene.kel"; },
      0, Looked + " WantsBackup FileExists:scene.kel", "scene.kel=old"},
-    {"creation refused, backup stays", [](Situation&) { LimitFilesTo(1024); }, 0, Backed, Kept},
     {"host keeps the storage of a failed save",
      [](Situation& s) { s.host.keepsStorage = true; s.host.failing = "SaveSection1"; },
      0, Backed + Writers + " SaveFailed", Kept},
@@ -77,7 +67,6 @@ TEST(SaveDriver, Protocol) {
     row.arrange(s);
     KelForgetCursorHistory();
     EXPECT_EQ(s.Save(), row.result);
-    LimitFilesTo(RLIM_INFINITY);
     EXPECT_EQ(s.host.calls, row.calls);
     EXPECT_EQ(KelCursorHistory(), (std::vector<int>{32514, 32512}));
     EXPECT_EQ(s.host.ReleaseKept(), 0U);
@@ -131,9 +120,8 @@ TEST(SaveDriverDeathTest, AThrowingHost) {
   s.host.throwing = "SaveSection4";
   const auto saveTwice = [&s] {
     EXPECT_THROW(s.Save(), std::runtime_error);
-    const std::string before = s.host.calls;
     EXPECT_EQ(s.Save(), 1);
-    EXPECT_EQ(s.host.calls, before);
+    EXPECT_EQ(s.host.calls, "");
     EXPECT_EQ(KelCurrentCursor(), 32514);
     _exit(HasFailure() ? 1 : 0);
   };
