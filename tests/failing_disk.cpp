@@ -1,5 +1,7 @@
 #include "tests/failing_disk.h"
 
+#include <fcntl.h>
+
 bool FailingDisk::Fails(const char* name) {
   calls_.emplace_back(name);
   if (failing_ == 0) return false;
@@ -11,7 +13,11 @@ int FailingDisk::Open(const char* path, int flags, mode_t permissions, int* file
 }
 
 int FailingDisk::OpenUnseen(const char* folder, int* file, std::string* name) {
-  return Try("OpenUnseen", [&](Disk& disk) { return disk.OpenUnseen(folder, file, name); });
+  return Try("OpenUnseen", [&](Disk& disk) {
+    if (hasNameless) return disk.OpenUnseen(folder, file, name);
+    *name = std::string(folder) + "/.kelsave-hidden";
+    return disk.Open(name->c_str(), O_RDWR | O_CREAT | O_EXCL, 0600, file);
+  });
 }
 
 int FailingDisk::Show(int file, const char* name, const char* newName) {

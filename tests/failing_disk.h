@@ -28,6 +28,9 @@ class FailingDisk final : public Disk {
   FailingDisk(const FailingDisk&) = delete;
   FailingDisk& operator=(const FailingDisk&) = delete;
 
+  /// Whether files without a name are to be had, as on most file systems.
+  bool hasNameless = true;
+
   bool HasFailed() const { return failing_ > 0 && Count() >= failing_; }
 
   /// The names of the calls so far.

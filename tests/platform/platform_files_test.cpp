@@ -99,7 +99,8 @@ TEST(PlatformFiles, ComparisonIgnoresCase) {
       {"abc", "abcd", 7, -1},
       {"abcd", "abc", 7, 1},
       {"a", "b", 0, 0},
-      {"[", "{", 1, -1},
+      {"[AZ", "{az", 1, -1},
+      {"AZ", "az", 2, 0},
       {"\xC3\xA9", "\xC3\x89", 2, 1},
   };
   for (const auto& row : rows) {

@@ -31,6 +31,11 @@ TEST(Backup, WhatIsLeft) {
        "KelBackup.bak/ "},
       {"rename refused: a read-only backup is in the way",
        [](Situation& s) { s.folder.Put("KelBackup.bak", "older", 0444); }, "KelBackup.bak=older "},
+      {"older backup is a link that leads nowhere",
+       [](Situation& s) {
+         std::filesystem::create_symlink("none", s.folder.Path("KelBackup.bak"));
+       },
+       Old},
       {"rename refused: no folder", [](Situation& s) { s.host.directory += "\\none"; }, ""},
       {"path of 511 bytes", [](Situation& s) { MakePathLength(s, 511); }, Old},
       {"path of 512 bytes", [](Situation& s) { MakePathLength(s, 512); }, ""},

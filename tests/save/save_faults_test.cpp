@@ -9,10 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <set>
 #include <string>
 
 #include "tests/failing_disk.h"
@@ -40,25 +40,36 @@ std::string Look(const Folder& folder) {
   return all;
 }
 
-enum Kind { Backup, BackupOnOtherFileSystem, NoBackup, ThroughLink };
+enum Kind { Backup, BackupOnOtherFileSystem, NamedCopy, NoBackup, ThroughLink, TheBackupItself };
+
+bool IsMoved(Kind kind) { return kind == BackupOnOtherFileSystem || kind == NamedCopy; }
 
 /// A save over an old file, and its outcome.
 struct Scene : Situation {
   const Kind kind;
+  const std::string name;  // of the file itself
   const Folder other{Memory};
 
   explicit Scene(Kind wanted)
-      : Situation(wanted == ThroughLink ? "/real.kel" : "/scene.kel", Old,
-                  wanted == BackupOnOtherFileSystem ? fs::temp_directory_path().string() : Memory),
-        kind(wanted) {
-    path = folder.Path("scene.kel");
-    if (kind == ThroughLink) fs::create_symlink("real.kel", path);
-    if (kind == BackupOnOtherFileSystem) host.directory = other.Root();
+      : Situation(wanted == ThroughLink       ? "\\real.kel"
+                  : wanted == TheBackupItself ? "\\KelBackup.bak"
+                                              : "\\scene.kel",
+                  Old, IsMoved(wanted) ? fs::temp_directory_path().string() : Memory),
+        kind(wanted),
+        name(path.substr(path.rfind('\\') + 1)) {
+    if (kind == ThroughLink) {
+      path = folder.Path("scene.kel");
+      fs::create_symlink(name, path);
+    }
+    if (IsMoved(kind)) host.directory = other.Root();
     host.wantsBackup = kind != NoBackup ? 1 : 0;
   }
 
+  bool IsBackedUp() const { return kind != NoBackup && kind != TheBackupItself; }
+
   /// The demands of this file's head. `tidy`: what was to be deleted could be deleted.
-  void ExpectOutcome(int result, bool tidy) {
+  /// `keepsOld`: nothing can have kept the backup from being made.
+  void ExpectOutcome(int result, bool tidy, bool keepsOld) {
     const std::string found = Look(folder) + Look(other);
     SCOPED_TRACE(found + host.calls);
     const auto has = [&found](const char* text) { return found.find(text) != std::string::npos; };
@@ -66,22 +77,25 @@ struct Scene : Situation {
     EXPECT_EQ(host.calls.find("MarkSaved") != std::string::npos, result == 1);
     EXPECT_EQ(host.calls.find('['), std::string::npos) << "something was amiss";
     EXPECT_TRUE(result == 0 || !failed);
-    const bool isNew = has(kind == ThroughLink ? "real.kel=new" : "scene.kel=new");
+    const bool isNew = has((name + "=new").c_str());
     EXPECT_TRUE(isNew == (result == 1) || (isNew && !tidy));
-    EXPECT_TRUE(result == 1 || has("=old") || (kind == NoBackup && failed));
-    EXPECT_FALSE(has("=bad") && (tidy || result == 1 || has("KelBackup.bak=bad")));
-    EXPECT_FALSE(has(".kelsave-"));
+    EXPECT_TRUE(has("=old") || (result == 1 && !keepsOld) || (failed && !IsBackedUp()));
+    EXPECT_FALSE(has("=bad") &&
+                 (tidy || result == 1 || (IsBackedUp() && has("KelBackup.bak=bad"))));
+    EXPECT_FALSE(has(".kelsave-") && (tidy || kind != NamedCopy));
     EXPECT_EQ(has("scene.kel@"), kind == ThroughLink);
     // A file whose permissions could not be asked for has become read-only.
-    if (fs::exists(path)) fs::permissions(path, fs::perms::owner_write, fs::perm_options::add);
+    const std::string file = folder.Path(name);
+    if (fs::exists(file)) fs::permissions(file, fs::perms::owner_write, fs::perm_options::add);
     EXPECT_EQ(Save(), 1) << "the next save";
-    EXPECT_TRUE(RecordingHost::IsWhole(path));
+    EXPECT_TRUE(RecordingHost::IsWhole(file));
   }
 };
 
 class SaveFaults : public testing::TestWithParam<Kind> {};
 INSTANTIATE_TEST_SUITE_P(Scenes, SaveFaults,
-                         testing::Values(Backup, BackupOnOtherFileSystem, NoBackup, ThroughLink));
+                         testing::Values(Backup, BackupOnOtherFileSystem, NamedCopy, NoBackup,
+                                         ThroughLink, TheBackupItself));
 
 TEST_P(SaveFaults, NoMemory) {
   for (const bool allAfter : {false, true}) {
@@ -97,7 +111,7 @@ TEST_P(SaveFaults, NoMemory) {
       }
       EXPECT_TRUE(reached || result == 1);
       EXPECT_TRUE(first > 0 || reached) << "no allocation is counted";
-      scene.ExpectOutcome(result, true);
+      scene.ExpectOutcome(result, true, GetParam() == Backup || GetParam() == ThroughLink);
     }
   }
 }
@@ -112,7 +126,8 @@ TEST_P(SaveFaults, FailingDisk) {
         int result = -1;
         std::string call;
         {
-          const FailingDisk disk(n, error, mode);
+          FailingDisk disk(n, error, mode);
+          disk.hasNameless = GetParam() != NamedCopy;
           result = scene.Save();
           reached = disk.HasFailed();
           if (reached) call = disk.Calls()[static_cast<std::size_t>(n) - 1];
@@ -120,7 +135,8 @@ TEST_P(SaveFaults, FailingDisk) {
         SCOPED_TRACE(std::to_string(n) + " " + call + (once ? "" : " and after") + ": " +
                      std::strerror(error));
         EXPECT_TRUE(reached || result == 1);
-        scene.ExpectOutcome(result, once && call != "Remove" && call != "StatusOfLink");
+        const bool tidy = once && call != "Remove" && call != "StatusOfLink";
+        scene.ExpectOutcome(result, tidy, false);
       }
     }
   }
@@ -128,24 +144,36 @@ TEST_P(SaveFaults, FailingDisk) {
 
 // The only version there is must not be deleted to make room for a backup.
 TEST(SaveLinks, ToTheBackupItself) {
-  Scene scene(ThroughLink);
-  fs::rename(scene.folder.Path("real.kel"), scene.folder.Path("KelBackup.bak"));
-  fs::remove(scene.path);
-  fs::create_symlink("KelBackup.bak", scene.path);
-  const FailingDisk disk;
-  EXPECT_EQ(scene.Save(), 1);
-  for (const std::string& call : disk.Calls()) EXPECT_NE(call, "Remove");
+  Situation s("/KelBackup.bak");
+  s.path = s.folder.Path("scene.kel");
+  std::filesystem::create_symlink("KelBackup.bak", s.path);
+  s.host.failing = "SaveScene";
+  FailingDisk disk;
+  EXPECT_EQ(s.Save(), 0);
+  EXPECT_EQ(std::count(disk.Calls().begin(), disk.Calls().end(), "Remove"), 1);
 }
 
 // No fault shows what was not waited for.
 TEST(SaveOrder, AMovedFileIsOnTheDiskBeforeItIsDeleted) {
-  Scene scene(BackupOnOtherFileSystem);
-  const FailingDisk disk;
-  EXPECT_EQ(scene.Save(), 1);
   std::string calls;
-  for (const std::string& call : disk.Calls()) calls += call + " ";
+  int sync = 0;
+  {
+    const FailingDisk disk;
+    EXPECT_EQ(Scene(BackupOnOtherFileSystem).Save(), 1);
+    for (const std::string& call : disk.Calls()) {
+      calls += call + " ";
+      if (sync == 0 && call == "SyncFolder")
+        sync = static_cast<int>(&call - disk.Calls().data()) + 1;
+    }
+  }
   EXPECT_NE(calls.find("SetAttributes Sync Show SyncFolder Close Remove "), std::string::npos)
       << calls;
+  for (const int call : {sync, sync + 2}) {
+    Scene scene(BackupOnOtherFileSystem);
+    const FailingDisk disk(call);
+    EXPECT_EQ(scene.Save(), 1);
+    EXPECT_EQ(Look(scene.other), "") << "a copy of a file that was not moved, after " << call;
+  }
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ check=$1/tools/compound_check/compound_check
 "$2" "$4" "$folder/windows/scene.kel"
 list() { "$check" -l "$1" | grep -E 'stream$|storage$'; }
 diff -u <(list "$folder/native/scene.kel") <(list "$folder/windows/scene.kel")
-streams=$(list "$folder/native/scene.kel" | sed -n 's/\t[0-9]*\tstream$//p')
+streams=$(list "$folder/native/scene.kel" | sed -n 's/^\/\(.*\)\t[0-9]*\tstream$/\1/p')
 grep -qx 'Meshes/Pyramid' <<<"$streams"
 while read -r path; do
   cmp <("$check" -x "$path" "$folder/native/scene.kel") \
