@@ -21,10 +21,10 @@ check=$1/tools/compound_check/compound_check
 list() { "$check" -l "$1" | grep -E 'stream$|storage$'; }
 diff -u <(list "$folder/native/scene.kel") <(list "$folder/windows/scene.kel")
 streams=$(list "$folder/native/scene.kel" | sed -n 's/^\/\(.*\)\t[0-9]*\tstream$/\1/p')
-grep -qx 'Meshes/Pyramid' <<<"$streams"
+grep -qx 'Meshes/Pyramid/Points' <<<"$streams"
 while read -r path; do
   cmp <("$check" -x "$path" "$folder/native/scene.kel") \
     <("$check" -x "$path" "$folder/windows/scene.kel")
 done <<<"$streams"
-cmp <("$2" "$4" -x Meshes/Box "$folder/windows/scene.kel") \
-  <("$check" -x Meshes/Box "$folder/native/scene.kel")
+cmp <("$2" "$4" -x Meshes/Pyramid/Points "$folder/windows/scene.kel") \
+  <("$check" -x Meshes/Pyramid/Points "$folder/native/scene.kel")
