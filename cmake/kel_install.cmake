@@ -48,7 +48,7 @@ install(TARGETS compound_check RUNTIME COMPONENT development)
 add_dependencies(product ${kel_libraries} kelcalc compound_check)
 
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md
-  ${PROJECT_SOURCE_DIR}/docs/*.json)
+  ${PROJECT_SOURCE_DIR}/docs/*.json ${PROJECT_SOURCE_DIR}/docs/*.svg)
 if(WIN32)
   # A folder to be handed on: with what its reader needs to know.
   kel_install_files(documentation docs ${pages})

@@ -41,6 +41,7 @@ CaValue Frame(const CyVector& x, const CyVector& y, const CyVector& z, const CyV
 
 Picture PictureOf(const std::vector<CaValue>& values) {
   std::vector<NamedValue> named;
+  named.reserve(values.size());
   for (const CaValue& value : values) named.push_back({"n", &value, ""});
   return DescribePicture(named);
 }
@@ -162,7 +163,8 @@ TEST(Picture, FitsEverySize) {
 
 TEST(Picture, LeavesOutWhatWouldSqueezeTheRest) {
   std::vector<CaValue> values;
-  for (int i = 0; i < 20; ++i) values.push_back(Point(i % 5, i / 5, i % 3));
+  values.reserve(21);
+  for (int i = 0; i < 20; ++i) values.push_back(Point(i % 5, i % 4, i % 3));
   values.push_back(Point(1e12, 0, 0));
   Picture picture = PictureOf(values);
   EXPECT_FALSE(picture.things[20].drawn);
@@ -196,7 +198,7 @@ TEST(Labels, DoNotOverlap) {
   std::vector<Spot> placed;
   LabelRoom room(700, 500);
   for (int i = 0; i < 3000; ++i) {
-    const Spot anchor{double(random() % 700), double(random() % 500)};
+    const Spot anchor{static_cast<double>(random() % 700), static_cast<double>(random() % 500)};
     if (const auto spot = room.Place(anchor, 40, 14); spot) placed.push_back(*spot);
   }
   EXPECT_GT(placed.size(), 250U);  // of 625 that would fill the paper

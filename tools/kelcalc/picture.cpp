@@ -49,7 +49,8 @@ std::string WritePictures(const CaInterpreter& interpreter, const std::vector<st
   for (const std::string& file : files) {
     std::string reason = std::string("its name does not end in ") + kelview::KnownEndings;
     if (kelview::KnowsForm(file)) reason = WriteFile(file, kelview::PictureBytes(picture, file));
-    if (!reason.empty() && complaint.empty()) complaint = "cannot write " + file + ": " + reason;
+    if (reason.empty() || !complaint.empty()) continue;
+    complaint.append("cannot write ").append(file).append(": ").append(reason);
   }
   return complaint;
 }
@@ -58,7 +59,7 @@ std::string ShowPicture(const CaInterpreter& interpreter, const std::string& fro
   static const std::string Folder = MakePrivateFolder();  // one for all pictures of a session
   if (Folder.empty()) return "there is no folder for temporary files";
   const std::string file = Folder + "/picture.html";
-  const std::string problem = WritePictures(interpreter, {file}, from);
+  std::string problem = WritePictures(interpreter, {file}, from);
   if (!problem.empty()) return problem;
   return (OpenViewer(file) ? "showing " : "the picture is in ") + file;
 }

@@ -52,6 +52,7 @@ class Drawing {
 
   std::vector<Spot> Project(const std::vector<CyVector>& line) const {
     std::vector<Spot> spots;
+    spots.reserve(line.size());
     for (const CyVector& place : line) spots.push_back(Project(place));
     return spots;
   }

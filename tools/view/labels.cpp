@@ -18,7 +18,7 @@ constexpr double Gaps[] = {5.0, 14.0, 26.0, 40.0};
 LabelRoom::LabelRoom(double width, double height)
     : columns_(static_cast<int>(width / CellSize)),
       rows_(static_cast<int>(height / CellSize)),
-      taken_(static_cast<std::size_t>(columns_ * rows_), false) {}
+      taken_(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(rows_), false) {}
 
 LabelRoom::Cells LabelRoom::CellsOf(const Spot& centre, double width, double height) const {
   const auto cell = [](double at) { return static_cast<int>(std::floor(at / CellSize)); };
@@ -30,7 +30,7 @@ void LabelRoom::Take(const Spot& centre, double width, double height) {
   const Cells cells = CellsOf(centre, width, height);
   for (int row = std::max(cells.top, 0); row < std::min(cells.bottom, rows_); ++row) {
     for (int column = std::max(cells.left, 0); column < std::min(cells.right, columns_); ++column) {
-      taken_[static_cast<std::size_t>(row * columns_ + column)] = true;
+      taken_[At(row, column)] = true;
     }
   }
 }
@@ -51,7 +51,7 @@ bool LabelRoom::Free(const Cells& cells) const {
   }
   for (int row = cells.top; row < cells.bottom; ++row) {
     for (int column = cells.left; column < cells.right; ++column) {
-      if (taken_[static_cast<std::size_t>(row * columns_ + column)]) return false;
+      if (taken_[At(row, column)]) return false;
     }
   }
   return true;

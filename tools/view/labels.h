@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <vector>
 
@@ -33,6 +34,10 @@ class LabelRoom {
   };
   Cells CellsOf(const Spot& centre, double width, double height) const;
   bool Free(const Cells& cells) const;
+  std::size_t At(int row, int column) const {
+    return static_cast<std::size_t>(row) * static_cast<std::size_t>(columns_) +
+           static_cast<std::size_t>(column);
+  }
 
   int columns_;
   int rows_;

@@ -98,9 +98,9 @@ void Mesh::AddDashes(const CyVector& from, const CyVector& to, double radius, do
                      bool arrow) {
   const CyVector way = to - from;
   const int pieces = std::max(1, static_cast<int>(way.Mag() / length / 2.0)) * 2 - 1;
+  const auto end = [&](int piece) { return from + way * piece / pieces; };
   for (int i = 0; i < pieces; i += 2) {
-    AddTube({from + way * (double(i) / pieces), from + way * (double(i + 1) / pieces)}, radius,
-            arrow && i + 1 == pieces);
+    AddTube({end(i), end(i + 1)}, radius, arrow && i + 1 == pieces);
   }
 }
 

@@ -54,6 +54,10 @@ void PutUnsigned(std::string& bytes, std::uint32_t number) {
   }
 }
 
+std::array<float, 3> Single(const CyVector& v) {
+  return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
+}
+
 /// One channel of a colour, as light: files of this format do not keep what screens are sent.
 double Light(std::string_view hex) {
   int byte = 0;
@@ -140,7 +144,7 @@ class Model {
     Meshes meshes = StrokesOf(index);
     if (meshes.empty()) {
       node["mesh"] = BallMesh(thing.ink);
-      node["translation"] = {float(thing.at.x), float(thing.at.y), float(thing.at.z)};
+      node["translation"] = Single(thing.at);
     } else {
       node["mesh"] = PutMesh(thing.name, meshes);
     }
@@ -281,7 +285,7 @@ class Model {
     low.fill(std::numeric_limits<float>::max());
     high.fill(std::numeric_limits<float>::lowest());
     for (const CyVector& place : places) {
-      const std::array<float, 3> row = {float(place.x), float(place.y), float(place.z)};
+      const std::array<float, 3> row = Single(place);
       for (std::size_t i = 0; i < 3; ++i) {
         low[i] = std::min(low[i], row[i]);
         high[i] = std::max(high[i], row[i]);

@@ -6,7 +6,7 @@
 namespace kelview {
 namespace {
 
-std::string WithoutMinusZero(std::string text) { return text == "-0" ? "0" : text; }
+std::string WithoutMinusZero(const std::string& text) { return text == "-0" ? "0" : text; }
 
 /// The length of the UTF-8 character at the start of `bytes`, or 0 when none is there.
 std::size_t CharacterLength(std::string_view bytes) {
