@@ -4,7 +4,6 @@
 #include <type_traits>
 
 #include "geometry/messages.h"
-#include "geometry/pair.h"
 #include "geometry/quaternion.h"
 #include "geometry/rotation.h"
 
@@ -50,25 +49,6 @@ CyVector Moved(const CyMatrix& a, const CyVector& v, const CyVector& t) {
   return {m[0][0] * v.x + m[0][1] * v.y + m[0][2] * v.z + t.x,
           m[1][0] * v.x + m[1][1] * v.y + m[1][2] * v.z + t.y,
           m[2][0] * v.x + m[2][1] * v.y + m[2][2] * v.z + t.z};
-}
-
-/// The row of a product that belongs to `row` of its left operand.
-void ProductRow(const double (&row)[4], const CyMatrix& b, double (&result)[4]) {
-  const Pair first =
-      row[0] * LoadPair(b.m[0]) + row[1] * LoadPair(b.m[1]) + row[2] * LoadPair(b.m[2]);
-  const Pair second =
-      row[0] * LoadPair(b.m[0] + 2) + row[1] * LoadPair(b.m[1] + 2) + row[2] * LoadPair(b.m[2] + 2);
-  // A negative zero is what leaves every number as it is when added.
-  const Pair moved = second + Pair{-0.0, row[3]};
-  StorePair(first, result);
-  StorePair(moved, result + 2);
-}
-
-inline CyMatrix FullProduct(const CyMatrix& a, const CyMatrix& b) {
-  CyMatrix product;
-  product.kind = KindOfProduct(a.kind, b.kind);
-  for (int r = 0; r < 3; ++r) ProductRow(a.m[r], b, product.m[r]);
-  return product;
 }
 
 /// The angle in degrees between `p` and the z axis, 0 to 180; false when `p` is too short.
@@ -174,31 +154,16 @@ void CyMatrix::SetRotation(const CyRotation& rotation) noexcept {
 
 void XformPoints(const CyMatrix& matrix, const CyVector* points, CyVector* results,
                  std::size_t count) noexcept {
-  if (matrix.kind < MatRigid || matrix.kind > MatGeneral) {
-    const CyMatrix local = matrix;  // which no result can overwrite
-    for (std::size_t i = 0; i < count; ++i) results[i] = local.XformPoint(points[i]);
-    return;
-  }
-  // Two points at a time: each sum is formed as in XformPoint.
   const CyMatrix local = matrix;  // which no result can overwrite
-  const auto& m = local.m;
-  std::size_t i = 0;
-  for (; i + 1 < count; i += 2) {
-    const CyVector p = points[i];
-    const CyVector q = points[i + 1];
-    const Pair x = {p.x, q.x};
-    const Pair y = {p.y, q.y};
-    const Pair z = {p.z, q.z};
-    const Pair rx = m[0][0] * x + m[0][1] * y + m[0][2] * z + m[0][3];
-    const Pair ry = m[1][0] * x + m[1][1] * y + m[1][2] * z + m[1][3];
-    const Pair rz = m[2][0] * x + m[2][1] * y + m[2][2] * z + m[2][3];
-    results[i].Set(rx[0], ry[0], rz[0]);
-    results[i + 1].Set(rx[1], ry[1], rz[1]);
+  if (local.kind < MatRigid || local.kind > MatGeneral) {
+    for (std::size_t i = 0; i < count; ++i) results[i] = local.XformPoint(points[i]);
+  } else {
+    const CyVector t = Translation(local);
+    for (std::size_t i = 0; i < count; ++i) results[i] = Moved(local, points[i], t);
   }
-  if (i < count) results[i] = local.XformPoint(points[i]);
 }
 
-CyMatrix operator*(const CyMatrix& a, const CyMatrix& b) noexcept {
+CyMatrix CyMatrix::ProductByKind(const CyMatrix& a, const CyMatrix& b) noexcept {
   if (a.kind == MatIdentity) return b;
   if (a.kind == MatTranslate) {
     if (b.kind == MatIdentity) return a;

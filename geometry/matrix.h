@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "geometry/pair.h"
 #include "geometry/vector.h"
 
 struct CyQuaternion;
@@ -108,7 +109,7 @@ struct CyMatrix {
 
   /// Inverts a rigid transform: the linear part is transposed, the translation becomes minus the
   /// transpose applied to it. The kind stays.
-  void InvertRigid() noexcept;
+  void InvertRigid() noexcept { *this = RigidInverse(); }
 
   /// Inverts a 4 x 4 matrix, row by row, by Gauss-Jordan elimination and returns 1; 0 leaves it as
   /// it was. Numbers whose absolute value is below 0.001 count as zero, so a matrix of a very
@@ -122,12 +123,18 @@ struct CyMatrix {
   CyVector XformPoint(const CyVector& p) const noexcept;
 
  private:
+  friend CyMatrix operator*(const CyMatrix& a, const CyMatrix& b) noexcept;
+
   constexpr void SetColumn(int column, double u0, double u1, double u2) noexcept {
     m[0][column] = u0;
     m[1][column] = u1;
     m[2][column] = u2;
     kind = MatGeneral;
   }
+
+  CyMatrix RigidInverse() const noexcept;
+  static CyMatrix FullProduct(const CyMatrix& a, const CyMatrix& b) noexcept;
+  static CyMatrix ProductByKind(const CyMatrix& a, const CyMatrix& b) noexcept;
 };
 
 /// XformPoint of `count` points, from `points` to `results`, which may be the same place.
@@ -152,4 +159,46 @@ inline CyVector CyMatrix::XformPoint(const CyVector& p) const noexcept {
   }
   if (kind == MatTranslate) return {p.x + m[0][3], p.y + m[1][3], p.z + m[2][3]};
   return XformVec(p);  // the others have no translation
+}
+
+/// The product without a look at the kinds: every element a sum of three products in their order,
+/// the translation added last.
+inline CyMatrix CyMatrix::FullProduct(const CyMatrix& a, const CyMatrix& b) noexcept {
+  const CyPair left[] = {CyLoadPair(b.m[0]), CyLoadPair(b.m[1]), CyLoadPair(b.m[2])};
+  const CyPair right[] = {CyLoadPair(b.m[0] + 2), CyLoadPair(b.m[1] + 2), CyLoadPair(b.m[2] + 2)};
+  CyPair first[3];
+  CyPair second[3];
+  for (int r = 0; r < 3; ++r) {
+    const auto& row = a.m[r];
+    first[r] = row[0] * left[0] + row[1] * left[1] + row[2] * left[2];
+    // A negative zero is what leaves every number as it is when added.
+    second[r] = (row[0] * right[0] + row[1] * right[1] + row[2] * right[2]) + CyPair{-0.0, row[3]};
+  }
+  return {KindOfProduct(a.kind, b.kind),
+          {{first[0][0], first[0][1], second[0][0], second[0][1]},
+           {first[1][0], first[1][1], second[1][0], second[1][1]},
+           {first[2][0], first[2][1], second[2][0], second[2][1]}}};
+}
+
+inline CyMatrix operator*(const CyMatrix& a, const CyMatrix& b) noexcept {
+  // Neither can be the identity or a translation, for which there are short cuts.
+  if (a.kind >= MatRotate && b.kind >= MatRotate) return CyMatrix::FullProduct(a, b);
+  return CyMatrix::ProductByKind(a, b);
+}
+
+inline CyMatrix CyMatrix::RigidInverse() const noexcept {
+  const double x = m[0][3];
+  const double y = m[1][3];
+  const double z = m[2][3];
+  return {kind,
+          {{m[0][0], m[1][0], m[2][0], -(m[0][0] * x + m[1][0] * y + m[2][0] * z)},
+           {m[0][1], m[1][1], m[2][1], -(m[0][1] * x + m[1][1] * y + m[2][1] * z)},
+           {m[0][2], m[1][2], m[2][2], -(m[0][2] * x + m[1][2] * y + m[2][2] * z)}}};
+}
+
+inline CyMatrix CyMatrix::Inverse() const noexcept {
+  if (kind == MatTranslate || kind == MatRotate || kind == MatRigid) return RigidInverse();
+  CyMatrix inverse = *this;
+  inverse.Invert();
+  return inverse;
 }

@@ -47,7 +47,7 @@ struct Elimination {
     const double f = 1.0 / row[P];
     constexpr int FirstPair = (P + 2) & ~1;
     if (FirstPair != P + 1) row[P + 1] *= f;
-    for (int j = FirstPair; j < 8; j += 2) StorePair(LoadPair(row + j) * f, row + j);
+    for (int j = FirstPair; j < 8; j += 2) CyStorePair(CyLoadPair(row + j) * f, row + j);
   }
 
   /// Clears column `P` of row `i` unless its entry is small; then the row stays as it is.
@@ -61,7 +61,7 @@ struct Elimination {
     constexpr int FirstPair = (P + 2) & ~1;
     if (FirstPair != P + 1) row[P + 1] -= factor * rows[P][P + 1];
     for (int j = FirstPair; j < 8; j += 2) {
-      StorePair(LoadPair(row + j) - factor * LoadPair(rows[P] + j), row + j);
+      CyStorePair(CyLoadPair(row + j) - factor * CyLoadPair(rows[P] + j), row + j);
     }
     return i < P || !std::all_of(row + P + 1, row + 4, IsSmall);
   }
@@ -91,8 +91,8 @@ void InvertScaled(CyMatrix& a) {
   const CyVector t(m[0][3], m[1][3], m[2][3]);
   const double squaredScale = m[0][0] * m[0][0] + m[0][1] * m[0][1] + m[0][2] * m[0][2];
   for (int r = 0; r < 3; ++r) {
-    StorePair(Pair{m[0][r], m[1][r]} / squaredScale, a.m[r]);
-    StorePair(Pair{m[2][r], MovedBack(given, r, t)} / squaredScale, a.m[r] + 2);
+    CyStorePair(CyPair{m[0][r], m[1][r]} / squaredScale, a.m[r]);
+    CyStorePair(CyPair{m[2][r], MovedBack(given, r, t)} / squaredScale, a.m[r] + 2);
   }
 }
 
@@ -112,14 +112,6 @@ int CyMatrix::InvertGauss4(double (&a)[4][4]) noexcept {
   return 1;
 }
 
-void CyMatrix::InvertRigid() noexcept {
-  const CyVector t(m[0][3], m[1][3], m[2][3]);
-  *this = {kind,
-           {{m[0][0], m[1][0], m[2][0], MovedBack(*this, 0, t)},
-            {m[0][1], m[1][1], m[2][1], MovedBack(*this, 1, t)},
-            {m[0][2], m[1][2], m[2][2], MovedBack(*this, 2, t)}}};
-}
-
 void CyMatrix::Invert() noexcept {
   switch (kind) {
     case MatIdentity:
@@ -135,10 +127,4 @@ void CyMatrix::Invert() noexcept {
       break;
   }
   InvertGeneral(*this);  // words that are no kind included
-}
-
-CyMatrix CyMatrix::Inverse() const noexcept {
-  CyMatrix inverse = *this;
-  inverse.Invert();
-  return inverse;
 }

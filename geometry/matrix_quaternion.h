@@ -10,20 +10,20 @@
 inline CyQuaternion QuaternionOf(const CyMatrix& matrix) noexcept {
   const auto& m = matrix.m;
   double t = (1.0 + m[0][0] + m[1][1] + m[2][2]) * 0.25;
-  if (t > LengthThreshold) {
+  if (t > CyLengthThreshold) {
     const double w = std::sqrt(t);
     const double d = 4.0 * w;
-    const Pair xy = Pair{m[2][1] - m[1][2], m[0][2] - m[2][0]} / d;
+    const CyPair xy = CyPair{m[2][1] - m[1][2], m[0][2] - m[2][0]} / d;
     return {w, {xy[0], xy[1], (m[1][0] - m[0][1]) / d}};
   }
   t = (m[1][1] + m[2][2]) * -0.5;
-  if (t > LengthThreshold) {
+  if (t > CyLengthThreshold) {
     const double x = std::sqrt(t);
     const double d = 2.0 * x;
     return {0.0, {x, m[1][0] / d, m[2][0] / d}};
   }
   t = (1.0 - m[2][2]) * 0.5;
-  if (t > LengthThreshold) {
+  if (t > CyLengthThreshold) {
     const double y = std::sqrt(t);
     return {0.0, {0.0, y, m[2][1] / (2.0 * y)}};
   }

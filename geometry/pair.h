@@ -4,14 +4,14 @@
 
 /// Two neighbouring doubles, added, multiplied and divided one by one: the results are those of
 /// single doubles, in half the instructions.
-using Pair = double __attribute__((vector_size(16)));
+using CyPair = double __attribute__((vector_size(16)));
 
-inline Pair LoadPair(const double* elements) {
-  Pair pair;
+inline CyPair CyLoadPair(const double* elements) noexcept {
+  CyPair pair;
   std::memcpy(&pair, elements, sizeof pair);
   return pair;
 }
 
-inline void StorePair(const Pair& pair, double* elements) {
+inline void CyStorePair(const CyPair& pair, double* elements) noexcept {
   std::memcpy(elements, &pair, sizeof pair);
 }

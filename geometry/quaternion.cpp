@@ -15,8 +15,14 @@ constexpr double HalfDegreesToRadians = 0.008726646259971648;  // pi / 360
 
 }  // namespace
 
+CyQuaternion CyShortProduct(const CyQuaternion& a, const CyQuaternion& b) noexcept {
+  if (a.w == 0.0 && b.w == 0.0) return {-1.0 * Dot(a.v, b.v), Cross(a.v, b.v)};
+  if (a.v.IsZeroLength()) return {a.w * b.w, a.w * b.v};
+  return {b.w * a.w, b.w * a.v};
+}
+
 CyQuaternion operator/(const CyQuaternion& q, double s) noexcept {
-  if (s > LengthThreshold) return q * (1.0 / s);
+  if (s > CyLengthThreshold) return q * (1.0 / s);
   CyReport("Quaternion divided by zero!\n");
   return q;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "geometry/pair.h"
 #include "geometry/vector.h"
 
 struct CyMatrix;
@@ -27,14 +26,13 @@ struct CyQuaternion {
     v = v_;
   }
 
-  /// Makes the norm 1 and returns this quaternion; one whose norm is less than LengthThreshold
+  /// Makes the norm 1 and returns this quaternion; one whose norm is less than CyLengthThreshold
   /// stays as it is. A norm that is not a number makes all four components such.
   CyQuaternion& Normalize() noexcept {
     const double length = std::sqrt(w * w + v.x * v.x + v.y * v.y + v.z * v.z);
-    if (length < LengthThreshold) return *this;
-    const Pair wx = Pair{w, v.x} / length;
-    const Pair yz = Pair{v.y, v.z} / length;
-    Set(wx[0], wx[1], yz[0], yz[1]);
+    if (length < CyLengthThreshold) return *this;
+    w /= length;
+    v = v / length;
     return *this;
   }
 
@@ -44,7 +42,7 @@ struct CyQuaternion {
   /// ShortQuaternions in quaternion_test.cpp.
   constexpr CyQuaternion& Invert() noexcept {
     const double n = (v.x * v.x + v.y * v.y + v.z * v.z) + w * w;
-    if (!(n > LengthThreshold)) return *this;
+    if (!(n > CyLengthThreshold)) return *this;
     v = v / -n;
     w /= n;
     return *this;
@@ -58,7 +56,7 @@ struct CyQuaternion {
   }
 
   /// Takes the rotation's angle (degrees) about its axis, which need not be of unit length; an
-  /// axis shorter than LengthThreshold is used as it is.
+  /// axis shorter than CyLengthThreshold is used as it is.
   void FromRotation(const CyRotation& rotation) noexcept;
 
   /// Takes the rotation of the matrix's 3 x 3 part as it is stored; kind and translation are not
@@ -78,19 +76,18 @@ constexpr CyQuaternion operator*(const CyQuaternion& q, double s) noexcept {
   return {q.w * s, q.v * s};
 }
 
+/// The product of two pure quaternions, or of two of which one is real. For operator*.
+CyQuaternion CyShortProduct(const CyQuaternion& a, const CyQuaternion& b) noexcept;
+
 /// The Hamilton product.
 /// Deliberate: pure, real and mixed operands take short cuts of their own, in this order. For
 /// finite numbers they differ from the full product in the sign of a zero only; infinities and
 /// not-a-numbers come out differently. Held by ProductRules in quaternion_test.cpp.
 inline CyQuaternion operator*(const CyQuaternion& a, const CyQuaternion& b) noexcept {
-  if (a.w == 0.0 && b.w == 0.0) return {-1.0 * Dot(a.v, b.v), Cross(a.v, b.v)};
-  if (a.v.IsZeroLength()) return {a.w * b.w, a.w * b.v};
-  if (b.v.IsZeroLength()) return {b.w * a.w, b.w * a.v};
-  const Pair xy =
-      (a.w * Pair{b.v.x, b.v.y} + b.w * Pair{a.v.x, a.v.y}) +
-      (Pair{a.v.y, a.v.z} * Pair{b.v.z, b.v.x} - Pair{a.v.z, a.v.x} * Pair{b.v.y, b.v.z});
-  const double z = (a.w * b.v.z + b.w * a.v.z) + (a.v.x * b.v.y - a.v.y * b.v.x);
-  return {a.w * b.w - Dot(a.v, b.v), {xy[0], xy[1], z}};
+  const bool pure = a.w == 0.0 && b.w == 0.0;
+  if (pure || a.v.IsZeroLength() || b.v.IsZeroLength()) [[unlikely]]
+    return CyShortProduct(a, b);
+  return {a.w * b.w - Dot(a.v, b.v), (a.w * b.v + b.w * a.v) + Cross(a.v, b.v)};
 }
 
 /// `q` times the reciprocal of `s`.

@@ -22,7 +22,7 @@ double Clamped(double k) {
 inline CyRotation RotationOf(CyQuaternion q) {
   q.Normalize();
   CyVector axis = q.v;
-  if (axis.NormalizeMag() < LengthThreshold) axis.Set(1.0, 0.0, 0.0);
+  if (axis.NormalizeMag() < CyLengthThreshold) axis.Set(1.0, 0.0, 0.0);
   return {axis, std::acos(Clamped(q.w)) * TwiceRadiansToDegrees};
 }
 

@@ -8,7 +8,7 @@ static_assert(FLT_EVAL_METHOD == 0, "doubles must be computed as doubles: compil
 /// A length below this counts as zero. Where something is normalised the test reads "less than":
 /// the bound itself still counts as a length, and so does a not-a-number, which is then divided by.
 /// Where a quaternion is inverted or divided it reads "greater than": neither counts there.
-inline constexpr double LengthThreshold = 1e-6;
+inline constexpr double CyLengthThreshold = 1e-6;
 
 /// Three doubles: a direction or displacement, a position, or three scale factors along the axes.
 /// Which of them it is, its user knows. A plain record: copy it freely, it owns nothing.
@@ -40,7 +40,7 @@ struct CyVector {
     return !(x * x > 0.0) && x * x + y * y + z * z == 0.0;
   }
 
-  /// Makes the length 1 and returns this vector; one shorter than LengthThreshold stays as it is.
+  /// Makes the length 1 and returns this vector; one shorter than CyLengthThreshold stays as it is.
   /// A length that is not a number makes all three components such.
   CyVector& Normalize() noexcept {
     NormalizeMag();
@@ -50,7 +50,7 @@ struct CyVector {
   /// The same as Normalize, but returns the length from before the change.
   double NormalizeMag() noexcept {
     const double length = Mag();
-    if (length < LengthThreshold) return length;
+    if (length < CyLengthThreshold) return length;
     x /= length;
     y /= length;
     z /= length;
