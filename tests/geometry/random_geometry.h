@@ -20,6 +20,7 @@ using Numbers = std::vector<double>;
 inline Numbers NumbersOf(double number) { return {number}; }
 inline Numbers NumbersOf(const CyVector& v) { return {v.x, v.y, v.z}; }
 inline Numbers NumbersOf(const CyQuaternion& q) { return {q.w, q.v.x, q.v.y, q.v.z}; }
+inline Numbers NumbersOf(const CyRotation& r) { return {r.axis.x, r.axis.y, r.axis.z, r.angle}; }
 inline Numbers NumbersOf(const CyMatrix& matrix) { return {matrix.m[0], matrix.m[0] + 12}; }
 
 testing::AssertionResult SameNumbers(const Numbers& a, const Numbers& b, double tolerance);
@@ -33,6 +34,13 @@ testing::AssertionResult Same(const Geometry& a, const Geometry& b, double toler
 
 /// The rotation of `q` as a matrix.
 CyMatrix Matrix(const CyQuaternion& q);
+
+/// The rotation by `degrees` about `axis`.
+inline CyMatrix About(const CyVector& axis, double degrees) {
+  CyMatrix m;
+  m.RotVec(axis, degrees);
+  return m;
+}
 
 /// What each kind may do beside what the identity does: move 1, turn 2, scale 4, anything else 8.
 inline constexpr unsigned Freedoms[] = {0, 1, 2, 4, 1 + 2, 1 + 2 + 4, 1 + 2 + 4 + 8};

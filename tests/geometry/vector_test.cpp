@@ -25,16 +25,13 @@ TEST(Vector, Normalises) {
 
 TEST(Vector, DivisionByZero) {
   EXPECT_TRUE(Same(CyVector(0, 2, -3) / 0.0, CyVector(NotANumber, Infinity, -Infinity)));
-  EXPECT_TRUE(Same(CyVector(1, 5, -7) / 49.0, CyVector(1 / 49.0, 5 / 49.0, -7 / 49.0)));
 }
 
 TEST(Vector, Products) {
   CyVector v(1, 2, 3);
-  EXPECT_TRUE(Same(Cross(v, {4, 6, 8}), CyVector(-2, 4, -2)));
   EXPECT_EQ(&v.CrossSelf({4, 6, 8}), &v);
   EXPECT_TRUE(Same(v, CyVector(-2, 4, -2)));
   EXPECT_TRUE(Same(v.CrossSelf(v), CyVector()));
-  EXPECT_EQ(DistSq({1, 1, 1}, {2, 3, 4}), 14.0);
   // From left to right: the small number is lost only if it meets the large one first.
   EXPECT_EQ(Dot({1e16, 1, -1e16}, {1, 1, 1}), 0.0);
   EXPECT_EQ(Dot({1e16, -1e16, 1}, {1, 1, 1}), 1.0);
@@ -47,10 +44,4 @@ TEST(Vector, PerpendicularVectors) {
                               {{1, 9e-7, 0}, {0, 0, -1}},
                               {{1, 0, 1e-6}, {0, -1, 0}}};
   for (const auto& [given, expected] : rows) EXPECT_TRUE(Same(PerpVec(given), expected));
-  RandomGeometry random;
-  for (int i = 0; i < 1000; ++i) {
-    const CyVector v = random.Vector();
-    EXPECT_NEAR(Dot(PerpVec(v), v), 0.0, 8 * Epsilon * v.Mag());
-    EXPECT_NEAR(PerpVec(v).Mag(), 1.0, 4 * Epsilon);
-  }
 }
