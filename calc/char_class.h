@@ -20,7 +20,7 @@ inline bool HasClass(int c, CaCharBit bits) {
 /// The control character that ends an input just like its real end, in files too.
 constexpr int EndOfTransmission = 0x04;
 
-/// What a byte begins that is met between tokens.
+/// The kind of token that a byte starts.
 enum class CaTokenStart : std::uint8_t {
   None,
   End,
@@ -34,7 +34,7 @@ enum class CaTokenStart : std::uint8_t {
   Comment,
 };
 
-/// What every byte begins.
+/// The kind of token that every byte starts.
 extern const std::array<CaTokenStart, 256> CaTokenStarts;
 
 inline CaTokenStart TokenStartOf(int c) { return CaTokenStarts[static_cast<unsigned char>(c)]; }

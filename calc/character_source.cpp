@@ -10,10 +10,9 @@
 #ifdef _WIN32
 #include <io.h>
 #else
+#include <poll.h>
 #include <unistd.h>
 #endif
-
-#include "calc/interruption.h"
 
 namespace {
 
@@ -27,9 +26,6 @@ std::ptrdiff_t ReadDescriptor(int descriptor, char* block, std::size_t size) {
   return read(descriptor, block, size);
 #endif
 }
-
-/// Whether a read that returned `count` was broken off by a signal, before it got anything.
-bool WasBrokenOff(std::ptrdiff_t count) { return count < 0 && errno == EINTR; }
 
 int OpenDescriptor(const char* path) {
 #ifdef _WIN32
@@ -55,23 +51,45 @@ class Descriptor {
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
 
-  std::ptrdiff_t Read(char* block, std::size_t size) const {
-    return ReadDescriptor(number_, block, size);
-  }
+  int Number() const { return number_; }
 
  private:
   int number_;
 };
 
-/// A read that fails counts as the end.
-std::size_t CountOrNone(std::ptrdiff_t count) {
-  return count < 0 ? 0 : static_cast<std::size_t>(count);
+/// Whether a read that failed for `reason` is worth another try; waits until it is.
+bool MayTryAgain(int descriptor, int reason) {
+  if (reason == EINTR) return true;
+#ifdef _WIN32
+  static_cast<void>(descriptor);
+  return false;
+#else
+  if (reason != EAGAIN) return false;
+  pollfd ready = {descriptor, POLLIN, 0};
+  return poll(&ready, 1, -1) >= 0 || errno == EINTR;
+#endif
+}
+
+/// A `Fill`: what is there; of a terminal one line.
+std::ptrdiff_t FillFromDescriptor(int descriptor, char* block, std::size_t size,
+                                  const volatile std::sig_atomic_t* interruptRequested) {
+  for (;;) {
+    if (interruptRequested != nullptr && *interruptRequested != 0) throw CaInterruption();
+    const std::ptrdiff_t count = ReadDescriptor(descriptor, block, size);
+    if (count >= 0) return count;
+    const int reason = errno;
+    if (!MayTryAgain(descriptor, reason)) return -std::ptrdiff_t{reason};
+  }
 }
 
 }  // namespace
 
 CaCharacterSource::CaCharacterSource(std::string_view text)
-    : begin_(text.data()), next_(text.data()), end_(text.data() + text.size()) {}
+    : fill_([text](char* block, std::size_t size) mutable {
+        const std::size_t count = text.copy(block, size);
+        text.remove_prefix(count);
+        return static_cast<std::ptrdiff_t>(count);
+      }) {}
 
 CaCharacterSource::CaCharacterSource(Fill fill) : fill_(std::move(fill)) {}
 
@@ -82,31 +100,19 @@ std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(
   auto file = std::make_shared<Descriptor>(number);
   // The system opens a folder like a file; only reading from it fails.
   char nothing = 0;
-  if (file->Read(&nothing, 0) < 0) return nullptr;
+  if (ReadDescriptor(number, &nothing, 0) < 0) return nullptr;
   auto source = std::make_unique<CaCharacterSource>(
-      [file, interruptRequested](char* block, std::size_t size) {
-        std::ptrdiff_t count = 0;
-        do {
-          if (interruptRequested != nullptr && *interruptRequested != 0) throw CaInterruption();
-          count = file->Read(block, size);
-        } while (WasBrokenOff(count));
-        return CountOrNone(count);
-      });
+      Fill([file, interruptRequested](char* block, std::size_t size) {
+        return FillFromDescriptor(file->Number(), block, size, interruptRequested);
+      }));
   source->name = path;
   return source;
 }
 
 CaCharacterSource& CaCharacterSource::StandardInput() {
-  static CaCharacterSource source{Fill(ReadStandardInput)};
+  static CaCharacterSource source{Fill(
+      [](char* block, std::size_t size) { return FillFromDescriptor(0, block, size, nullptr); })};
   return source;
-}
-
-std::size_t CaCharacterSource::ReadStandardInput(char* block, std::size_t size) {
-  std::ptrdiff_t count = 0;
-  do {
-    count = ReadDescriptor(0, block, size);
-  } while (WasBrokenOff(count));
-  return CountOrNone(count);
 }
 
 bool CaCharacterSource::StartsWith(std::string_view text) {
@@ -124,26 +130,31 @@ void CaCharacterSource::Close() {
 bool CaCharacterSource::Refill() {
   if (!fill_) return false;
   LetGoOfBlock();
-  if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(BlockSize + 1);
+  if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(BlockSize + 2);
   // There is none before the first block, and still none when the first `fill_` threw.
-  if (end_ != nullptr) block_[0] = end_[-1];
-  const std::size_t count = fill_(block_.get() + 1, BlockSize);
-  begin_ = next_ = block_.get() + 1;
-  end_ = next_ + count;
-  if (count == 0) fill_ = nullptr;
-  return count != 0;
+  if (end_ != Nothing) block_[0] = end_[-1];
+  char* first = block_.get() + 1;
+  begin_ = next_ = end_ = first;
+  *first = '\0';
+  return FillFrom(first);
 }
 
 /// Fills more of the block behind the bytes at hand, of which there are some.
-bool CaCharacterSource::Extend() {
-  if (!fill_) return false;
-  char* end = block_.get() + (end_ - block_.get());
-  const auto room = static_cast<std::size_t>(block_.get() + 1 + BlockSize - end);
+bool CaCharacterSource::Extend() { return fill_ && FillFrom(block_.get() + (end_ - block_.get())); }
+
+/// Fills the rest of the block, which begins with `from`. False when nothing came.
+bool CaCharacterSource::FillFrom(char* from) {
+  const auto room = static_cast<std::size_t>(block_.get() + 1 + BlockSize - from);
   if (room == 0) return false;
-  const std::size_t count = fill_(end, room);
-  end_ += count;
-  if (count == 0) fill_ = nullptr;
-  return count != 0;
+  const std::ptrdiff_t count = fill_(from, room);
+  if (count < 0) error_ = static_cast<int>(-count);
+  if (count <= 0) {
+    fill_ = nullptr;
+    return false;
+  }
+  from[count] = '\0';
+  end_ = from + count;
+  return true;
 }
 
 /// Counts what was read, so that only the position of the next byte and the beginning of the

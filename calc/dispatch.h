@@ -72,23 +72,14 @@ struct CaSpecifierEntry {
   CompoundParser parse;
 };
 
-// No name occurs twice in a table; an entry with an empty name ends each.
+// No name occurs twice in a table; an entry with an empty name ends each. By name they are found in
+// the interpreter's table of names (names.h).
 extern const CaOperatorEntry CaOperatorTable[];    // operators by their spelling
 extern const CaOperatorEntry CaFunctionTable[];    // functions by the name behind ";"
 extern const CaSpecifierEntry CaSpecifierTable[];  // compound constants by the letter before "("
 
-/// The operators of one byte, by that byte; null for the other bytes.
+/// The operator whose name is this one byte, or null.
 extern const std::array<const CaOperatorEntry*, 256> CaShortOperators;
-
-/// The entry with exactly this name, letter case included, or null.
-const CaOperatorEntry* FindOperator(std::string_view name);
-inline const CaOperatorEntry* FindOperator(char name) {
+inline const CaOperatorEntry* ShortOperator(char name) {
   return CaShortOperators[static_cast<unsigned char>(name)];
 }
-const CaOperatorEntry* FindFunction(std::string_view name);
-const CaSpecifierEntry* FindSpecifier(std::string_view name);
-
-/// The next object of the input: a value, a variable with its value of this moment, or an
-/// operator. The caller owns it; `DestroyAsValue` releases it. What is no object is reported or
-/// dropped and reading goes on. For the end of the input see reader.h.
-CaObject* NextObject(CaInterpreter& interpreter);

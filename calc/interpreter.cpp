@@ -12,6 +12,11 @@ namespace {
 
 constinit const volatile std::sig_atomic_t NeverInterrupted = 0;
 
+CaVariable* CopyOf(CaInterpreter& interpreter, const CaVariable& variable) {
+  if (variable.name == nullptr) return new CaVariable(nullptr, &variable.value);
+  return new CaVariable(interpreter.table.names.Intern(variable.name), variable.value);
+}
+
 }  // namespace
 
 CaInterpreter::CaInterpreter()
@@ -45,7 +50,7 @@ void CaInterpreter::PushCopy(const CaObject& object) {
       return PushOwned(copy.release());
     }
     case KindVariable:
-      return PushOwned(new CaVariable(object.Name(), object.Value()));
+      return PushOwned(CopyOf(*this, static_cast<const CaVariable&>(object)));
     case KindOperator:
       return PushOwned(new CaOperator(static_cast<const CaOperator&>(object)));
     default:
@@ -59,46 +64,6 @@ void CaInterpreter::Replace(int count, CaValue* result) {
   DestroyAsValue(std::exchange(stack.head->payload, result));
 }
 
-const CaValue* CaInterpreter::FindVariable(const char* name) const {
-  return FindVariable(FindPooledName(name));
-}
-
-const char* CaInterpreter::VariableNameAt(int position) const {
-  const CaListNode* node = variables.head;
-  for (int at = 0; node != nullptr && at < position; ++at) node = node->next;
-  return node == nullptr || node->payload == nullptr ? nullptr : node->payload->Name();
-}
-
 void CaInterpreter::DefineVariable(const CaVariable& variable) {
-  DefineVariable(CaPooledName{variable.name}, variable.value);
-}
-
-void CaInterpreter::DefineVariable(CaPooledName name, const CaValue& value) {
-  if (name.text != nullptr) DefineOwned(std::make_unique<CaVariable>(name, value));
-}
-
-void CaInterpreter::DefineOwned(std::unique_ptr<CaVariable> variable) {
-  const CaPooledName name{variable->name};
-  if (name.text == nullptr) return;
-  CaListNode* old = index.Find(variables, name);
-  if (old == nullptr) return AddVariable(std::move(variable));
-  delete static_cast<CaVariable*>(std::exchange(old->payload, variable.release()));
-  variables.MoveToFront(old);
-  index.StoreMoved(variables);
-}
-
-void CaInterpreter::AddVariable(std::unique_ptr<CaVariable> variable) {
-  if (variables.PushFront(variable.get()) > 0) {
-    index.Store(variables, {variable.release()->name});
-  } else {
-    index.Forget();
-  }
-}
-
-void CaInterpreter::DestroyVariables() {
-  for (const CaListNode* node = variables.head; node != nullptr; node = node->next) {
-    delete static_cast<CaVariable*>(node->payload);
-  }
-  variables.Clear();
-  index.Forget();
+  table.Define(std::unique_ptr<CaVariable>(CopyOf(*this, variable)), variable.value);
 }

@@ -4,17 +4,19 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <string_view>
 
 #include "calc/list.h"
-#include "calc/name_pool.h"
 #include "calc/object.h"
-#include "calc/variable_index.h"
+#include "calc/token_text.h"
+#include "calc/variables.h"
 
 class CaCharacterSource;
 class CaFailureObserver;
 
 /// The run-time state of the language: what is being read, the variables and the operand stack.
-/// Everything runs on the caller's thread; only one interpreter may run at a time.
+///
+/// Interpreters share nothing: several may run at a time, each on one thread.
 struct CaInterpreter {
   /// Reads the standard input until told otherwise.
   CaInterpreter();
@@ -44,7 +46,8 @@ struct CaInterpreter {
   /// or an operator; anything else is ignored.
   void PushCopy(const CaObject& object);
 
-  /// Pushes `object` itself, which the stack then owns. For results that were made for it.
+  /// Pushes `object` itself, which the stack then owns. For what was made for it: a variable bears
+  /// a name from this interpreter's table.
   void PushOwned(CaObject* object) {
     if (stack.PushFront(object) < 0) DestroyAsValue(object);
   }
@@ -53,32 +56,24 @@ struct CaInterpreter {
   /// stack then owns.
   void Replace(int count, CaValue* result);
 
-  // The variables, most recently defined first.
-
-  /// The stored value, still owned by the table; `NothingValue` when there is none of that name.
-  const CaValue* FindVariable(const char* name) const;
-  const CaValue* FindVariable(CaPooledName name) const {
-    const CaListNode* node = name.text == nullptr ? nullptr : index.Find(variables, name);
-    return node == nullptr ? &NothingValue : &static_cast<const CaVariable*>(node->payload)->value;
+  /// Runs an operator and returns its result, 1 for done and 0 for failed; while tokens are being
+  /// skipped only one that always runs, while the others count as done.
+  int Apply(OperatorFn function, std::int32_t alwaysRun) {
+    return skipLevel >= 0 && alwaysRun == 0 ? 1 : function(*this);
   }
 
+  // The variables, most recently defined first; see variables.h.
+
+  const CaValue* FindVariable(const char* name) const { return table.Find(name); }
   int VariableCount() const { return variables.count; }
+  const char* VariableNameAt(int position) const { return table.NameAt(position); }
 
-  /// The name at `position` from the most recent; null beyond the end. Walks to the position.
-  const char* VariableNameAt(int position) const;
-
-  /// Stores a copy of `variable` as the most recent one, in place of one of the same name.
-  /// A variable without a name is not stored.
+  /// Stores a copy of `variable`.
   void DefineVariable(const CaVariable& variable);
-  void DefineVariable(CaPooledName name, const CaValue& value);
-
-  /// The same with `variable` itself, which the table then owns.
-  void DefineOwned(std::unique_ptr<CaVariable> variable);
-
-  void DestroyVariables();
+  void DestroyVariables() { table.Destroy(); }
 
   CaCharacterSource* input;     // borrowed; never null
-  CaList variables;             // of CaVariable; change it through the operations above
+  CaList variables;             // of CaVariable
   CaList stack;                 // of CaValue, CaVariable and CaOperator; the head is the top
   std::int32_t nestDepth = 0;   // files being run inside one another; 0 at the top level
   std::int32_t skipLevel = -1;  // -1 executing, 0 skipping the next item, n inside n blocks
@@ -91,13 +86,12 @@ struct CaInterpreter {
 
   CaFailureObserver* observer = nullptr;  // borrowed; may be null
 
-  /// Set from outside, as by a signal, to stop at the next token (interruption.h). Never null.
+  /// Set from outside, as by a signal, to stop at the next token (character_source.h). Never null.
   const volatile std::sig_atomic_t* interruptRequested;
 
-  /// Where a variable stands in `variables`, so that finding one does not walk the table.
-  mutable CaVariableIndex index;
+  /// What `variables` holds by name, and all names that were met.
+  mutable CaVariables table{variables};
 
- private:
-  /// Stores `variable`, whose name is new to the table.
-  void AddVariable(std::unique_ptr<CaVariable> variable);
+  /// The text of the item that was read last, where it does not stand in the input as it is.
+  CaTokenText token;
 };

@@ -22,6 +22,7 @@ void CaList::Unlink(CaListNode* node) {
   (node->next == nullptr ? tail : node->next->previous) = node->previous;
   delete node;
   --count;
+  ++changes;
 }
 
 void CaList::Clear() {

@@ -50,6 +50,7 @@ class CaList {
   CaListNode* head = nullptr;
   CaListNode* tail = nullptr;
   std::int32_t count = 0;
+  std::uint64_t changes = 0;  // grows with every node that comes, goes or moves
 };
 
 // Those that run with every token or every assignment.
@@ -64,6 +65,7 @@ inline int CaList::PushFront(CaObject* object) {
   (head == nullptr ? tail : head->previous) = node;
   head = node;
   ++count;
+  ++changes;
   return 1;
 }
 
@@ -74,6 +76,7 @@ inline CaObject* CaList::PopFront() {
   head = node->next;
   (head == nullptr ? tail : head->previous) = nullptr;
   --count;
+  ++changes;
   delete node;
   return payload;
 }
@@ -86,4 +89,5 @@ inline void CaList::MoveToFront(CaListNode* node) {
   node->next = head;
   head->previous = node;
   head = node;
+  ++changes;
 }

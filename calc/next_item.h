@@ -1,148 +1,135 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <string_view>
 
-#include "calc/char_class.h"
-#include "calc/character_source.h"
 #include "calc/dispatch.h"
-#include "calc/interpreter.h"
 #include "calc/reader.h"
-#include "calc/reports.h"
 
-/// Reads one item of a program and hands it to `receiver`, in the cheapest form that it has:
-///   Real(double), String(const char*), Compound(CaValue* owned), Variable(std::string_view name),
-///   Operator(const CaOperatorEntry&).
-/// One reader serves `NextObject`, which makes objects of the items, and the loop that runs them,
-/// which mostly needs none.
-template <typename Receiver>
-class CaItemReader {
- public:
-  CaItemReader(CaInterpreter& interpreter, Receiver& receiver)
-      : interpreter_(interpreter), receiver_(receiver) {}
+class CaValue;
 
-  /// Reads on until an item was handed over. What is no item is reported or dropped.
-  void ReadItem() {
-    for (bool found = false; !found;) {
-      const int c = ReadPastBlanks(interpreter_);
-      interpreter_.input->MarkLast();
-      found = ReadFrom(c);
-    }
+/// From tokens to items, the smallest things that a program is made of. All of it that runs with
+/// every item stands here, so that it becomes part of the loop that runs them.
+
+enum class CaItemKind : std::uint32_t { None, Number, Text, Compound, Name, Operator };
+
+/// One item, as data. `kind` says which member counts. It fits into two registers.
+struct CaItem {
+  CaItem() : CaItem(CaItemKind::None) {}
+  explicit CaItem(double content) : CaItem(CaItemKind::Number) { number = content; }
+  CaItem(CaItemKind textOrName, std::string_view content)
+      : kind(textOrName),
+        length(static_cast<std::uint32_t>(content.size())),
+        text(content.data()) {}
+
+  /// Of no kind when there is nothing.
+  explicit CaItem(CaValue* content)
+      : CaItem(content == nullptr ? CaItemKind::None : CaItemKind::Compound) {
+    value = content;
   }
+  explicit CaItem(const CaOperatorEntry* content)
+      : CaItem(content == nullptr ? CaItemKind::None : CaItemKind::Operator) {
+    entry = content;
+  }
+
+  std::string_view Text() const { return {text, length}; }
+
+  CaItemKind kind;
+  std::uint32_t length = 0;  // of the text
+  union {
+    double number;
+    const char* text;  // of a Text, zero-terminated, or a Name; good until the next item is read
+    CaValue* value;    // of a Compound; made for the receiver, who owns it
+    const CaOperatorEntry* entry;  // of an Operator, which may be a function
+  };
 
  private:
-  /// Reads what begins with `c`; true when it was an item.
-  bool ReadFrom(int c) {
-    switch (TokenStartOf(c)) {
-      case CaTokenStart::Number:
-        PushBackChar(interpreter_);
-        return ReadReal(false);
-      case CaTokenStart::Name:
-        PushBackChar(interpreter_);
-        return ReadNamed();
-      case CaTokenStart::Minus:
-        if (TokenStartOf(PeekChar(interpreter_)) == CaTokenStart::Number) return ReadReal(true);
-        return ReadOperator('-');
-      case CaTokenStart::Operator:
-        return ReadOperator(static_cast<char>(c));
-      case CaTokenStart::Function:
-        return ReadFunction();
-      case CaTokenStart::String:
-        return ReadLiteral();
-      case CaTokenStart::Comment:
-        SkipComment(interpreter_);
-        return false;
-      case CaTokenStart::End:
-        EndInput(interpreter_);
-      case CaTokenStart::Blank:
-      case CaTokenStart::None:
-        break;
-    }
-    return false;
-  }
-
-  bool ReadReal(bool negate) {
-    double number = 0.0;
-    if (ReadNumber(interpreter_, negate, number) == 0) return false;
-    receiver_.Real(number);
-    return true;
-  }
-
-  bool ReadLiteral() {
-    CaStringText string;
-    ReadStringText(interpreter_, string);
-    receiver_.String(string.text);
-    return true;
-  }
-
-  bool ReadFunction() {
-    CaTokenText name;
-    ReadRun(interpreter_, NameChar, name);
-    return HandOver(FindFunction(name.View()), name);
-  }
-
-  /// Most operators are one byte and need no text.
-  bool ReadOperator(char first) {
-    const std::string_view text = interpreter_.input->AtHand();
-    if (!text.empty() && !HasClass(text[0], OpChar) && text[0] != EndOfTransmission) {
-      if (const CaOperatorEntry* entry = FindOperator(first); entry != nullptr) {
-        receiver_.Operator(*entry);
-        return true;
-      }
-    }
-    return ReadLongOperator(first);
-  }
-
-  /// One of any length, wherever it ends.
-  bool ReadLongOperator(char first) {
-    CaTokenText name;
-    name.Append({&first, 1});
-    AppendRun(interpreter_, OpChar, name);
-    return HandOver(FindOperator(name.View()), name);
-  }
-
-  bool HandOver(const CaOperatorEntry* entry, CaTokenText& name) {
-    if (entry == nullptr) {
-      ReportUnknownOperator(interpreter_, name.Text());
-      return false;
-    }
-    receiver_.Operator(*entry);
-    return true;
-  }
-
-  /// A variable, or a compound constant when "(" follows directly.
-  bool ReadNamed() {
-    const std::string_view text = interpreter_.input->AtHand();
-    const std::size_t length = RunLength(text, NameChar);
-    if (length == 0 || length > CaTokenText::Longest || text[length] == '(') {
-      return ReadLongNamed();
-    }
-    interpreter_.input->Skip(length);
-    receiver_.Variable(text.substr(0, length));
-    return true;
-  }
-
-  /// The same for a name of any length, wherever it ends.
-  bool ReadLongNamed() {
-    CaTokenText name;
-    ReadRun(interpreter_, NameChar, name);
-    if (PeekChar(interpreter_) == '(') return ReadCompound(name);
-    receiver_.Variable(name.View());
-    return true;
-  }
-
-  bool ReadCompound(CaTokenText& name) {
-    const CaSpecifierEntry* entry = FindSpecifier(name.View());
-    if (entry == nullptr) {
-      ReportUnknownSpecifier(interpreter_, name.Text());
-      return false;
-    }
-    CaValue* value = nullptr;
-    if (entry->parse(interpreter_, value) == 0) return false;
-    receiver_.Compound(value);
-    return true;
-  }
-
-  CaInterpreter& interpreter_;
-  Receiver& receiver_;
+  explicit CaItem(CaItemKind thisKind) : kind(thisKind), entry(nullptr) {}
 };
+
+/// The operator or the function called `name`; null after a report when there is none.
+const CaOperatorEntry* OperatorCalled(CaInterpreter& interpreter, std::string_view name);
+
+/// Reads the compound constant that `name` begins, with the "(" unread. Its value belongs to the
+/// caller; null after a report when it is none.
+CaValue* ReadCompound(CaInterpreter& interpreter, std::string_view name);
+
+/// What the end of the input leaves unfinished that began so.
+CaUnfinished UnfinishedOf(CaTokenStart start);
+
+// Each of these reads an item that has begun; it is of no kind when there was none, which was
+// reported.
+
+inline CaItem NumberItem(CaInterpreter& interpreter, bool negate) {
+  double number = 0.0;
+  return ReadNumber(interpreter, negate, number) == 0 ? CaItem() : CaItem(number);
+}
+
+/// Most operators are one byte, which tells the entry by itself.
+inline CaItem SignItem(CaInterpreter& interpreter, char first) {
+  const std::string_view text = interpreter.input->AtHand();
+  const CaOperatorEntry* entry = ShortOperator(first);
+  if (text.empty() || HasClass(text[0], OpChar) || text[0] == EndOfTransmission ||
+      entry == nullptr) {
+    return CaItem(OperatorCalled(interpreter, ReadOpName(interpreter, {&first, 1})));
+  }
+  return CaItem(entry);
+}
+
+/// "-" begins a number before a digit or a point.
+inline CaItem MinusItem(CaInterpreter& interpreter) {
+  const bool isNumber = TokenStartOf(PeekChar(interpreter)) == CaTokenStart::Number;
+  return isNumber ? NumberItem(interpreter, true) : SignItem(interpreter, '-');
+}
+
+/// A variable, or a compound constant when "(" follows directly.
+inline CaItem NameItem(CaInterpreter& interpreter) {
+  const std::string_view name = ReadName(interpreter);
+  if (PeekChar(interpreter) == '(') return CaItem(ReadCompound(interpreter, name));
+  return {CaItemKind::Name, name};
+}
+
+/// Reads what begins with `c`.
+inline CaItem ReadItem(CaInterpreter& interpreter, int c) {
+  switch (TokenStartOf(c)) {
+    case CaTokenStart::Number:
+      PushBackChar(interpreter);
+      return NumberItem(interpreter, false);
+    case CaTokenStart::Name:
+      PushBackChar(interpreter);
+      return NameItem(interpreter);
+    case CaTokenStart::Minus:
+      return MinusItem(interpreter);
+    case CaTokenStart::Operator:
+      return SignItem(interpreter, static_cast<char>(c));
+    case CaTokenStart::Function:
+      return CaItem(OperatorCalled(interpreter, ReadName(interpreter)));
+    case CaTokenStart::String:
+      return {CaItemKind::Text, ReadString(interpreter)};
+    case CaTokenStart::Comment:
+      SkipComment(interpreter);
+      return {};
+    case CaTokenStart::End:
+      throw EndOfInput();
+    case CaTokenStart::Blank:
+    case CaTokenStart::None:
+      break;
+  }
+  return {};
+}
+
+/// Reads on until there is an item. What is none is reported or dropped. For the end of the input
+/// see reader.h.
+[[gnu::always_inline]] inline CaItem NextItem(CaInterpreter& interpreter) {
+  for (;;) {
+    const int c = ReadPastBlanks(interpreter);
+    interpreter.input->MarkLast();
+    try {
+      const CaItem item = ReadItem(interpreter, c);
+      if (item.kind != CaItemKind::None) return item;
+    } catch (EndOfInput& end) {
+      if (end.within == CaUnfinished::Nothing) end.within = UnfinishedOf(TokenStartOf(c));
+      throw;
+    }
+  }
+}

@@ -76,32 +76,32 @@ bool ReadCollected(CaCharacterSource& source, double& number) {
 
 constexpr double PowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-constexpr std::size_t ExactDigits = std::size(PowersOfTen) - 1;
+constexpr std::ptrdiff_t ExactDigits = std::size(PowersOfTen) - 1;
 
 /// Up to 15 digits without an exponent, at hand with a byte behind them. The digits and the power
 /// of ten are exact doubles, so that one division rounds once, just as the full conversion does.
 bool ReadShort(CaCharacterSource& source, double& number) {
-  const std::string_view text = source.AtHand();
+  // Digits end at the NUL behind what is at hand at the latest.
+  const char* const text = source.AtHand().data();
+  const char* at = text;
   std::uint64_t digits = 0;
-  std::size_t at = 0;
-  const auto takeDigits = [&] {
-    const std::size_t first = at;
-    for (; at < text.size() && IsDigit(text[at]); ++at) {
-      digits = digits * 10 + static_cast<std::uint64_t>(text[at] - '0');
-    }
+  const auto takeDigits = [&at, &digits] {
+    const char* const first = at;
+    for (; IsDigit(*at); ++at) digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
     return at - first;
   };
-  const std::size_t whole = takeDigits();
-  std::size_t decimals = 0;
-  if (at < text.size() && text[at] == '.') {
+  const std::ptrdiff_t whole = takeDigits();
+  std::ptrdiff_t decimals = 0;
+  if (*at == '.') {
     ++at;
     decimals = takeDigits();
   }
-  const std::size_t count = whole + decimals;
-  if (at == text.size() || count == 0 || count > ExactDigits || IsExponentMark(text[at])) {
+  const std::ptrdiff_t count = whole + decimals;
+  const std::string_view taken(text, static_cast<std::size_t>(at - text));
+  if (count == 0 || count > ExactDigits || IsExponentMark(*at) || source.EndsWith(taken)) {
     return false;
   }
-  source.Skip(at);
+  source.Skip(taken.size());
   number = static_cast<double>(static_cast<std::int64_t>(digits)) / PowersOfTen[decimals];
   return true;
 }

@@ -3,8 +3,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <type_traits>
 
 #include "calc/interpreter.h"
+#include "calc/list.h"
 #include "calc/recycler.h"
 #include "calc/value_print.h"
 
@@ -55,14 +57,9 @@ CaValue::CaValue(CaType tag, const CyVector& content) : type(tag) {
   }
 }
 
-CaValue& CaValue::operator=(const CaValue& source) {
-  if (this == &source) return *this;
-  // Deliberate: the pointer stays behind when the text is gone. It counts only while `type` says
-  // so. Held by AssignmentOverAString in objects_test.cpp.
-  if (type == TypeString && text != nullptr) std::free(text);
-  Take(source);
-  return *this;
-}
+// Deliberate: the pointer stays behind when the text is gone. It counts only while `type` says so.
+// Held by AssignmentOverAString in objects_test.cpp.
+void CaValue::FreeText() { std::free(text); }
 
 void CaValue::TakeOther(const CaValue& source) {
   switch (source.type) {
@@ -98,8 +95,12 @@ void CaValue::TakeOther(const CaValue& source) {
 void CaValue::Print(std::FILE* stream) const { PrintValue(stream, *this); }
 
 CaVariable::CaVariable(const char* variableName, const CaValue* content)
-    : name(variableName == nullptr ? nullptr : PooledName(variableName).text) {
+    : name(variableName == nullptr ? nullptr : DuplicateText(variableName)) {
   if (content != nullptr) value = *content;
+}
+
+CaVariable::~CaVariable() {
+  if (known == nullptr) std::free(const_cast<char*>(name));
 }
 
 void CaVariable::Print(std::FILE* stream) const {
@@ -117,25 +118,17 @@ CaOperator::CaOperator(OperatorFn routine, const char* operatorName, const CaVal
 }
 
 int CaOperator::Apply(CaInterpreter& interpreter) const {
-  return interpreter.skipLevel >= 0 && alwaysRun == 0 ? 1 : function(interpreter);
+  return interpreter.Apply(function, alwaysRun);
 }
 
 void CaOperator::Print(std::FILE* stream) const { std::fprintf(stream, " %s", name); }
 
-void DestroyAsValue(CaObject* object) {
-  switch (object->Kind()) {
-    case KindValue:
-      delete static_cast<CaValue*>(object);
-      break;
-    // Deliberate: one would expect the name to go with the variable. It stays readable, because
-    // the pool keeps it. Held by NamesOutliveTheirVariables in objects_test.cpp.
-    case KindVariable:
-      delete static_cast<CaVariable*>(object);
-      break;
-    case KindOperator:
-      delete static_cast<CaOperator*>(object);
-      break;
-    default:
-      break;
-  }
+static_assert(sizeof(CaValue) <= sizeof(CaObjectStorage) &&
+              sizeof(CaVariable) <= sizeof(CaObjectStorage) &&
+              sizeof(CaOperator) <= sizeof(CaObjectStorage));
+static_assert(std::is_trivially_destructible_v<CaValue>);
+
+void ReleaseAtThreadEnd() {
+  CaRecycler<CaObjectStorage>::ReleaseAtThreadEnd();
+  CaRecycler<CaListNode>::ReleaseAtThreadEnd();
 }

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "calc/name_pool.h"
+#include "calc/names.h"
 #include "calc/recycler.h"
 #include "geometry/matrix.h"
 #include "geometry/quaternion.h"
@@ -14,12 +14,15 @@
 struct CaInterpreter;
 class CaValue;
 
-/// The objects of the language.
+/// The objects of the language: what the stack and the table of variables hold.
 ///
-/// The reader makes three kinds of object and the interpreter handles nothing else:
 /// - a `CaValue` is a typed value: a number, a text, a geometry record, or nothing;
 /// - a `CaVariable` is a name with the value it held when the name was read;
 /// - a `CaOperator` is a routine ready to run.
+///
+/// The loop that runs programs (run.h) makes values and variables of the items that it reads and
+/// pushes them; operators it runs at once, without an object. `NextObject` (reader.h) makes an
+/// object of every item, for whoever wants them.
 ///
 /// Objects are told apart by the number that `Kind` returns and values by their `type`, never by
 /// run-time type identification. There is no virtual destructor: whoever destroys an object knows
@@ -29,6 +32,10 @@ class CaValue;
 /// the value share that text, and only assignment over a string value frees one: the destructor
 /// frees nothing. Texts of values that were popped therefore stay alive, on purpose, because a
 /// copy may still be looking at them.
+///
+/// Names. A variable that an interpreter made has its name from the interpreter's table of names,
+/// where each name is kept once and lasts as long as the interpreter. A variable made elsewhere has
+/// a duplicate of its own.
 
 /// What a value holds; the number is the value's `type`.
 enum CaType : std::int32_t {
@@ -69,6 +76,10 @@ class CaObject {
   virtual int Apply(CaInterpreter& interpreter) const;
 
   virtual void Print(std::FILE* stream) const;
+
+  // All objects have storage of one size, which does not depend on what stood in it.
+  static void* operator new(std::size_t);
+  static void operator delete(void* storage);
 };
 
 /// A value carries all ten members at once; `type` says which one counts, the others keep
@@ -91,16 +102,18 @@ class CaValue final : public CaObject {
 
   /// Takes over the source's type and the one member that it selects; the others stay. A text
   /// held before is freed, the new one duplicated. An unknown tag makes a value of type nothing.
-  CaValue& operator=(const CaValue& source);
+  CaValue& operator=(const CaValue& source) {
+    if (this == &source) return *this;
+    if (type == TypeString) FreeText();
+    Take(source);
+    return *this;
+  }
 
   int Kind() const override { return KindValue; }
   const CaValue* Value() const override { return this; }
 
   /// One blank, the value and a newline; nothing at all for a value of type nothing.
   void Print(std::FILE* stream) const override;
-
-  static void* operator new(std::size_t) { return CaRecycler<CaValue>::Take(); }
-  static void operator delete(void* storage) { CaRecycler<CaValue>::GiveBack(storage); }
 
   std::int32_t type = TypeNothing;
   std::int32_t integer = 0;
@@ -127,17 +140,22 @@ class CaValue final : public CaObject {
     }
   }
   void TakeOther(const CaValue& source);
+  void FreeText();
 };
 
 class CaVariable final : public CaObject {
  public:
-  /// Both may be null. The name is kept privately, the value assigned.
+  /// Both may be null. The name is duplicated, the value assigned.
   CaVariable(const char* variableName, const CaValue* content);
 
-  CaVariable(CaPooledName variableName, const CaValue& content) : name(variableName.text) {
+  /// A variable of an interpreter; `variableName` must outlive it.
+  CaVariable(CaName& variableName, const CaValue& content)
+      : name(variableName.Text()), known(&variableName) {
     value.Take(content);
   }
-  ~CaVariable() = default;
+
+  /// Frees the name if it is a duplicate.
+  ~CaVariable();
   CaVariable(const CaVariable&) = delete;
   CaVariable& operator=(const CaVariable&) = delete;
 
@@ -148,12 +166,9 @@ class CaVariable final : public CaObject {
   /// The value without the name; the name alone when the value is nothing.
   void Print(std::FILE* stream) const override;
 
-  static void* operator new(std::size_t) { return CaRecycler<CaVariable>::Take(); }
-  static void operator delete(void* storage) { CaRecycler<CaVariable>::GiveBack(storage); }
-
-  /// From the pool of names, which outlives every variable.
   const char* name;
   CaValue value;
+  CaName* known = nullptr;  // where `name` comes from; null for a duplicate
 };
 
 class CaOperator final : public CaObject {
@@ -191,6 +206,23 @@ extern const CyVector Origin;
 /// purpose (see above); the leak checker is told so by this name.
 char* DuplicateText(const char* text);
 
-/// Releases `object`, which must be a value, a variable or an operator, as if it were a plain
-/// value: whatever it refers to (its text, its name) stays alive.
-void DestroyAsValue(CaObject* object);
+/// Lets the storage of objects and nodes that is not in use go when the calling thread ends.
+void ReleaseAtThreadEnd();
+
+// Those that run with every token.
+
+/// As large as the largest object; see the check in object.cpp.
+struct CaObjectStorage {
+  alignas(alignof(CaVariable)) std::byte bytes[sizeof(CaVariable) + sizeof(OperatorFn)];
+};
+
+inline void* CaObject::operator new(std::size_t) { return CaRecycler<CaObjectStorage>::Take(); }
+inline void CaObject::operator delete(void* storage) {
+  CaRecycler<CaObjectStorage>::GiveBack(storage);
+}
+
+/// Releases the storage of `object`, which must be a value, a variable or an operator, as if it
+/// were a plain value: whatever it refers to (its text, its name) stays alive. Deliberate: one
+/// would expect the duplicated name of a variable to go with it. It stays readable. Held by
+/// NamesOutliveTheirVariables in objects_test.cpp.
+inline void DestroyAsValue(CaObject* object) { CaObject::operator delete(object); }

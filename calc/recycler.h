@@ -1,6 +1,7 @@
 #pragma once
 
 #include <new>
+#include <utility>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define KEL_CHECKS_ADDRESSES
@@ -11,15 +12,16 @@
 #endif
 
 /// Storage for objects that come and go with every token: what is given back is handed out again
-/// first. Holds as much as was ever in use at once, and releases it at the end of the process.
+/// first, on the thread that gave it back. Holds as much as was ever in use at once, and releases
+/// it at the end of a thread that called `ReleaseAtThreadEnd`, as every run of a program does.
 /// Under the address sanitizer every object has storage of its own, so that a stale pointer shows.
 template <typename T>
 class CaRecycler {
  public:
   static void* Take() {
-    Slot* slot = free.first;
+    Slot* slot = free_;
     if (slot == nullptr) return ::operator new(sizeof(T));
-    free.first = slot->next;
+    free_ = slot->next;
     return slot;
   }
 
@@ -27,26 +29,28 @@ class CaRecycler {
 #ifdef KEL_CHECKS_ADDRESSES
     ::operator delete(storage);
 #else
-    free.first = ::new (storage) Slot{free.first};
+    free_ = ::new (storage) Slot{free_};
 #endif
   }
+
+  static void ReleaseAtThreadEnd() { static thread_local const Release release; }
 
  private:
   struct Slot {
     Slot* next;
   };
 
-  struct FreeList {
-    Slot* first = nullptr;
-    ~FreeList() {
-      while (first != nullptr) {
-        Slot* slot = first;
-        first = slot->next;
-        ::operator delete(slot);
-      }
+  struct Release {
+    ~Release() {
+      while (free_ != nullptr) ::operator delete(std::exchange(free_, free_->next));
     }
   };
 
   static_assert(sizeof(T) >= sizeof(Slot));
-  inline static constinit FreeList free;
+
+  // Without a destructor of its own it is reached like a plain variable.
+#ifdef __ELF__
+  [[gnu::tls_model("initial-exec")]]
+#endif
+  inline static thread_local constinit Slot* free_ = nullptr;
 };

@@ -52,3 +52,9 @@ void ReportFailure(CaInterpreter& interpreter, const CaOperatorEntry& entry) {
   std::fputs("\a \n", interpreter.errors);
   Tell(interpreter, CaFailure::OperatorFailed, entry.name, &entry);
 }
+
+void ReportWarning(void* context, const char* message) noexcept {
+  const auto& interpreter = *static_cast<const CaInterpreter*>(context);
+  std::fputs(message, interpreter.errors);
+  if (interpreter.observer != nullptr) interpreter.observer->Warned(interpreter, message);
+}

@@ -27,3 +27,7 @@ int ReportUnopenedFile(CaInterpreter& interpreter, const char* path);
 
 /// The bell that follows every operator or function that failed; only the observer is told which.
 void ReportFailure(CaInterpreter& interpreter, const CaOperatorEntry& entry);
+
+/// A message of the geometry, which tells what it did instead; receives it for the interpreter at
+/// `context` (geometry/messages.h).
+void ReportWarning(void* context, const char* message) noexcept;

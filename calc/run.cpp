@@ -3,67 +3,66 @@
 #include <memory>
 
 #include "calc/character_source.h"
+#include "calc/dispatch.h"
+#include "calc/failure_observer.h"
 #include "calc/interpreter.h"
-#include "calc/interruption.h"
-#include "calc/name_pool.h"
 #include "calc/next_item.h"
+#include "calc/reports.h"
+#include "geometry/messages.h"
 
 namespace {
 
-/// Runs the items as they come: pushes values and variables, applies operators, and skips after a
-/// false condition.
-class ItemRunner {
- public:
-  explicit ItemRunner(CaInterpreter& interpreter) : interpreter_(interpreter) {}
-
-  void Real(double number) {
-    if (!Skipping()) interpreter_.PushOwned(new CaValue(number));
+/// The object that `item` stands for.
+[[gnu::always_inline]] inline CaObject* ObjectOf(CaInterpreter& interpreter, const CaItem& item) {
+  switch (item.kind) {
+    case CaItemKind::Number:
+      return new CaValue(item.number);
+    case CaItemKind::Text:
+      return new CaValue(item.text);
+    case CaItemKind::Compound:
+      return item.value;
+    case CaItemKind::Name: {
+      CaName& name = interpreter.table.names.Intern(item.Text());
+      return new CaVariable(name, *interpreter.table.Find(name));
+    }
+    default:
+      return new CaOperator(item.entry->function, item.entry->name, NothingValue,
+                            item.entry->alwaysRun);
   }
+}
 
-  void String(const char* text) {
-    if (!Skipping()) interpreter_.PushOwned(new CaValue(text));
+/// Runs an operator. Skipping one item ends with it, unless it was a block that began.
+void RunOperator(CaInterpreter& interpreter, const CaOperatorEntry& entry) {
+  const std::int32_t before = interpreter.skipLevel;
+  const int done = interpreter.Apply(entry.function, entry.alwaysRun);
+  if (before == 0 && interpreter.skipLevel == 0) interpreter.skipLevel = -1;
+  if (before < 0 && interpreter.skipLevel >= 0 && interpreter.observer != nullptr) {
+    interpreter.observer->SkippingBegan(interpreter);
   }
+  if (done == 0) ReportFailure(interpreter, entry);
+}
 
-  void Compound(CaValue* value) {
-    if (Skipping()) {
-      DestroyAsValue(value);
-    } else {
-      interpreter_.PushOwned(value);
+void RunItems(CaInterpreter& interpreter) {
+  for (;;) {
+    if (*interpreter.interruptRequested != 0) throw CaInterruption();
+    const CaItem item = NextItem(interpreter);
+    if (item.kind == CaItemKind::Operator) {
+      RunOperator(interpreter, *item.entry);
+    } else if (interpreter.skipLevel < 0) {
+      interpreter.PushOwned(ObjectOf(interpreter, item));
+    } else if (item.kind == CaItemKind::Compound) {
+      DestroyAsValue(item.value);
     }
   }
-
-  /// The value that counts is the one of this moment.
-  void Variable(std::string_view name) {
-    if (Skipping()) return;
-    const CaPooledName pooledName = PooledName(name);
-    const CaValue& value = *interpreter_.FindVariable(pooledName);
-    interpreter_.PushOwned(new CaVariable(pooledName, value));
-  }
-
-  void Operator(const CaOperatorEntry& entry) {
-    const bool skippingOne = interpreter_.skipLevel == 0;
-    const bool runs = !Skipping() || entry.alwaysRun != 0;
-    const int done = runs ? entry.function(interpreter_) : 1;
-    if (skippingOne && interpreter_.skipLevel == 0) interpreter_.skipLevel = -1;
-    if (done == 0) ReportFailure(interpreter_, entry);
-  }
-
- private:
-  bool Skipping() const { return interpreter_.skipLevel >= 0; }
-
-  CaInterpreter& interpreter_;
-};
+}
 
 void RunToTheEnd(CaInterpreter& interpreter) {
-  ItemRunner runner(interpreter);
-  CaItemReader<ItemRunner> reader(interpreter, runner);
+  ReleaseAtThreadEnd();
+  const CyMessageScope messages(ReportWarning, &interpreter);
   try {
-    for (;;) {
-      if (*interpreter.interruptRequested != 0) throw CaInterruption();
-      reader.ReadItem();
-    }
-  } catch (const EndOfInput&) {
-    return;
+    RunItems(interpreter);
+  } catch (const EndOfInput& end) {
+    if (interpreter.observer != nullptr) interpreter.observer->InputEnded(interpreter, end.within);
   }
 }
 
@@ -110,4 +109,13 @@ int RunSource(CaInterpreter& interpreter, CaCharacterSource& source) {
   return 1;
 }
 
-void RunTopLevel(CaInterpreter& interpreter) { RunToTheEnd(interpreter); }
+void RunTopLevel(CaInterpreter& interpreter) {
+  RunToTheEnd(interpreter);
+  if (interpreter.input != &CaCharacterSource::StandardInput()) interpreter.input->Close();
+  interpreter.PopValues(interpreter.Depth());
+  interpreter.DestroyVariables();
+}
+
+CaObject* NextObject(CaInterpreter& interpreter) {
+  return ObjectOf(interpreter, NextItem(interpreter));
+}

@@ -4,6 +4,7 @@
 #include <string_view>
 
 class CaCharacterSource;
+class CaObject;
 struct CaInterpreter;
 
 /// Programs inside one another; the next one is refused as a file that cannot be opened.
@@ -20,6 +21,12 @@ int RunText(CaInterpreter& interpreter, std::string_view text, const char* name)
 /// The same for any source, at whatever depth; returns 1.
 int RunSource(CaInterpreter& interpreter, CaCharacterSource& source);
 
-/// Runs the interpreter's input to its end, which empties the stack and the table of variables
-/// and ends the process through the exit hook (exit_hook.h). Returns only when the hook does.
+/// Runs the interpreter's input to its end, then closes it, unless it is the standard input, and
+/// empties the stack and the table of variables. What becomes of the process is the caller's
+/// choice; kelcalc ends it.
 void RunTopLevel(CaInterpreter& interpreter);
+
+/// The object that the next item of the input stands for: a value, a variable with its value of
+/// this moment, or an operator. The caller owns it; `DestroyAsValue` releases it. At the end of the
+/// input it throws `EndOfInput` (reader.h).
+CaObject* NextObject(CaInterpreter& interpreter);

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
-#include <utility>
 
 #include "calc/dispatch.h"
 #include "calc/interpreter.h"
@@ -138,11 +137,15 @@ inline int RunAssign(CaInterpreter& interpreter) {
   if (interpreter.Depth() < 2) return 0;
   const CaListNode* top = interpreter.stack.head;
   if (top->payload->Kind() != KindVariable) return 0;
-  // The variable on the stack is itself what the table gets.
+  auto* variable = static_cast<CaVariable*>(top->payload);
   const CaValue& value = *top->next->payload->Value();
-  std::unique_ptr<CaVariable> variable(static_cast<CaVariable*>(interpreter.stack.PopFront()));
-  variable->value = value;
-  interpreter.DefineOwned(std::move(variable));
+  if (variable->known != nullptr && interpreter.table.Redefine(*variable->known, value)) {
+    interpreter.PopValue();
+  } else {
+    // The variable on the stack is itself what the table gets.
+    interpreter.stack.PopFront();
+    interpreter.table.Define(std::unique_ptr<CaVariable>(variable), value);
+  }
   interpreter.PopValue();
   return 1;
 }

@@ -9,6 +9,8 @@
 #include <functional>
 #include <iterator>
 
+#include "calc/character_source.h"
+#include "calc/reader.h"
 #include "calc/run.h"
 
 namespace {
@@ -38,12 +40,45 @@ Written Calculator::Run(std::string_view text) {
   return written;
 }
 
+namespace {
+
+void RunObject(CaInterpreter& interpreter, const CaObject& object) {
+  if (object.Kind() != KindOperator) {
+    if (interpreter.skipLevel < 0) interpreter.PushCopy(object);
+    return;
+  }
+  const bool skippingOne = interpreter.skipLevel == 0;
+  const int done = object.Apply(interpreter);
+  if (skippingOne && interpreter.skipLevel == 0) interpreter.skipLevel = -1;
+  if (done == 0) std::fputs("\a \n", interpreter.errors);
+}
+
+}  // namespace
+
+Written Calculator::RunObjects(std::string_view text) {
+  CaCharacterSource source(text);
+  interpreter.input = &source;
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  try {
+    for (;;) {
+      CaObject* object = NextObject(interpreter);
+      RunObject(interpreter, *object);
+      DestroyAsValue(object);
+    }
+  } catch (const EndOfInput&) {
+    return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+  }
+}
+
 void RunPrograms(std::span<const Program> programs) {
   for (const Program& program : programs) {
-    Calculator calculator;
-    const Written written = calculator.Run(program.text);
+    const Written written = Calculator().Run(program.text);
     EXPECT_EQ(written.output, program.output) << "output of: " << program.text;
     EXPECT_EQ(written.errors, program.errors) << "errors of: " << program.text;
+    const Written byObjects = Calculator().RunObjects(program.text);
+    EXPECT_EQ(byObjects.output, written.output) << "by objects: " << program.text;
+    EXPECT_EQ(byObjects.errors, written.errors) << "by objects: " << program.text;
   }
 }
 

@@ -28,10 +28,14 @@ class Calculator {
   /// When the environment names a folder in KEL_CORPUS, the text is kept there as well.
   Written Run(std::string_view text);
 
+  /// The same through `NextObject` and the objects' `Apply`.
+  Written RunObjects(std::string_view text);
+
   CaInterpreter interpreter;
 };
 
-/// Runs every row in an interpreter of its own; a failing row shows its program.
+/// Runs every row in an interpreter of its own, and once more by the objects that `NextObject`
+/// makes; a failing row shows its program.
 void RunPrograms(std::span<const Program> programs);
 
 /// `count` times `unit`.

@@ -6,10 +6,12 @@
 #endif
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <string>
 #include <string_view>
 
+#include "calc/dispatch.h"
 #include "calc_harness.h"
 #include "tests/folder.h"
 
@@ -82,6 +84,30 @@ TEST_F(Files, ReadRunsTheFile) {
     EXPECT_EQ(Calculator().Run(program).output, output) << file;
   }
 }
+
+#ifndef _WIN32
+rlimit sizeLimit{};
+
+// The file is full at the first write and not at the close any more.
+TEST_F(Files, WriteTellsOfAFullDiskAtAWrite) {
+  getrlimit(RLIMIT_FSIZE, &sizeLimit);
+  std::signal(SIGXFSZ, [](int) { setrlimit(RLIMIT_FSIZE, &sizeLimit); });
+  calculator.Run("\"" + Repeat("a", 1000) + "\" a : a b : a c : a d : a e : ");
+  const rlimit none{0, sizeLimit.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &none);
+  calculator.interpreter.PushCopy(CaValue("full"));
+  const int done = calculator.interpreter.table.names.Find("write")->entry->function(
+      calculator.interpreter);  // not through `Run`, whose files are limited, too
+  setrlimit(RLIMIT_FSIZE, &sizeLimit);
+  std::signal(SIGXFSZ, SIG_DFL);
+  EXPECT_EQ(done, 0);
+  EXPECT_EQ(calculator.interpreter.Depth(), 1);
+}
+
+TEST_F(Files, WriteTellsOfAFullDiskAtTheClose) {
+  EXPECT_EQ(calculator.Run("5 x : \"/dev/./full\" ;write # ").errors, "\a \n");
+}
+#endif
 
 TEST_F(Files, NamesWithoutAPointGetTheExtension) {
   std::filesystem::create_directory("a.b");

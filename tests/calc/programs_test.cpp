@@ -6,13 +6,18 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "calc/character_source.h"
-#include "calc/exit_hook.h"
+#include "calc/failure_observer.h"
 #include "calc/run.h"
 #include "calc_harness.h"
 #include "tests/folder.h"
@@ -89,18 +94,13 @@ TEST(Conditions, SkipTheNextOperatorWhenFalse) {
   }
 }
 
-int exitStatus = -1;
-
-TEST(TopLevel, EndOfInputEmptiesTheEngineAndExitsThroughTheHook) {
+TEST(TopLevel, TheEndEmptiesTheEngineAndClosesTheInput) {
   CaInterpreter interpreter;
   CaCharacterSource source("1 2 x : y 3 #\x04 4");
   interpreter.input = &source;
-  const CaExitHook before = SetExitHook([](int status) { exitStatus = status; });
   testing::internal::CaptureStdout();
   RunTopLevel(interpreter);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  SetExitHook(before);
-  EXPECT_EQ(exitStatus, 0);
   EXPECT_EQ(interpreter.Depth(), 0);
   EXPECT_EQ(interpreter.VariableCount(), 0);
   EXPECT_EQ(source.Read(), CaCharacterSource::End);
@@ -111,14 +111,111 @@ TEST(TopLevel, StandardInputStaysOpen) {
   const std::string path = folder.Root() + "/input.txt";
   WriteTextFile(path.c_str(), "1 #\x04 2 #\n");
   ASSERT_NE(std::freopen(path.c_str(), "r", stdin), nullptr);
-  const CaExitHook before = SetExitHook([](int) {});
   testing::internal::CaptureStdout();
   for (int run = 0; run < 2; ++run) {
     CaInterpreter interpreter;
     RunTopLevel(interpreter);
   }
-  SetExitHook(before);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), " 2.000000\n");
+}
+
+/// Tells what it is told, one line for each.
+class Teller final : public CaFailureObserver {
+ public:
+  void Failed(const CaInterpreter&, CaFailure, const char* name, const CaOperatorEntry*) override {
+    told += std::string("failed ").append(name) + "\n";
+    interrupt = 1;
+  }
+  void SkippingBegan(const CaInterpreter& interpreter) override {
+    Tell("skipping", *interpreter.input);
+  }
+  void InputEnded(const CaInterpreter& interpreter, CaUnfinished within) override {
+    Tell(std::to_string(static_cast<int>(within)), *interpreter.input);
+    if (interpreter.input->Error() != 0) told += "unread\n";
+  }
+  void Warned(const CaInterpreter&, const char* message) override { told += message; }
+
+  std::string told;
+  volatile std::sig_atomic_t interrupt = 0;
+
+ private:
+  void Tell(const std::string& what, CaCharacterSource& source) {
+    told += what + " " + std::to_string(source.MarkedPosition().column) + "\n";
+  }
+};
+
+TEST(Observer, LearnsWhatTheEndCutsOffAndWhereItBegan) {
+  constexpr const char* Rows[][2] = {
+      {"5 ", "0 1\n"},
+      {"5 x", "1 3\n"},
+      {"5 #", "1 3\n"},
+      {"7 ;si", "1 3\n"},
+      {"\"a\" \"b ] ", "2 5\n"},
+      {" [ a [ b ] \" ", "3 2\n"},
+      {"v(1,[ ", "4 1\n"},
+      {"6\x04", "0 2\n"},
+      {" v(1,2\x04)", "4 2\n"},
+      {"2 1 < { 3 ", "skipping 5\n0 9\n"},
+      {"1 + ; ", "failed \n0 5\n"},
+      {"q(0,0,0,0) 0 / ", "Quaternion divided by zero!\n0 14\n"},
+  };
+  for (const auto& [text, told] : Rows) {
+    Calculator calculator;
+    Teller teller;
+    calculator.interpreter.observer = &teller;
+    calculator.Run(text);
+    EXPECT_EQ(teller.told, told) << text;
+  }
+}
+
+TEST(Observer, LearnsThatAnInputCannotBeRead) {
+  for (const std::ptrdiff_t end : {0, -EIO}) {
+    std::ptrdiff_t next = 1;
+    CaCharacterSource source([&](char* block, std::size_t) {
+      *block = ' ';
+      return std::exchange(next, end);
+    });
+    Teller teller;
+    CaInterpreter interpreter;
+    interpreter.observer = &teller;
+    RunSource(interpreter, source);
+    EXPECT_EQ(source.Error(), -end);
+    EXPECT_EQ(teller.told, end == 0 ? "0 1\n" : "0 1\nunread\n");
+  }
+}
+
+TEST(Interruption, StopsBetweenTwoTokens) {
+  Teller teller;
+  CaInterpreter interpreter;
+  interpreter.errors = std::tmpfile();
+  interpreter.observer = &teller;
+  interpreter.interruptRequested = &teller.interrupt;
+  EXPECT_THROW(RunText(interpreter, "1 2 ;a 3 ", "test"), CaInterruption);
+  EXPECT_EQ(interpreter.Depth(), 2);
+  EXPECT_EQ(interpreter.nestDepth, 0);
+  std::fclose(interpreter.errors);
+}
+
+/// Every token is cut in two by the end of a block somewhere.
+TEST(CharacterSource, BlocksMayEndAnywhere) {
+  for (std::size_t size = 1; size < 9; ++size) {
+    std::string_view text = "\n[ c ] 12.5e1 ab 3 : \"x y\" # v(1, -2,3) # ab # 2 1 >= # 5 -- - ## ";
+    CaCharacterSource source([&](char* block, std::size_t) {
+      const std::size_t count = text.copy(block, size);
+      text.remove_prefix(count);
+      return static_cast<std::ptrdiff_t>(count);
+    });
+    Calculator calculator;
+    calculator.interpreter.errors = stdout;
+    testing::internal::CaptureStdout();
+    RunSource(calculator.interpreter, source);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "\a \n \"x y\"\n v(1.000000, -2.000000, 3.000000)\n 3.000000\n"
+              "\nUnrecognized operator --\n"
+              "\nType mismatch for operator -\n\a \n 125.000000\n 5.000000\n")
+        << size;
+    EXPECT_EQ(source.Position().line, 2);
+  }
 }
 
 }  // namespace

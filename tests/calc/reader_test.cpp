@@ -20,6 +20,7 @@ constexpr Program UnprintableBytes[] = {
     {"[a\\\xff 5 # ", " 5.000000\n", ""},
     {"( ) \0 _ . 5 # "sv, " 5.000000\n", "Problem in format of number\n"},
     {"\"a\0 # "sv, " \"a\"\n", ""},
+    {"\"a\\\0 # "sv, " \"a\"\n", ""},  // an escaped one ends it, too
     {"\"\xff\x80\" # ", " \"\xff\x80\"\n", ""},
 };
 
@@ -77,6 +78,20 @@ TEST(Reader, NamesKeepTheirFirst255Characters) {
   for (const int length : {254, 255, 256, 300, 5000}) {
     ExpectCut("n" + Repeat("x", length - 1), "-" + Repeat("+", length - 1));
   }
+}
+
+// A table of names grows, and names that differ in one character anywhere are different.
+TEST(Reader, ThousandsOfNamesOfAnyLength) {
+  std::string define;
+  std::string sum = "0 ";
+  for (int i = 0; i < 2000; ++i) {
+    const int length = i % 40;
+    std::string name = "n" + Repeat("x", length);
+    name.insert(name.size() - static_cast<std::size_t>(i / 40 % (length + 1)), std::to_string(i));
+    define += std::to_string(i) + " " + name + " : ";
+    sum += name + " + ";
+  }
+  EXPECT_EQ(Calculator().Run(define + sum + "# ").output, " 1999000.000000\n");
 }
 
 TEST(Reader, StringsEndAfter1024Characters) {

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "calc/exit_hook.h"
 #include "calc/interpreter.h"
 #include "calc/run.h"
 #include "tools/kelcalc/failure_report.h"
@@ -70,7 +69,6 @@ int Run(const Options& options) {
   const bool colour = session && ColoursWanted();
   FailureReport report(
       {.where = Chosen(options.where, session), .stop = options.stop, .colour = colour});
-  SetExitHook([](int) {});  // the end of the input returns to here
 
   CaInterpreter interpreter;
   if (options.strict || options.stop || report.SaysWhere()) interpreter.observer = &report;

@@ -19,7 +19,6 @@
 #include "calc/character_source.h"
 #include "calc/dispatch.h"
 #include "calc/interpreter.h"
-#include "calc/interruption.h"
 #include "calc/run.h"
 #include "tools/kelcalc/completion.h"
 #include "tools/kelcalc/history.h"
