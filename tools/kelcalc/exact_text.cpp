@@ -9,7 +9,7 @@
 
 #include "calc/interpreter.h"
 #include "calc/object.h"
-#include "calc/reader.h"
+#include "calc/token_text.h"
 #include "tools/kelcalc/number_style.h"
 
 namespace kelcalc {
@@ -50,7 +50,7 @@ std::string StringText(const char* text) {
     if (*at == '"' || *at == '\\') literal += '\\';
     literal += *at;
   }
-  return std::strlen(text) < CaStringText::Longest ? literal + '"' : literal;
+  return std::strlen(text) < CaTokenText::LongestString ? literal + '"' : literal;
 }
 
 }  // namespace
