@@ -17,6 +17,8 @@ ONE_OF_EACH = """p(0,0,0) here : p(4,0,0) east : p(0,2,0) north : p(4,2,3) high 
 r(0,0,1,90) spin : m(1,0,0,2, 0,1,0,1, 0,0,-1,1) frame : s(1,1,1) size :
 42 answer : "<b>&</script>" words : p(1e99,0,0) far : """
 
+CHOSEN = "return document.querySelector('tr.selected button').textContent;"
+
 # A copy of the canvas, because reading the page's own would make the browser say something.
 COPY = """
     const canvas = document.createElement("canvas");
@@ -141,12 +143,11 @@ class PageTest(unittest.TestCase):
         spot = self.spot(4, 2, 3)
         self.assertAlmostEqual(spot[0], width / 2, delta=0.5)
         self.assertAlmostEqual(spot[1], height / 2, delta=0.5)
-        chosen = "return document.querySelector('tr.selected button').textContent;"
-        self.assertEqual(self.browser.run(chosen), "high")
+        self.assertEqual(self.browser.run(CHOSEN), "high")
         self.browser.press("0")
         east = [int(c) for c in self.spot(4, 0, 0)]
         self.browser.act(self.browser.pointer(tuple(east), "down", "up"))
-        self.assertEqual(self.browser.run(chosen), "east")
+        self.assertEqual(self.browser.run(CHOSEN), "east")
         self.browser.run("""const search = document.getElementById("search");
             search.value = "o"; search.dispatchEvent(new Event("input"));""")
         self.assertEqual(self.browser.run("""return [...document.querySelectorAll(
@@ -173,6 +174,10 @@ class PageTest(unittest.TestCase):
             for b in names[:number]:
                 self.assertTrue(abs(a["x"] - b["x"]) * 2 >= a["width"] + b["width"] or
                                 abs(a["y"] - b["y"]) * 2 >= a["height"] + b["height"])
+        self.browser.run("kelview.find(5050);")  # in the thick of them
+        self.browser.settle()
+        self.assertIn("stack 4949", self.names())
+        self.assertEqual(self.browser.run(CHOSEN), "stack 4949")
 
 
 if __name__ == "__main__":

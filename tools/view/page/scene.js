@@ -179,7 +179,10 @@ class Scene {
     const plain = this.colours[ink] === this.text;
     context.font = `${plain ? "" : "600 "}${size}px system-ui, sans-serif`;
     const width = context.measureText(text).width + 4;
-    const place = this.room.place(spot[0], spot[1], width, size + 3, plain);
+    // What is selected is always named, be it over something else.
+    const chosen = thing === this.selected && text === this.picture.things[thing].name;
+    const above = chosen ? [spot[0], spot[1] - 20, 0] : null;
+    const place = this.room.place(spot[0], spot[1], width, size + 3, plain) || above;
     if (!place) return false;
     const [atX, atY, gap] = place;
     context.fillStyle = this.colours[ink];
