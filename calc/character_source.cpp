@@ -1,6 +1,7 @@
 #include "calc/character_source.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -82,6 +83,16 @@ std::ptrdiff_t FillFromDescriptor(int descriptor, char* block, std::size_t size,
   }
 }
 
+/// Whether opening or reading the file may wait for somebody else.
+bool MayWait(const char* path) {
+  struct stat status = {};
+  return stat(path, &status) == 0 && (status.st_mode & S_IFMT) != S_IFREG;
+}
+
+void HandOn(std::FILE* output) {
+  if (output != nullptr) std::fflush(output);
+}
+
 }  // namespace
 
 CaCharacterSource::CaCharacterSource(std::string_view text)
@@ -94,7 +105,9 @@ CaCharacterSource::CaCharacterSource(std::string_view text)
 CaCharacterSource::CaCharacterSource(Fill fill) : fill_(std::move(fill)) {}
 
 std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(
-    const char* path, const volatile std::sig_atomic_t* interruptRequested) {
+    const char* path, const volatile std::sig_atomic_t* interruptRequested, std::FILE* output) {
+  if (!MayWait(path)) output = nullptr;
+  HandOn(output);
   const int number = OpenDescriptor(path);
   if (number < 0) return nullptr;
   auto file = std::make_shared<Descriptor>(number);
@@ -102,7 +115,8 @@ std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(
   char nothing = 0;
   if (ReadDescriptor(number, &nothing, 0) < 0) return nullptr;
   auto source = std::make_unique<CaCharacterSource>(
-      Fill([file, interruptRequested](char* block, std::size_t size) {
+      Fill([file, interruptRequested, output](char* block, std::size_t size) {
+        HandOn(output);
         return FillFromDescriptor(file->Number(), block, size, interruptRequested);
       }));
   source->name = path;

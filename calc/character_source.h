@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <string>
@@ -40,9 +41,11 @@ class CaCharacterSource {
   /// The file at `path`, opened for reading as text; null when it cannot be opened or is nothing
   /// that can be read, as a folder. Before each block, and when a signal breaks off the wait for
   /// one, it looks whether `interruptRequested`, which may be null, has been set, and then throws
-  /// `CaInterruption`. For a file that has nothing to read yet it waits.
+  /// `CaInterruption`. For a file that has nothing to read yet it waits; before it may have to, as
+  /// with a pipe, what was printed to `output`, which may be null, is written out.
   static std::unique_ptr<CaCharacterSource> OpenFile(
-      const char* path, const volatile std::sig_atomic_t* interruptRequested = nullptr);
+      const char* path, const volatile std::sig_atomic_t* interruptRequested = nullptr,
+      std::FILE* output = nullptr);
 
   /// The one source that reads the process's standard input.
   static CaCharacterSource& StandardInput();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <optional>
@@ -43,7 +44,7 @@ inline int WriteVariables(const CaInterpreter& interpreter, const char* path) {
   for (; node != nullptr; node = node->next) {
     const char* name = node->payload == nullptr ? nullptr : node->payload->Name();
     if (name == nullptr || *name == '\0') continue;
-    interpreter.FindVariable(name)->Print(file);
+    interpreter.keep(file, interpreter, *interpreter.FindVariable(name));
     std::fprintf(file, "%s : \n", name);
   }
   const bool written = std::ferror(file) == 0;
@@ -52,7 +53,12 @@ inline int WriteVariables(const CaInterpreter& interpreter, const char* path) {
 
 inline int RunWrite(CaInterpreter& interpreter) {
   const std::optional<std::string> path = TopPath(interpreter);
-  if (!path || WriteVariables(interpreter, path->c_str()) == 0) return 0;
+  if (!path) return 0;
+  errno = 0;
+  if (WriteVariables(interpreter, path->c_str()) == 0) {
+    interpreter.fileProblem = errno;
+    return 0;
+  }
   interpreter.PopValues(1);
   return 1;
 }

@@ -17,6 +17,10 @@ CaVariable* CopyOf(CaInterpreter& interpreter, const CaVariable& variable) {
   return new CaVariable(interpreter.table.names.Intern(variable.name), variable.value);
 }
 
+void KeepAsPrinted(std::FILE* file, const CaInterpreter&, const CaValue& value) {
+  value.Print(file);
+}
+
 }  // namespace
 
 CaInterpreter::CaInterpreter()
@@ -24,6 +28,7 @@ CaInterpreter::CaInterpreter()
       output(stdout),
       errors(stderr),
       show(PrintValue),
+      keep(KeepAsPrinted),
       interruptRequested(&NeverInterrupted) {}
 
 CaInterpreter::~CaInterpreter() {

@@ -13,6 +13,7 @@
 
 class CaCharacterSource;
 class CaFailureObserver;
+class CaItemObserver;
 
 /// The run-time state of the language: what is being read, the variables and the operand stack.
 ///
@@ -81,10 +82,18 @@ struct CaInterpreter {
   std::FILE* output;  // what programs print; standard output
   std::FILE* errors;  // every message of the engine; standard error
 
-  /// How programs print a value on `output`; files of variables keep their own form.
+  /// How programs print a value on `output`.
   void (*show)(std::FILE* output, const CaValue& value);
 
-  CaFailureObserver* observer = nullptr;  // borrowed; may be null
+  /// How files of variables hold a value.
+  void (*keep)(std::FILE* file, const CaInterpreter& interpreter, const CaValue& value);
+
+  CaFailureObserver* observer = nullptr;   // borrowed; may be null
+  CaItemObserver* itemObserver = nullptr;  // borrowed; may be null
+
+  /// Why a file could not be read or written last: the system's number for it (errno), 0 for one
+  /// that was nested too deeply.
+  int fileProblem = 0;
 
   /// Set from outside, as by a signal, to stop at the next token (character_source.h). Never null.
   const volatile std::sig_atomic_t* interruptRequested;

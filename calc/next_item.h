@@ -111,8 +111,10 @@ inline CaItem ReadItem(CaInterpreter& interpreter, int c) {
       return {};
     case CaTokenStart::End:
       throw EndOfInput();
-    case CaTokenStart::Blank:
     case CaTokenStart::None:
+      TellPassedOver(interpreter, c);
+      break;
+    case CaTokenStart::Blank:
       break;
   }
   return {};

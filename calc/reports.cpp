@@ -5,6 +5,7 @@
 #include "calc/dispatch.h"
 #include "calc/failure_observer.h"
 #include "calc/interpreter.h"
+#include "calc/item_observer.h"
 
 namespace {
 
@@ -15,6 +16,11 @@ void Tell(const CaInterpreter& interpreter, CaFailure failure, const char* name,
 }
 
 }  // namespace
+
+void TellPassedOver(const CaInterpreter& interpreter, int byte) {
+  if (interpreter.itemObserver == nullptr) return;
+  interpreter.itemObserver->BytePassedOver(interpreter, static_cast<unsigned char>(byte));
+}
 
 int ReportBadNumber(CaInterpreter& interpreter) {
   std::fputs("Problem in format of number\n", interpreter.errors);

@@ -7,6 +7,9 @@ struct CaOperatorEntry;
 /// Failures of a program are told to its observer as well.
 /// Those that return a number return 0, the result of the operation that failed.
 
+/// A byte that begins nothing, which has no message; its item observer is told.
+void TellPassedOver(const CaInterpreter& interpreter, int byte);
+
 /// A number that is none, as a lone point.
 int ReportBadNumber(CaInterpreter& interpreter);
 

@@ -1,11 +1,13 @@
 #include "calc/run.h"
 
+#include <cerrno>
 #include <memory>
 
 #include "calc/character_source.h"
 #include "calc/dispatch.h"
 #include "calc/failure_observer.h"
 #include "calc/interpreter.h"
+#include "calc/item_observer.h"
 #include "calc/next_item.h"
 #include "calc/reports.h"
 #include "geometry/messages.h"
@@ -36,7 +38,7 @@ void RunOperator(CaInterpreter& interpreter, const CaOperatorEntry& entry) {
   const std::int32_t before = interpreter.skipLevel;
   const int done = interpreter.Apply(entry.function, entry.alwaysRun);
   if (before == 0 && interpreter.skipLevel == 0) interpreter.skipLevel = -1;
-  if (before < 0 && interpreter.skipLevel >= 0 && interpreter.observer != nullptr) {
+  if (before < 0 && interpreter.skipLevel == 0 && interpreter.observer != nullptr) {
     interpreter.observer->SkippingBegan(interpreter);
   }
   if (done == 0) ReportFailure(interpreter, entry);
@@ -53,6 +55,7 @@ void RunItems(CaInterpreter& interpreter) {
     } else if (item.kind == CaItemKind::Compound) {
       DestroyAsValue(item.value);
     }
+    if (interpreter.itemObserver != nullptr) interpreter.itemObserver->ItemRan(interpreter, item);
   }
 }
 
@@ -89,10 +92,14 @@ class Nested {
 }  // namespace
 
 int RunFile(CaInterpreter& interpreter, const char* path) {
+  interpreter.fileProblem = 0;
   if (interpreter.nestDepth >= DeepestNesting) return ReportUnopenedFile(interpreter, path);
   const std::unique_ptr<CaCharacterSource> source =
-      CaCharacterSource::OpenFile(path, interpreter.interruptRequested);
-  if (source == nullptr) return ReportUnopenedFile(interpreter, path);
+      CaCharacterSource::OpenFile(path, interpreter.interruptRequested, interpreter.output);
+  if (source == nullptr) {
+    interpreter.fileProblem = errno;
+    return ReportUnopenedFile(interpreter, path);
+  }
   return RunSource(interpreter, *source);
 }
 
