@@ -53,20 +53,30 @@ class OptionsTest(unittest.TestCase):
             ('\n[ two\nlines ] 1 -  ', ["3:11: - on (real): too few entries; it takes real-real, or "
                                         "vector-vector, or point-vector, or point-point, or "
                                         "quaternion-quaternion"]),
-            ('"a" p(1,2,3) * ', ["1:14: * on (string, point): no rule; it takes real*real, or "
-                                 "vector*real, or quaternion*real, or rotation*real, or "
-                                 "scale*real, or vector*vector, ..."]),
+            ('"a" p(1,2,3) * ', ["1:14: * on (string, point): no rule; it takes matrix*point, "
+                                 "or rotation*point, or real*real, or vector*real, or "
+                                 "quaternion*real, or rotation*real, ..."]),
+            ('1 2 ;m ', ["1:5: ;m on (real, real): too few entries; it takes 12 reals, or "
+                         "3 vectors and a point, or matrix, or quaternion, or rotation, or scale"]),
+            ('5 sum : smu 1 ^ ', ["1:15: ^ on (nothing, real): smu has no value: did you mean sum; "
+                                  "no rule; it takes real^real"]),
+            (';abs #! += ', ["1:1: ;abs is no operator or function: did you mean $, the stack "
+                             "holds 0 ()",
+                             "1:6: #! is passed over only in the first line of a file named on "
+                             "the command line, the stack holds 0 ()",
+                             "1:9: += is no operator or function: did you mean + =, the stack "
+                             "holds 0 ()"]),
             ('1 "a" 2 ;v ', ["1:9: ;v on (real, string, real): no rule; it takes 3 reals, or "
                              "vector, or point, or matrix, or quaternion, or rotation"]),
             (';nope ;  1 -- ', ["1:1: ;nope is no operator or function, the stack holds 0 ()",
                                 "1:7: ; is no operator or function, the stack holds 0 ()",
-                                "1:12: -- is no operator or function, the stack holds 1 (real)"]),
+                                "1:12: -- is no operator or function: did you mean - -, the stack "
+                                "holds 1 (real)"]),
             ('. 1e+ ', ["1:1: . is no number, the stack holds 0 ()",
                         "1:3: 1e+ is no number, the stack holds 0 ()"]),
             ('v(1,\n2) ', ["1:1: v(1, 2 is no constant v(...), the stack holds 0 ()"]),
             ('V(1) ', ["1:1: V( begins no constant; v( p( m( q( r( s( do, the stack holds 0 ()"]),
             ('5 7 : ', ["1:5: : on (real, real): no rule; it takes anything and a variable"]),
-            ('"no" ;read ', ["1:6: ;read on (string): failed with these values"]),
             ('1 2 9 \'\' ', ["1:7: '' on (real, real): the index that was on top is no position"]),
             ('"a" 1 < ', ["1:7: < on (string, real): no rule; it takes real<real"]),
         ]

@@ -95,7 +95,7 @@ class Session(unittest.TestCase):
             (":save", "0> ", r"needs the name of a file"),
             ("help", "1> ", r":help"),
             ("quit", "2> ", r":quit"),
-            ("7 quit :", "2> ", r"\A[^:]*:\n(  \d.*\n)*\Z"),
+            ("7 quit :", "2> ", r"\A[^:]*:\n.*quit has no value\n(  \d.*\n)*\Z"),
             ("quit", "3> ", r"0  real +7  quit"),
             (":qiut", "2> ", r":qiut is no word of a session"),
         ]

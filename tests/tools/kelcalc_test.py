@@ -126,6 +126,16 @@ class KelcalcTest(unittest.TestCase):
                 self.assertEqual(process.stdout.readline(), b" %d.000000\n" % number)
             process.stdin.close()
 
+    def test_a_partner_that_is_a_file_gets_them_too(self):
+        os.mkfifo("pipe.x")
+        for last in (["pipe.x"], ["-e", '"pipe.x" ;read']):
+            with subprocess.Popen([KELCALC, "-e", "1 #", *last], stdout=subprocess.PIPE,
+                                  bufsize=0) as process:
+                self.assertEqual(process.stdout.readline(), b" 1.000000\n")
+                with open("pipe.x", "wb", buffering=0) as pipe:
+                    pipe.write(b"2 # \n")
+                    self.assertEqual(process.stdout.readline(), b" 2.000000\n")
+
     def test_messages_follow_what_was_printed_before(self):
         done = subprocess.run([KELCALC], input=b"1 # . 2 # q(1,2,3,4) 0 / nope( 3 # ", check=False,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120)

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -78,6 +79,10 @@ std::string FreeName(const CaInterpreter& interpreter) {
 
 namespace {
 
+void KeepExactly(std::FILE* file, const CaInterpreter& interpreter, const CaValue& value) {
+  std::fprintf(file, " %s\n", ExactText(value, FreeName(interpreter)).c_str());
+}
+
 /// An entry of the stack, in two lines where it is a variable. A swap takes a name away.
 std::string EntryText(const CaObject& entry, const std::string& nothing) {
   const std::string value = ExactText(*entry.Value(), nothing);
@@ -88,6 +93,8 @@ std::string EntryText(const CaObject& entry, const std::string& nothing) {
 }
 
 }  // namespace
+
+void WriteExactly(CaInterpreter& interpreter) { interpreter.keep = KeepExactly; }
 
 std::string ExactProgram(const CaInterpreter& interpreter) {
   const std::string nothing = FreeName(interpreter);

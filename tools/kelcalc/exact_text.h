@@ -15,6 +15,9 @@ std::string ExactText(const CaValue& value, const std::string& nameOfNothing);
 /// A name that no variable has.
 std::string FreeName(const CaInterpreter& interpreter);
 
+/// Lets ;write keep values as `ExactText` tells.
+void WriteExactly(CaInterpreter& interpreter);
+
 /// A program that makes stack and variables what they are now, in the same order, when it runs
 /// where there are none.
 std::string ExactProgram(const CaInterpreter& interpreter);

@@ -43,23 +43,22 @@ bool MayTryAgain(int reason) {
 
 CaCharacterSource& WatchedInput() {
   static CaCharacterSource source{CaCharacterSource::Fill(ReadStandardInput)};
-  source.name = "<stdin>";
+  source.name = StandardInputName;
   return source;
 }
 
-std::size_t ReadStandardInput(char* block, std::size_t size) {
+std::ptrdiff_t ReadStandardInput(char* block, std::size_t size) {
   HandOnOutput();
   std::ptrdiff_t count = 0;
   do {
     count = Read(block, size);
   } while (count < 0 && MayTryAgain(errno));
-  if (count >= 0) return static_cast<std::size_t>(count);
-  ReportUnreadInput("the standard input", errno);
-  return 0;
+  return count < 0 ? -errno : count;
 }
 
-void ReportUnreadInput(const char* name, int reason) {
-  std::fprintf(stderr, "kelcalc: cannot read %s: %s\n", name, std::strerror(reason));
+void ReportUnreadInput(const std::string& name, int reason) {
+  const char* told = name == StandardInputName ? "the standard input" : name.c_str();
+  std::fprintf(stderr, "kelcalc: cannot read %s: %s\n", told, std::strerror(reason));
   Failed = true;
 }
 

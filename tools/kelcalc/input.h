@@ -1,21 +1,26 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 class CaCharacterSource;
 
 namespace kelcalc {
 
-/// The standard input as a source, which messages call "<stdin>". See `ReadStandardInput`.
+/// What messages call the standard input.
+inline constexpr const char* StandardInputName = "<stdin>";
+
+/// The standard input as a source. See `ReadStandardInput`.
 CaCharacterSource& WatchedInput();
 
-/// What is there, up to `size` bytes; of a terminal one line. 0 at the end, and when reading
-/// fails: then a message tells why, and `InputFailed` answers true from now on. Hands on the
-/// output before it waits, and waits where reading would not.
-std::size_t ReadStandardInput(char* block, std::size_t size);
+/// What is there, up to `size` bytes; of a terminal one line. 0 at the end, the negative of an
+/// errno when reading fails. Hands on the output before it waits, and waits where reading would
+/// not.
+std::ptrdiff_t ReadStandardInput(char* block, std::size_t size);
 
-/// Tells that `name` could not be read to its end; `reason` is an errno.
-void ReportUnreadInput(const char* name, int reason);
+/// Tells that the input that messages call `name` could not be read to its end; `reason` is an
+/// errno. `InputFailed` answers true from now on.
+void ReportUnreadInput(const std::string& name, int reason);
 
 /// Whether that was ever told.
 bool InputFailed();

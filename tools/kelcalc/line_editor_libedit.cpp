@@ -105,7 +105,7 @@ class ScreenEditor final : public LineEditor {
         return -1;
       }
       const auto count = read(STDIN_FILENO, &byte, 1);
-      if (count < 0) ReportUnreadInput("the standard input", errno);
+      if (count < 0) ReportUnreadInput(StandardInputName, errno);
       if (count <= 0) return 0;
       // A Ctrl-D that was typed before the prompt came arrives as a NUL, which no key makes.
       self.untaken += byte == '\0' ? EndKey : byte;

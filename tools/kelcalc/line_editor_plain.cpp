@@ -40,9 +40,10 @@ class PlainEditor final : public LineEditor {
       if (length > 0) return Deliver(length, line);
       if (!WaitForInput()) return Drop();
       char block[BlockSize];
-      const std::size_t count = ReadStandardInput(block, BlockSize);
-      if (count == 0) return DeliverLast(line);
-      unread.append(block, count);
+      const std::ptrdiff_t count = ReadStandardInput(block, BlockSize);
+      if (count < 0) ReportUnreadInput(StandardInputName, static_cast<int>(-count));
+      if (count <= 0) return DeliverLast(line);
+      unread.append(block, static_cast<std::size_t>(count));
     }
   }
 

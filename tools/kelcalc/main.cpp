@@ -8,7 +8,7 @@
 
 #include "calc/interpreter.h"
 #include "calc/run.h"
-#include "tools/kelcalc/failure_report.h"
+#include "tools/kelcalc/exact_text.h"
 #include "tools/kelcalc/file_writing.h"
 #include "tools/kelcalc/help_topics.h"
 #include "tools/kelcalc/input.h"
@@ -22,6 +22,8 @@
 #include "tools/kelcalc/stack_display.h"
 #include "tools/kelcalc/state_json.h"
 #include "tools/kelcalc/version.h"
+#include "tools/kelcalc/warnings.h"
+#include "tools/kelcalc/watch.h"
 
 namespace kelcalc {
 namespace {
@@ -67,11 +69,17 @@ bool WantsSession(const Options& options) {
 int Run(const Options& options) {
   const bool session = WantsSession(options);
   const bool colour = session && ColoursWanted();
-  FailureReport report(
-      {.where = Chosen(options.where, session), .stop = options.stop, .colour = colour});
+  Watch watch({.where = Chosen(options.where, session),
+               .strict = options.strict,
+               .stop = options.stop,
+               .colour = colour});
 
   CaInterpreter interpreter;
-  if (options.strict || options.stop || report.SaysWhere()) interpreter.observer = &report;
+  interpreter.observer = &watch;
+  Warnings warnings(
+      {.colour = colour, .keeper = session ? ":save" : "--exact", .writesExactly = options.exact});
+  if (Chosen(options.warn, session)) interpreter.itemObserver = &warnings;
+  if (options.exact) WriteExactly(interpreter);
   if (options.digits > 0) SetShownDigits(interpreter, options.digits);
   const std::vector<Program> programs = ProgramsOf(options, session);
   int status = RunPrograms(interpreter, programs, options.stop);
@@ -90,7 +98,7 @@ int Run(const Options& options) {
     RunInput(interpreter);
   }
   if (WriteState(interpreter, options.json) != 0) status = 1;
-  if ((options.strict && report.Count() > 0) || InputFailed()) status = 1;
+  if ((options.strict && watch.Failures() > 0) || InputFailed()) status = 1;
   return status;
 }
 

@@ -74,6 +74,12 @@ constexpr Option AllOptions[] = {
      [](Options& options, const char*) { options.where = Choice::On; }},
     {"", "--no-where", nullptr, "do not",
      [](Options& options, const char*) { options.where = Choice::Off; }},
+    {"", "--warn", nullptr,
+     "say what is no failure and seldom meant, as a name without a value\n"
+     "(default in a session)",
+     [](Options& options, const char*) { options.warn = Choice::On; }},
+    {"", "--no-warn", nullptr, "do not",
+     [](Options& options, const char*) { options.warn = Choice::Off; }},
     {"", "--strict", nullptr, "exit with status 1 when anything failed",
      [](Options& options, const char*) { options.strict = true; }},
     {"", "--stop", nullptr, "the same, and end at the first failure",
@@ -86,6 +92,8 @@ constexpr Option AllOptions[] = {
      AddPicture},
     {"", "--view-from", "NAME", "in pictures, let vectors start at the point NAME",
      [](Options& options, const char* name) { options.picturesFrom = name; }},
+    {"", "--exact", nullptr, "let ;write keep every digit of a number",
+     [](Options& options, const char*) { options.exact = true; }},
     {"", "--json", "FILE",
      "when the programs have ended, write stack and variables to FILE\n"
      "(-: standard output)",

@@ -30,9 +30,11 @@ struct Options {
   bool interactive = false;
   bool showStack = true;
   Choice where = Choice::Default;
+  Choice warn = Choice::Default;
   bool strict = false;
   bool stop = false;
   int digits = 0;                     // 0: the language's own form
+  bool exact = false;                 // files of variables keep every digit
   std::string json;                   // where stack and variables go at the end; -: std. output
   std::vector<std::string> pictures;  // files to write when the programs have ended
   std::string picturesFrom;           // the point where their vectors start; empty: the origin

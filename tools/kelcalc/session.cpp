@@ -61,7 +61,7 @@ class Session {
 
   void Run() {
     CaCharacterSource terminal([this](char* block, std::size_t size) { return Fill(block, size); });
-    terminal.name = "<terminal>";
+    terminal.name = TerminalName;
     for (;;) {
       try {
         RunSource(interpreter, terminal);
@@ -76,7 +76,7 @@ class Session {
  private:
   /// Hands the line that was typed to the reader, which asks for more only when all that came
   /// before has been run. Throws CaInterruption when the line is dropped.
-  std::size_t Fill(char* block, std::size_t size) {
+  std::ptrdiff_t Fill(char* block, std::size_t size) {
     while (rest.empty()) {
       ForgiveOutput();
       HandOnOutput();
@@ -94,7 +94,7 @@ class Session {
     const std::size_t count = std::min(size, rest.size());
     std::memcpy(block, rest.data(), count);
     rest.remove_prefix(count);
-    return count;
+    return static_cast<std::ptrdiff_t>(count);
   }
 
   /// False at the end of the input.

@@ -9,6 +9,9 @@ namespace kelcalc {
 
 struct DisplayStyle;
 
+/// What messages call the text that is typed in a session.
+inline constexpr const char* TerminalName = "<terminal>";
+
 /// How a session at a terminal looks.
 struct SessionSettings {
   bool showStack = true;                  // after each line

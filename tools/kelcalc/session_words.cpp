@@ -59,20 +59,15 @@ void Undo(SessionState& state, const std::string&) {
   if (!state.snapshots.Restore(state.interpreter)) std::puts("there is nothing to undo");
 }
 
-/// As with ;write and ;read, a name without a point gets the extension of programs.
-std::string PathOf(const std::string& name) {
-  return name.find('.') == std::string::npos ? name + ".3dc" : name;
-}
-
 void Save(SessionState& state, const std::string& name) {
-  const std::string path = PathOf(name);
+  const std::string path = ProgramPath(name);
   const std::string reason = WriteFile(path, ExactProgram(state.interpreter));
   if (!reason.empty()) std::printf("cannot write %s: %s\n", path.c_str(), reason.c_str());
 }
 
 void Load(SessionState& state, const std::string& name) {
   state.snapshots.Take(state.interpreter);
-  RunNamedFile(state.interpreter, PathOf(name));
+  RunNamedFile(state.interpreter, ProgramPath(name));
 }
 
 void View(SessionState& state, const std::string& name) {
