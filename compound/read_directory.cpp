@@ -18,9 +18,9 @@ int CompareExactly(const CompoundName& a, const CompoundName& b) {
 
 bool IsBefore(const ReadEntry& a, const ReadEntry& b) { return CompareExactly(a.name, b.name) < 0; }
 
-/// Takes a name as it stands: it may hold characters that are forbidden in a new one. It ends with
-/// its first zero, wherever its length says it ends: writers have left the zero out and have
-/// counted what they fill the field with.
+/// Takes a name as it stands. Relaxed: it is to end with a zero that its length counts, and to hold
+/// none of / \ : ! There are files whose names lack the zero (known to rust-cfb) or count the
+/// filling behind it (known to olefile), and libgsf writes whatever a file of the system is called.
 bool TakeName(const CompoundEntryRecord& record, CompoundName* name) {
   const bool possible =
       record.nameBytes % sizeof(char16_t) == 0 && record.nameBytes / sizeof(char16_t) <= NameUnits;
@@ -34,15 +34,16 @@ bool TakeName(const CompoundEntryRecord& record, CompoundName* name) {
   return length > 0;
 }
 
-/// Fields that mean nothing for the type of an entry are not looked at: there are storages with a
-/// size and a first sector, and streams with a class, times, state bits or children. Nor is the
-/// color: writers exist that color nothing, and some that break its rules.
+/// Relaxed: fields that mean nothing for the type of an entry are to be zero, and the colors those
+/// of a red-black tree. Altium Designer gives storages a first sector, Word also a size, and
+/// streams a class; Excel gives streams times. LibreOffice and OpenMcdf 2 put red under red. None
+/// is looked at.
 bool TakeRecord(const CompoundEntryRecord& record, bool isVersion3, ReadEntry* entry) {
   if (record.type == EntryStream || record.type == EntryRoot) {
     entry->start = record.start;
     entry->size = record.size;
-    // In version 3 the upper half is to be zero; old versions of the system's own left it as it
-    // was.
+    // Relaxed: in version 3 the upper half is to be zero. The system's own once left in it what was
+    // there, as the format's description warns.
     if (isVersion3) entry->size = entry->size << HighBits >> HighBits;
   }
   if (record.type == EntryStream) return TakeName(record, &entry->name);
@@ -52,7 +53,7 @@ bool TakeRecord(const CompoundEntryRecord& record, bool isVersion3, ReadEntry* e
   entry->storage->stateBits = record.stateBits;
   entry->storage->created = record.created;
   entry->storage->modified = record.modified;
-  // The root is the first entry, whatever it is called: some call it "R" or nothing.
+  // Relaxed: the root is to be called "Root Entry". Word has left it without a name.
   return record.type == EntryRoot || TakeName(record, &entry->name);
 }
 
@@ -75,7 +76,7 @@ class Records {
   }
 
   /// The numbers of the entries in the tree under `top`, in its order. Each entry is in one tree
-  /// only, and in one place of it.
+  /// only, and in one place of it. The tree may be as deep as it has entries: libgsf makes lists.
   Outcome InOrder(std::uint32_t top, std::vector<std::uint32_t>* numbers) {
     std::vector<std::pair<std::uint32_t, std::uint32_t>> above;  // an entry and what is right of it
     for (std::uint32_t at = top; at != NoStream || !above.empty();) {
@@ -116,8 +117,9 @@ class Records {
   SectorSet reached_;
 };
 
-/// Puts a storage's children into the order of their names, in which most writers have left them;
-/// libraries that sort by other rules of case have not. False when two have the very same name.
+/// Puts a storage's children into the order of their names. False when two have the very same name.
+/// Relaxed: the tree is to be in this order. rust-cfb up to 0.10 had other capitals: those of a
+/// language, where the sharp s becomes two letters.
 bool Sort(ReadEntry* begin, ReadEntry* end) {
   if (!std::is_sorted(begin, end, IsBefore)) std::sort(begin, end, IsBefore);
   const auto isSame = [](const ReadEntry& a, const ReadEntry& b) { return !IsBefore(a, b); };

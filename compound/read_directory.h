@@ -26,8 +26,8 @@ class ReadDirectory {
 
   ReadEntry* Root() { return &root_; }
 
-  /// Names that differ only in case are one name. Libraries that sort out case differently, or not
-  /// at all, have written such elements side by side: then the exact name wins, else the first.
+  /// Names that differ only in case find the same element. Relaxed: there is to be only one of
+  /// them. libgsf writes all that it is given: then the exact name wins, else the first.
   CompoundEntry* Find(const CompoundEntry* storage, const CompoundName& name) const;
 
  private:

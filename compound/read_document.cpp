@@ -21,7 +21,8 @@ Outcome ReadDocument::Open(const char* path, bool exclusive) {
   if (outcome != Outcome::Done) return outcome;
   chains_ = std::make_unique<Chains>(source_);
   outcome = directory_.Read(source_, chains_->fat);
-  // The size of the mini stream is not looked at, only its chain: a library has told it too small.
+  // Relaxed: the root's size is to be that of the mini stream. POI up to 5.3 tells too small a one;
+  // the chain is what counts.
   miniStream_ = std::make_unique<FoundChain>(directory_.Root()->start);
   return outcome;
 }

@@ -12,8 +12,8 @@ std::uint32_t Word(const std::byte* bytes, std::uint32_t index) {
 
 }  // namespace
 
-// The chain may end with either mark, of its end or of a free sector: some libraries write the
-// latter. Nothing looks for its end, only for the sectors that a FAT of the file's size needs.
+// Relaxed: the chain is to end with the mark of an end. Some writers put that of a free sector, as
+// rust-cfb notes. Nothing here looks for the end, only for the sectors that a chain needs.
 Outcome DifatLinks::After(std::uint32_t sector, std::uint32_t /*most*/, SectorRun* run) {
   const std::byte* bytes = nullptr;
   const Outcome outcome = source_.Look(sector, &bytes);
@@ -22,10 +22,11 @@ Outcome DifatLinks::After(std::uint32_t sector, std::uint32_t /*most*/, SectorRu
   return run->start < source_.SectorCount() ? Outcome::Done : Outcome::Corrupt;
 }
 
-// Only the words of chains that are followed are looked at. The others may say what they like:
-// there are design programs that fill the end of the FAT with words of sectors beyond the file
-// instead of marks of free ones, writers that leave numbers of no sector in words of free ones, and
-// libraries that do not mark the sectors of the FAT and the DIFAT as such.
+// Relaxed: words of sectors that no chain has are to be marks of free sectors, and those of the
+// FAT's and the DIFAT's own sectors their marks. Altium Designer fills the rest of the last FAT
+// sector with other words, and files are about that name sectors beyond the end in free ones or
+// lack the marks (both known from reports to rust-cfb). Only the words of chains that are followed
+// are looked at.
 Outcome LinkTable::After(std::uint32_t sector, std::uint32_t most, SectorRun* run) {
   std::uint32_t place = 0;
   const std::byte* words = nullptr;

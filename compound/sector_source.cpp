@@ -57,8 +57,8 @@ Outcome SectorSource::Open(const char* path, bool exclusive) {
   outcome = ReadFile(0, &header_, std::min<std::uint64_t>(size_, sizeof header_));
   if (outcome == Outcome::Done) outcome = CheckHeader();
   if (outcome != Outcome::Done) return outcome;
-  // Deliberate: a file may end within its last sector. Writers that do not fill it up leave such
-  // files, and so does whoever cuts off the zeros; only bytes that are asked for must be there.
+  // Relaxed: a file is to be whole sectors. Spreadsheet writers leave the last one unfilled; only
+  // bytes that are asked for must be there. Behind the end anything may follow.
   const std::uint64_t sectors = ((size_ + SectorSize() - 1) >> SectorShift()) - 1;
   sectorCount_ = static_cast<std::uint32_t>(std::min<std::uint64_t>(sectors, MaxRegularSector));
   blocks_ = std::make_unique<std::byte[]>(BlockSize * BlockCount);
@@ -76,17 +76,18 @@ Outcome SectorSource::LooksCompound(const char* path, bool* looks) {
   return outcome;
 }
 
-/// Only what decides how the file is read. Not looked at: the minor version and the class
-/// identifier (word processors of the nineties put theirs there), the reserved bytes, the
-/// transaction number, and every count of sectors, as a chain tells its own length: libraries have
-/// written files with a wrong count of mini FAT sectors and, in version 3, of directory sectors.
+/// Looks only at what decides how the file is read. Relaxed: class identifier, reserved bytes and,
+/// in version 3, the count of directory sectors are to be zero, and every other count is to be
+/// right. Word 6 put its class identifier there, and rust-cfb up to 0.7 counted the sectors of the
+/// mini FAT wrongly; a chain tells its own length.
 Outcome SectorSource::CheckHeader() const {
   if (Begins(header_, OldSignature)) return Outcome::OldFormat;
   if (!Begins(header_, Signature)) return Outcome::NotCompound;
   if (size_ < sizeof header_ || header_.byteOrder != LittleEndian) return Outcome::BadHeader;
   if (header_.majorVersion < 3) return Outcome::OldFormat;
   if (header_.majorVersion > 4) return Outcome::NewerFormat;
-  // Version 3 should mean small sectors and 4 large ones; libgsf writes large ones as version 3.
+  // Relaxed: version 3 is to have small sectors, and 4 large ones. POI writes large ones as
+  // version 3.
   const bool known = header_.sectorShift == SmallShift || header_.sectorShift == LargeShift;
   const bool standard =
       header_.miniSectorShift == MiniSectorShift && header_.miniCutoff == MiniCutoff;

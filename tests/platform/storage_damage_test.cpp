@@ -1,0 +1,370 @@
+/// Files that others wrote unusually, files that are damaged and files that are made to harm.
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <new>
+
+#include "compound/format.h"
+#include "tests/folder.h"
+#include "tests/platform/read_storage.h"
+#include "tests/platform/storage_model.h"
+
+namespace {
+
+std::size_t inUse = 0, most = 0;  // bytes of memory
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* memory = std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  most = std::max(most, inUse += malloc_usable_size(memory));
+  return memory;
+}
+void operator delete(void* memory) noexcept {
+  inUse -= malloc_usable_size(memory);
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
+
+namespace {
+
+enum : std::uint32_t { Root, Small, Large, Storage, Inner, EntryCount };
+constexpr std::uint32_t Sectors = 16, End = MarkEndOfChain;
+
+/// A file of 512-byte sectors that tests spoil: FAT, directory (1, 2), mini FAT, mini stream (4, 5)
+/// and the stream `Large` (6 to 15).
+struct Image {
+  CompoundHeader header = {};
+  std::vector<std::uint32_t> fat = std::vector<std::uint32_t>(128, MarkFree);
+  std::vector<std::uint32_t> miniFat = std::vector<std::uint32_t>(128, MarkFree);
+  std::vector<CompoundEntryRecord> entries = std::vector<CompoundEntryRecord>(8);
+  std::size_t size = 512 * (Sectors + 1);
+  std::map<std::size_t, std::uint32_t> words;  // of sectors of `Large`, by their place in the file
+
+  Image() {
+    std::memcpy(header.signature, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
+    header.majorVersion = 3, header.byteOrder = 0xFFFE, header.sectorShift = 9;
+    header.miniSectorShift = 6, header.fatSectors = 1, header.directoryStart = 1;
+    header.miniCutoff = 4096, header.miniFatStart = 3, header.miniFatSectors = 1;
+    header.difatStart = End;
+    std::fill(std::begin(header.difat) + 1, std::end(header.difat), MarkFree);
+    Chain(fat, {0}, MarkFat), Chain(fat, {1, 2}), Chain(fat, {3}), Chain(fat, {4, 5});
+    Chain(fat, {6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
+    Chain(miniFat, {0, 9});  // the second in the second sector
+    Entry(Root, u"Root Entry", EntryRoot, 4, 1024);
+    Entry(Small, u"Small", EntryStream, 0, 100);
+    Entry(Large, u"Large", EntryStream, 6, 5000);
+    Entry(Storage, u"Storage", EntryStorage, 0, 0);
+    Entry(Inner, u"Inner", EntryStream, End, 0);
+    entries[Root].child = Small;
+    entries[Small].left = Large, entries[Small].right = Storage;
+    entries[Storage].child = Inner;
+  }
+
+  static void Chain(std::vector<std::uint32_t>& table, const std::vector<std::uint32_t>& sectors,
+                    std::uint32_t last = End) {
+    for (std::size_t i = 0; i < sectors.size(); ++i) {
+      table[sectors[i]] = i + 1 < sectors.size() ? sectors[i + 1] : last;
+    }
+  }
+
+  void Entry(std::uint32_t number, const std::u16string& name, CompoundEntryType type,
+             std::uint32_t start, std::uint64_t bytes) {
+    CompoundEntryRecord& entry = entries[number];
+    std::fill(std::begin(entry.name), std::end(entry.name), u'\0');
+    std::copy(name.begin(), name.end(), entry.name);
+    entry.nameBytes = static_cast<std::uint16_t>(2 * name.size() + 2);
+    entry.type = type, entry.color = ColorBlack, entry.start = start, entry.size = bytes;
+    entry.left = entry.right = entry.child = NoStream;
+  }
+
+  std::string Bytes() const {
+    std::string bytes(std::max<std::size_t>(size, 512 * (Sectors + 1)), 'x');
+    const auto put = [&](std::size_t sector, const void* data) {
+      std::memcpy(&bytes[512 * sector], data, 512);
+    };
+    put(0, &header), put(1, fat.data()), put(2, &entries[0]), put(3, &entries[4]);
+    put(4, miniFat.data());
+    for (const auto& [place, word] : words) std::memcpy(&bytes[place], &word, sizeof word);
+    bytes.resize(size);
+    return bytes;
+  }
+};
+
+/// The names of a file's elements in the order of enumeration, each with how many bytes it gave,
+/// and
+/// "!" when these are not all; for a file that cannot be opened, "corrupt" or "refused".
+std::string Told(const std::string& path) {
+  most = inUse;
+  const std::size_t before = inUse;
+  HRESULT result = S_OK;
+  IStorage* root = OpenForReading(path, &result);
+  EXPECT_LE(most - before, 100000 + 8 * std::filesystem::file_size(path)) << "bytes of memory";
+  if (root == nullptr) {
+    const HRESULT known[] = {STG_E_DOCFILECORRUPT, STG_E_FILEALREADYEXISTS, STG_E_INVALIDHEADER,
+                             STG_E_OLDFORMAT, STG_E_OLDDLL};
+    EXPECT_NE(std::end(known), std::find(std::begin(known), std::end(known), result));
+    return result == STG_E_DOCFILECORRUPT ? "corrupt" : "refused";
+  }
+  std::string outcome;
+  const std::vector<ReadElement> all = ReadAll(root);
+  for (const ReadElement& element : all) {
+    if (&element != &all[0]) outcome += ' ';
+    for (const wchar_t c : element.name) outcome += static_cast<char>(c);
+    if (element.stat.type == STGTY_STREAM) outcome += std::to_string(element.bytes.size());
+    EXPECT_TRUE(element.result == S_OK || element.result == STG_E_DOCFILECORRUPT);
+    if (element.result != S_OK) outcome += '!';
+  }
+  root->Release();
+  return outcome;
+}
+
+struct Case {
+  const char* what;
+  std::function<void(Image&)> spoil;
+  std::string outcome = " Large5000 Small100 Storage Inner0";
+};
+
+void ExpectTold(const std::vector<Case>& cases) {
+  const Folder folder;
+  for (const Case& row : cases) {
+    Image image;
+    row.spoil(image);
+    EXPECT_EQ(row.outcome, Told(folder.Put("file", image.Bytes()))) << row.what;
+  }
+}
+
+// What libgsf and Wine made of the same kinds of elements.
+TEST(StorageDamage, FilesOfOthers) {
+  const std::string files = KEL_STORAGE_FILES;
+  EXPECT_EQ(" Empty0 Large5000 Small5 Storage INNER1 inner5", Told(files + "/gsf.cfb"));
+  EXPECT_EQ(" b63 c10 d10 e10 \351t\35164 last4096 Empty0 large5000 Storage a1 inner65 deeper x200",
+            Told(files + "/wine.cfb"));
+  for (const ReadElement& element : ReadFile(files + "/wine.cfb")) {
+    for (std::size_t i = 0; i < element.bytes.size(); ++i) {
+      ASSERT_EQ('a' + static_cast<int>(i % 26), element.bytes[i]) << i;
+    }
+  }
+}
+
+TEST(StorageDamage, WhatOthersWriteIsRead) {
+  const auto entry = [](std::uint32_t number, auto field, auto value) {
+    return [=](Image& i) { i.entries[number].*field = value; };
+  };
+  using Record = CompoundEntryRecord;
+  ExpectTold({
+      {"as it should be", [](Image&) {}},
+      {"the last sector cut", [](Image& i) { i.size -= 100; }},
+      {"bytes behind the end", [](Image& i) { i.size += 10000; }},
+      {"header: class, minor version, transaction, counts",
+       [](Image& i) {
+         i.header.classId[0] = 9, i.header.transaction = i.header.directorySectors = 9;
+         i.header.minorVersion = 0x21, i.header.miniFatSectors = i.header.fatSectors = 7;
+       }},
+      {"DIFAT: ends as free", [](Image& i) { i.header.difatStart = MarkFree; }},
+      {"FAT: not marked as such", [](Image& i) { i.fat[0] = 0; }},
+      {"FAT: rubbish of free sectors and beyond",
+       [](Image& i) { std::fill(i.fat.begin() + 16, i.fat.end(), 1000U); }},
+      {"FAT: chain longer than its stream", [](Image& i) { i.entries[Large].size = 4608; },
+       " Large4608 Small100 Storage Inner0"},
+      {"root: other name",
+       [](Image& i) {
+         i.Entry(Root, u"R", EntryRoot, 4, 1024);
+         i.entries[Root].child = Small;
+       }},
+      {"root: size of the mini stream too small", entry(Root, &Record::size, 64U)},
+      {"storage with a size", entry(Storage, &Record::size, 99U)},
+      {"storage with a sector", entry(Storage, &Record::start, 99U)},
+      {"stream with children", entry(Large, &Record::child, std::uint32_t{Storage})},
+      {"stream with a time", entry(Large, &Record::created, 99U)},
+      {"size with an upper half", entry(Large, &Record::size, (7ULL << 32) + 5000)},
+      {"colors", entry(Small, &Record::color, std::uint8_t{9})},
+      {"name without its zero", [](Image& i) { i.entries[Storage].name[7] = u'Z'; }},
+      {"name counted with its filling", entry(Large, &Record::nameBytes, std::uint16_t{64})},
+      {"out of order", [](Image& i) { std::swap(i.entries[Small].left, i.entries[Small].right); }},
+      {"a list",
+       [](Image& i) { i.entries[Small].left = NoStream, i.entries[Storage].left = Large; }},
+      {"names that cannot be made", [](Image& i) { i.entries[Large].name[0] = u'/'; },
+       " /arge5000 Small100 Storage Inner0"},
+      {"names that differ in case",
+       [](Image& i) { i.Entry(Large, u"sMALL", EntryStream, 6, 5000); },
+       " Small100 sMALL5000 Storage Inner0"},
+  });
+}
+
+TEST(StorageDamage, WhatMakesNoSenseIsCorrupt) {
+  const auto table = [](auto which, std::uint32_t at, std::uint32_t value) {
+    return [=](Image& i) { (i.*which)[at] = value; };
+  };
+  const auto fat = [&](std::uint32_t at, std::uint32_t value) {
+    return table(&Image::fat, at, value);
+  };
+  const auto mini = [&](std::uint32_t at, std::uint32_t value) {
+    return table(&Image::miniFat, at, value);
+  };
+  const auto link = [](std::uint32_t number, auto field, std::uint32_t value) {
+    return [=](Image& i) { i.entries[number].*field = value; };
+  };
+  using Record = CompoundEntryRecord;
+  ExpectTold({
+      {"chain: loop", fat(12, 8), " Large3584! Small100 Storage Inner0"},
+      {"chain: loop to itself", fat(6, 6), " Large512! Small100 Storage Inner0"},
+      {"chain: loop backwards", [](Image& i) { i.fat[6] = 15, i.fat[15] = 9, i.fat[9] = 15; },
+       " Large1536! Small100 Storage Inner0"},
+      {"chain: beyond the end", fat(10, Sectors + 3), " Large2560! Small100 Storage Inner0"},
+      {"chain: into a mark", fat(10, MarkFree), " Large2560! Small100 Storage Inner0"},
+      {"chain: too short", fat(10, End), " Large2560! Small100 Storage Inner0"},
+      {"chain: begins beyond", link(Large, &Record::start, 100),
+       " Large0! Small100 Storage Inner0"},
+      {"file cut", [](Image& i) { i.size = 512 * 12; }, " Large2560! Small100 Storage Inner0"},
+      {"mini chain: loop", mini(0, 0), " Large5000 Small64! Storage Inner0"},
+      {"mini chain: begins beyond", link(Small, &Record::start, 99),
+       " Large5000 Small0! Storage Inner0"},
+      {"mini stream: shorter than promised", fat(4, End), " Large5000 Small64! Storage Inner0"},
+      {"mini FAT: none", [](Image& i) { i.header.miniFatStart = End; },
+       " Large5000 Small64! Storage Inner0"},
+      {"size beyond all files",
+       [](Image& i) { i.header.majorVersion = 4, i.entries[Large].size = 1ULL << 63; },
+       " Large5120! Small100 Storage Inner0"},
+      {"directory: loop of its sectors", [](Image& i) { i.fat[2] = 1, i.entries[Inner].left = 9; },
+       "corrupt"},
+      {"directory: too short", fat(1, End), "corrupt"},
+      {"directory: loop to the left", link(Large, &Record::left, Large), "corrupt"},
+      {"directory: loop to the right", link(Storage, &Record::right, Small), "corrupt"},
+      {"directory: loop to the root", link(Inner, &Record::left, Root), "corrupt"},
+      {"directory: within itself", link(Storage, &Record::child, Storage), "corrupt"},
+      {"directory: two parents", link(Storage, &Record::child, Large), "corrupt"},
+      {"directory: beyond the end", link(Large, &Record::right, 8), "corrupt"},
+      {"directory: unused entry", link(Large, &Record::right, 5), "corrupt"},
+      {"directory: second root", [](Image& i) { i.entries[Inner].type = EntryRoot; }, "corrupt"},
+      {"directory: no root", [](Image& i) { i.entries[Root].type = EntryStorage; }, "corrupt"},
+      {"directory: odd name", [](Image& i) { i.entries[Inner].nameBytes = 5; }, "corrupt"},
+      {"directory: long name", [](Image& i) { i.entries[Inner].nameBytes = 66; }, "corrupt"},
+      {"directory: no name", [](Image& i) { i.entries[Inner].name[0] = 0; }, "corrupt"},
+      {"directory: one name twice",
+       [](Image& i) { i.Entry(Large, u"Small", EntryStream, 6, 5000); }, "corrupt"},
+      {"DIFAT: loop",
+       [](Image& i) {
+         i.entries[Large].start = 31000, i.header.difatStart = 14, i.size = 32000 * 512;
+         i.words[512 * 15 + 508] = 14;
+       },
+       " Large512! Small100 Storage Inner0"},
+  });
+}
+
+// Whatever byte is spoiled and wherever the file ends, it is refused, or what it tells is read.
+TEST(StorageDamage, EveryByteAndEveryLength) {
+  const Folder folder;
+  const std::string whole = Image().Bytes();
+  const std::string path = folder.Put("file", whole);
+  std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+  const auto put = [&](std::size_t at, char byte) {
+    file.seekp(static_cast<std::streamoff>(at)).put(byte).flush();
+  };
+  for (std::size_t at = 0; at < 2048; ++at) {
+    SCOPED_TRACE(at);
+    for (const int flip : {0x01, 0x80, 0xFF}) {
+      put(at, static_cast<char>(whole[at] ^ flip));
+      Told(path);
+    }
+    put(at, whole[at]);
+  }
+  for (std::size_t size = whole.size(); size-- > 0;) {
+    std::filesystem::resize_file(path, size);
+    EXPECT_EQ(size >= whole.size() - 120, Told(path) == " Large5000 Small100 Storage Inner0")
+        << size;
+  }
+}
+
+// One within another, and one beside another in a tree that is a list: 100,000 of them.
+TEST(StorageDamage, DepthCostsNoCalls) {
+  constexpr std::uint32_t count = 100000;
+  constexpr DWORD mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+  const Folder folder;
+  const std::string path = folder.Path("file");
+  for (const bool nested : {true, false}) {
+    IStorage* root = model::CreateFile(path, 4096);
+    IStorage* parent = root;
+    for (std::uint32_t i = 0; i < count; ++i) {
+      IStorage* made = nullptr;
+      ASSERT_EQ(S_OK, parent->CreateStorage(std::to_wstring(count + i).c_str(), mode, 0, 0, &made));
+      if (parent != root) parent->Release();
+      parent = nested ? made : root;
+      if (!nested) made->Release();
+    }
+    if (nested) parent->Release();
+    root->Release();
+    EXPECT_EQ(count + 1, ReadFile(path).size());
+  }
+  std::string bytes = folder.Text("file");
+  CompoundHeader header;
+  std::memcpy(&header, bytes.data(), sizeof header);
+  auto* entries =
+      reinterpret_cast<CompoundEntryRecord*>(&bytes[4096 * (header.directoryStart + 1)]);
+  for (std::uint32_t i = 1; i <= count; ++i) {
+    entries[i].left = i == 1 ? NoStream : i - 1;
+    entries[i].right = NoStream;
+  }
+  entries[0].child = count;
+  EXPECT_EQ(count + 1, ReadFile(folder.Put("file", bytes)).size());
+}
+
+// A stream of 5 GiB with a byte here and there.
+TEST(StorageDamage, LargeFiles) {
+  constexpr std::uint32_t sector = 4096, words = sector / 4, stream = 5U << 18, fatSectors = 1282;
+  const Folder folder;
+  Image image;
+  image.header.majorVersion = 4, image.header.sectorShift = 12;
+  image.header.directoryStart = stream, image.header.difatStart = stream + 1;
+  image.Entry(Root, u"Root Entry", EntryRoot, End, 0);
+  image.Entry(Large, u"Large", EntryStream, 0, std::uint64_t{stream} * sector);
+  image.entries[Root].child = Large;
+  std::vector<std::uint32_t> fat(std::size_t{fatSectors} * words, MarkFree),
+      difat(2 * words, MarkFree);
+  for (std::uint32_t i = 0; i < stream; ++i) fat[i] = i + 1 < stream ? i + 1 : End;
+  fat[stream] = End, difat[words - 1] = stream + 2;
+  for (std::uint32_t i = 0; i < fatSectors; ++i) {
+    const std::uint32_t beyond = i - HeaderDifatEntries, place = stream + 3 + i;
+    auto& word =
+        i < HeaderDifatEntries ? image.header.difat[i] : difat[beyond + beyond / (words - 1)];
+    word = place;
+  }
+  std::ofstream file(folder.Path("file"), std::ios::binary);
+  const auto put = [&](std::uint64_t at, const void* data, std::size_t size) {
+    file.seekp(static_cast<std::streamoff>(at));
+    file.write(static_cast<const char*>(data), static_cast<std::streamsize>(size));
+  };
+  const auto offset = [&](std::uint64_t number) { return (number + 1) * sector; };
+  put(0, &image.header, 512);
+  put(offset(stream), image.entries.data(), 1024);
+  put(offset(stream + 1), difat.data(), difat.size() * 4);
+  put(offset(stream + 3), fat.data(), fat.size() * 4);
+  const std::uint64_t places[] = {0, 1ULL << 32, (1ULL << 32) + 12345,
+                                  std::uint64_t{stream} * sector - 1};
+  for (const std::uint64_t place : places) put(sector + place, "!", 1);
+  file.close();
+
+  HRESULT result = S_OK;
+  IStorage* root = OpenForReading(folder.Path("file"), &result);
+  IStream* opened = nullptr;
+  ASSERT_NE(nullptr, root);
+  ASSERT_EQ(S_OK,
+            root->OpenStream(L"Large", nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &opened));
+  for (const std::uint64_t place : places) {
+    char byte = 0;
+    LARGE_INTEGER to;
+    to.QuadPart = static_cast<LONGLONG>(place);
+    EXPECT_EQ(S_OK, opened->Seek(to, STREAM_SEEK_SET, nullptr));
+    EXPECT_EQ(S_OK, opened->Read(&byte, 1, nullptr));
+    EXPECT_EQ('!', byte) << place;
+  }
+  opened->Release();
+  root->Release();
+}
+
+}  // namespace
