@@ -84,7 +84,7 @@ class Records {
         CompoundEntryRecord record;
         const Outcome outcome = Get(at, &record);
         if (outcome != Outcome::Done) return outcome;
-        if (at == 0 || !reached_.Add(at)) return Outcome::Corrupt;
+        if (!reached_.Add(at)) return Outcome::Corrupt;
         above.emplace_back(at, record.right);
         at = record.left;
       } else {

@@ -16,11 +16,12 @@
 namespace {
 
 std::size_t inUse = 0, most = 0;  // bytes of memory
+int untilFailure = -1;            // allocations; below zero none fails
 
 }  // namespace
 
 void* operator new(std::size_t size) {
-  void* memory = std::malloc(size);
+  void* memory = untilFailure-- == 0 ? nullptr : std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
   most = std::max(most, inUse += malloc_usable_size(memory));
   return memory;
@@ -278,6 +279,37 @@ TEST(StorageDamage, EveryByteAndEveryLength) {
     std::filesystem::resize_file(path, size);
     EXPECT_EQ(size >= whole.size() - 120, Told(path) == " Large5000 Small100 Storage Inner0")
         << size;
+  }
+}
+
+// Whichever allocation fails, that is what is told, and what was opened before goes on.
+TEST(StorageDamage, EveryAllocationFails) {
+  const std::string file = KEL_STORAGE_FILES "/wine.cfb";
+  const std::wstring path(file.begin(), file.end());
+  const auto expect = [](HRESULT result) {
+    EXPECT_TRUE(result == S_OK || result == E_OUTOFMEMORY);
+  };
+  for (int n = 0;; ++n) {
+    IStorage* root = nullptr;
+    IStream* stream = nullptr;
+    IEnumSTATSTG* list = nullptr;
+    char bytes[5000];
+    untilFailure = n;
+    expect(StgOpenStorage(path.c_str(), nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &root));
+    if (root != nullptr) {
+      expect(root->EnumElements(0, nullptr, 0, &list));
+      expect(root->OpenStream(L"large", nullptr, STGM_SHARE_EXCLUSIVE, 0, &stream));
+      if (stream != nullptr) expect(stream->Read(bytes, sizeof bytes, nullptr));
+    }
+    const bool hasFailed = untilFailure < 0;
+    untilFailure = -1;
+    if (stream != nullptr) {
+      EXPECT_EQ(S_OK, stream->Read(bytes, sizeof bytes, nullptr));
+      stream->Release();
+    }
+    if (list != nullptr) list->Release();
+    if (root != nullptr) root->Release();
+    if (!hasFailed) break;
   }
 }
 

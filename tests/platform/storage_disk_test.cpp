@@ -17,6 +17,7 @@
 
 #include "tests/failing_disk.h"
 #include "tests/folder.h"
+#include "tests/platform/read_storage.h"
 #include "tests/platform/storage_model.h"
 
 namespace {
@@ -297,6 +298,25 @@ TEST_P(StorageDisk, ExactlyEnoughSpace) {
     run.End();
     model::ExpectFileHolds(place + "/scene", run.Model());
     needed = (std::filesystem::file_size(place + "/scene") + 4095) / 4096 * 4096;
+  }
+}
+
+// Whichever call fails while a file is read, that is told; what is told as read is right.
+TEST_P(StorageDisk, EveryCallFailsWhileReading) {
+  const std::string path = folder.Path("read");
+  model::RandomRun(path, 3, GetParam(), 100);
+  const std::vector<ReadElement> whole = ReadFile(path);
+  for (int n = 1;; ++n) {
+    FailingDisk disk(n, EIO, FailingDisk::Mode::Once);
+    const std::vector<ReadElement> read = ReadFile(path);
+    for (std::size_t i = 0; i < read.size(); ++i) {
+      const HRESULT refused = n < 3 ? STG_E_ACCESSDENIED : STG_E_READFAULT;
+      const bool isRight =
+          read[i].result == S_OK ? whole[i].bytes == read[i].bytes : read[i].result == refused;
+      EXPECT_TRUE(isRight) << "call " << n << ", element " << i;
+    }
+    EXPECT_TRUE(read.size() == whole.size() || read[0].result != S_OK);
+    if (!disk.HasFailed()) break;
   }
 }
 
