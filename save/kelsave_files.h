@@ -12,20 +12,17 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "kelsave.h"
 
 #ifndef _WIN32
-#include <sys/stat.h>
-
 #include "platform/host_strings.h"
 #endif
 
@@ -49,8 +46,8 @@ inline std::string TextOf(HRESULT code) {
       {STG_E_MEDIUMFULL, "the disk is full"},
       {STG_E_DISKISWRITEPROTECTED, "the disk is read-only"},
       {STG_E_WRITEFAULT, "the disk cannot be written"},
-      {STG_E_READFAULT, "the disk cannot be read"},
-      {STG_E_SEEKERROR, "the disk cannot be read"},
+      {STG_E_READFAULT, "it cannot be read to its end"},
+      {STG_E_SEEKERROR, "it cannot be read to its end"},
       {STG_E_FILEALREADYEXISTS, "it is no compound file"},
       {STG_E_INVALIDHEADER, "it is no compound file that can be read"},
       {STG_E_OLDFORMAT, "it is of a format that is too old"},
@@ -94,7 +91,9 @@ inline std::wstring Wide(const std::string& text) {
   MultiByteToWideChar(CP_ACP, 0, text.data(), size, &wide[0], static_cast<int>(wide.size()));
   return wide;
 #else
-  return static_cast<wchar_t*>(WStr(text.c_str()));
+  WStr wide(text.c_str());
+  if (wide == nullptr) throw std::bad_alloc();
+  return static_cast<wchar_t*>(wide);
 #endif
 }
 

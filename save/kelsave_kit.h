@@ -343,7 +343,7 @@ inline bool Belongs(const std::string& backup, const std::string& file) {
 inline bool CouldNotLook(HRESULT result) {
   for (const HRESULT code :
        {STG_E_ACCESSDENIED, E_ACCESSDENIED, STG_E_SHAREVIOLATION, STG_E_LOCKVIOLATION,
-        STG_E_READFAULT, STG_E_TOOMANYOPENFILES, STG_E_INSUFFICIENTMEMORY, E_OUTOFMEMORY}) {
+        STG_E_TOOMANYOPENFILES, STG_E_INSUFFICIENTMEMORY, E_OUTOFMEMORY}) {
     if (result == code) return true;
   }
   return false;
@@ -363,7 +363,7 @@ inline HRESULT WhyNotCreated(const std::string& file) {
   DWORD error = open(OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
   if (error == ERROR_FILE_NOT_FOUND) error = open(CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE);
   // The codes of storages continue the older ones of the system.
-  if (error == ERROR_INVALID_NAME) return STG_E_INVALIDNAME;
+  if (error == ERROR_INVALID_NAME || error == ERROR_FILENAME_EXCED_RANGE) return STG_E_INVALIDNAME;
   if (error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL) return STG_E_MEDIUMFULL;
   return error == ERROR_SUCCESS ? E_FAIL : static_cast<HRESULT>(0x80030000U | (error & 0xFFFFU));
 #else
