@@ -91,7 +91,8 @@ class Saver;
 /// examined or is in use, or that could not be kept. If a writer fails, or the new file cannot be
 /// created or finished, there is no file of that name afterwards, and the old version is the
 /// backup: RestoreBackup brings it back. An old version that was not whole, or no scene at all, is
-/// never the backup; it lies beside it with ".incomplete" after the name.
+/// never the backup: it lies beside it, with ".incomplete" after the name, and is back if the save
+/// failed.
 SaveResult SaveScene(Saver& saver, const std::string& file,
                      const SaveOptions& options = {}) noexcept;
 
@@ -169,6 +170,7 @@ class Saver : public SaveInterface {
   std::string WhyNotBegin(const std::string& file);
   std::string PrepareBackup(const std::string& file);
   std::string MoveAside(const std::string& file);
+  void PutBack(const std::string& file) const;
   RestoreResult Restore(const std::string& file) const;
 
   template <typename Call>
@@ -225,7 +227,7 @@ class Saver : public SaveInterface {
       Fail("the new file cannot be written");
     }
   }
-  int WantsBackup() final { return backupWanted_ ? 1 : 0; }
+  int WantsBackup() final { return 1; }  // of a file that exists
   void SaveFailed() final {}
   void AnnounceSection(const char* name) final {
     Guard([&] { Announce(name); });
@@ -241,10 +243,10 @@ class Saver : public SaveInterface {
   SaveOptions options_;
   std::string backupFolder_;
   bool alternateName_ = false;
-  bool exists_ = false;  // the file that is replaced
-  bool backupWanted_ = false;
+  bool exists_ = false;  // the old file, where it was
   bool failed_ = false;
   std::string reason_;
+  std::string aside_;            // where the old file went if it was not whole
   IStorage* storage_ = nullptr;  // the library's, while the writers run
 };
 
@@ -380,14 +382,12 @@ inline std::string Saver::WhyNotBegin(const std::string& file) {
   std::error_code ignored;
   const fs::file_status status = fs::status(detail::Native(file), ignored);
   exists_ = fs::is_regular_file(status);
-  backupWanted_ = false;
   if (fs::exists(status) && !exists_) return detail::ReasonOf(file, STG_E_ACCESSDENIED);
   if (!exists_ || !options_.backup) return "";
   std::string reason;
   const HRESULT result = detail::Examine(file, STGM_SHARE_EXCLUSIVE, reason);
   if (detail::CouldNotLook(result)) return reason;
   reason = SUCCEEDED(result) ? PrepareBackup(file) : MoveAside(file);
-  backupWanted_ = SUCCEEDED(result);
   return reason.empty() ? "" : "the old version cannot be kept: " + reason;
 }
 
@@ -419,15 +419,25 @@ inline std::string Saver::MoveAside(const std::string& file) {
   std::error_code error;
   fs::create_directories(detail::Native(BackupFolder(file)), error);
   if (error) return error.message();
-  fs::rename(detail::Native(file), detail::Native(detail::AsidePath(BackupPath(file))), error);
+  aside_ = detail::AsidePath(BackupPath(file));
+  fs::rename(detail::Native(file), detail::Native(aside_), error);
+  if (error) return error.message();
   exists_ = false;
-  return error ? error.message() : "";
+  return "";
+}
+
+inline void Saver::PutBack(const std::string& file) const {
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  if (aside_.empty() || fs::exists(detail::Native(file), ignored)) return;
+  fs::rename(detail::Native(aside_), detail::Native(file), ignored);
 }
 
 inline SaveResult Saver::Run(const std::string& file, const SaveOptions& options) {
   options_ = options;
   failed_ = false;
   reason_.clear();
+  aside_.clear();
   std::string reason = WhyNotBegin(file);
   if (!reason.empty()) return {SaveOutcome::NotSaved, reason};
   SetSaveInterface(this);
@@ -437,8 +447,9 @@ inline SaveResult Saver::Run(const std::string& file, const SaveOptions& options
   const bool created = storage_ != nullptr;
   storage_ = nullptr;
   if (result == 1) return {SaveOutcome::Saved, ""};
-  if (failed_ || created) return {SaveOutcome::NotSaved, reason_};
-  return {SaveOutcome::NotSaved, detail::ReasonOf(file, detail::WhyNotCreated(file))};
+  reason = created ? reason_ : detail::ReasonOf(file, detail::WhyNotCreated(file));
+  PutBack(file);
+  return {SaveOutcome::NotSaved, reason};
 }
 
 inline RestoreResult Saver::Restore(const std::string& file) const {

@@ -17,12 +17,12 @@ namespace {
 class BytesSaver : public kel::Saver {
  public:
   std::size_t size = 10;
-  std::function<void()> trouble = [] {};
+  std::function<void(IStorage&)> trouble = [](IStorage&) {};
 
  private:
   void WriteScene(IStorage& file) override {
     kel::WriteAll(*kel::CreateStream(file, L"Bytes"), std::string(size, 'b'));
-    trouble();
+    trouble(file);
   }
 };
 
@@ -96,7 +96,7 @@ TEST_F(KitFaults, ASymbolicLink) {
   const std::string link = folder.Path("link.kel");
   ASSERT_EQ(0, symlink("scene.kel", link.c_str()));
   EXPECT_TRUE(kel::SaveScene(saver, link));
-  saver.trouble = [] { throw std::runtime_error("trouble"); };
+  saver.trouble = [](IStorage&) { throw std::runtime_error("trouble"); };
   EXPECT_FALSE(kel::SaveScene(saver, link));
   EXPECT_FALSE(std::filesystem::exists(file));
   EXPECT_TRUE(kel::RestoreBackup(saver, link));
@@ -115,7 +115,10 @@ TEST_F(KitFaults, ACrashDoesNotPushOutTheLastVersion) {
   EXPECT_EQ("", Save(10));
   EXPECT_EQ("", Save(11));
   for (const std::size_t size : {20U, 5'000'000U}) {
-    saver.trouble = [] { _exit(0); };
+    saver.trouble = [](IStorage& root) {
+      root.Commit(STGC_DEFAULT);  // what is there can be opened from here on
+      _exit(0);
+    };
     EXPECT_TRUE(InAProcess([&] { return Save(size).empty() && false; }));
     EXPECT_FALSE(kel::IsWhole(file));
   }
@@ -124,7 +127,7 @@ TEST_F(KitFaults, ACrashDoesNotPushOutTheLastVersion) {
   EXPECT_NE("", folder.Text("scene.kel.backup/KelBackup.bak.incomplete"));
   // A host that does not ask for the backup and saves on keeps it until that save is whole.
   EXPECT_TRUE(InAProcess([&] { return Save(12).empty() && false; }));
-  saver.trouble = [] { throw std::runtime_error("again"); };
+  saver.trouble = [](IStorage&) { throw std::runtime_error("again"); };
   EXPECT_EQ("again", Save(13));
   EXPECT_TRUE(kel::RestoreBackup(saver, file));
   EXPECT_EQ(11U, Size(file));

@@ -117,7 +117,9 @@ TEST_F(Kit, TurnsWhateverAWriterDoesIntoAReason) {
   }
   saver.trouble = [](IStorage&) {};
   saver.announced = [] { throw std::runtime_error("announced"); };
+  saver.order.clear();
   EXPECT_EQ("announced", Save("new"));
+  EXPECT_EQ("S65A", saver.order);
 }
 
 TEST_F(Kit, TellsASaveWithinASave) {
@@ -151,6 +153,16 @@ TEST_F(Kit, TakesOnlyAWholeBackupOfThisScene) {
   fs::last_write_time(native, time);
   EXPECT_EQ("the backup: ", Restore().substr(0, 12));
   EXPECT_FALSE(fs::exists(file));
+}
+
+TEST_F(Kit, KeepsAFileOfAnotherKindBesideTheBackup) {
+  folder.Put("scene.kel", "some text");
+  saver.trouble = [](IStorage&) { throw std::runtime_error("trouble"); };
+  EXPECT_EQ("trouble", Save("one"));
+  EXPECT_EQ("some text", folder.Text("scene.kel"));
+  saver.trouble = [](IStorage&) {};
+  EXPECT_EQ("saved", Save("two"));
+  EXPECT_EQ("some text", folder.Text("scene.kel.backup/KelBackup.bak.incomplete"));
 }
 
 // A save that does not fit leaves everything as it was, the older backup too.
