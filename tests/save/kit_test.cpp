@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 
 #include "tests/folder.h"
@@ -86,6 +87,28 @@ TEST_F(Kit, SavesAndKeepsTheOldVersion) {
   EXPECT_EQ("not needed", Restore());
   EXPECT_EQ("saved", Save("three", {false, 0}));
   EXPECT_EQ("one", Look(saver.BackupPath(file)));
+  EXPECT_THROW(kel::ReadAll<int>(*kel::OpenStream(*kel::OpenScene(file), L"Text")), kel::Error);
+}
+
+// Of a path with '/' the library compares the folders, too, with the names that it spares.
+TEST_F(Kit, KeepsTheOldVersionInAnyFolder) {
+  const fs::path before = fs::current_path();
+  fs::current_path(folder.Root());
+  fs::create_directory("KelBacks");
+  for (int save = 0; save < 2; ++save) EXPECT_TRUE(kel::SaveScene(saver, "KelBacks/scene.kel"));
+  EXPECT_TRUE(kel::IsWhole(saver.BackupPath("KelBacks/scene.kel")));
+  fs::current_path(before);
+}
+
+TEST_F(Kit, MissesTheEndOfAStream) {
+  Save(std::string(100000, 't'));
+  std::string bytes = folder.Text("scene.kel");
+  std::uint32_t fat = 0;
+  std::memcpy(&fat, &bytes[76], sizeof fat);
+  EXPECT_TRUE(kel::IsWhole(file));
+  bytes.replace((fat + 1) * 4096U + 4 * 10, 4, "\xFE\xFF\xFF\xFF", 4);  // the chain ends there
+  std::ofstream(file, std::ios::binary) << bytes;
+  EXPECT_FALSE(kel::IsWhole(file));
 }
 
 TEST_F(Kit, TurnsWhateverAWriterDoesIntoAReason) {

@@ -19,7 +19,8 @@ constexpr std::size_t DirectorySectors = 40, FirstDirectorySector = 48, FirstMin
                       MiniFatSectors = 64;
 constexpr std::size_t StartField = 116;  // of a directory entry
 // Of all paths together: without a limit, nested storages take the square of the file's size.
-constexpr std::size_t MaxPathUnits = 1 << 26;
+constexpr std::size_t MaxPathUnits = 1 << 24;
+constexpr std::size_t PathUnitsPerEntry = 64;
 
 /// What the sectors hold, in the order in which it is checked:
 ///   directory  a chain of sectors of 128-byte entries, entry 0 the root
@@ -43,7 +44,7 @@ class Checker {
     ReadMiniFat();
     CheckStorages();
     CheckLeftovers();
-    if (pathUnits_ > MaxPathUnits) complaints_.Unusual("directory", "paths are too long to list");
+    if (ArePathsTooLong()) complaints_.Unusual("directory", "paths are too long to list");
     sectors_.CheckRangeLock();
     sectors_.fat.CheckLeaks();
     miniFat_.CheckLeaks();
@@ -143,8 +144,12 @@ class Checker {
     }
   }
 
+  bool ArePathsTooLong() const {
+    return pathUnits_ > MaxPathUnits + PathUnitsPerEntry * entries_.size();
+  }
+
   std::u16string PathOf(std::size_t storage, std::size_t member) const {
-    if (storage == 0 || pathUnits_ > MaxPathUnits) return entries_[member].name;
+    if (storage == 0 || ArePathsTooLong()) return entries_[member].name;
     return (entries_[storage].entry.path + u'/').append(entries_[member].name);
   }
 
