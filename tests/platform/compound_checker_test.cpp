@@ -27,7 +27,7 @@ void Put(std::string& bytes, std::size_t offset, int width, std::uint64_t value)
 void WriteStream(IStorage* storage, const wchar_t* name, std::size_t size) {
   IStream* stream = nullptr;
   ASSERT_EQ(S_OK, storage->CreateStream(name, Mode, 0, 0, &stream));
-  const std::string bytes(size, 'a');
+  const std::string bytes(size, static_cast<char>(*name));  // all different
   ASSERT_EQ(S_OK, stream->Write(bytes.data(), static_cast<ULONG>(size), nullptr));
   stream->Release();
 }
@@ -184,8 +184,17 @@ TEST(CompoundChecker, GradesLengthsAndTheRangeLock) {
                                                        : 1)
         << findings.Text();
   }
-  for (std::size_t cut = 0; cut < length; ++cut) {
-    EXPECT_TRUE(CheckText(good.substr(0, cut)).IsDamaged()) << cut;
+  std::string cut = good;  // the last sector of A is a new one, of which 100 bytes are there
+  Put(cut, PlaceOf(good, 512, "FAT") + 4 * 6, 4, length / 512 - 1);
+  Put(cut, lastWord, 4, End);
+  cut.resize(length + 100);
+  EXPECT_NE(std::string::npos, CheckText(cut).Text().find("/A: is cut off by the end"));
+  std::string looped = good;
+  Put(looped, 68, 4, 0);  // a DIFAT of the first sector, which names itself as the next
+  Put(looped, 2 * 512 - 4, 4, 0);
+  EXPECT_TRUE(CheckText(looped).IsDamaged());
+  for (std::size_t shorter = 0; shorter < length; ++shorter) {
+    EXPECT_TRUE(CheckText(good.substr(0, shorter)).IsDamaged()) << shorter;
   }
 }
 
