@@ -191,7 +191,8 @@ inline void Check(HRESULT result, IStream& stream) {
   if (SUCCEEDED(result)) return;
   STATSTG status = {};
   stream.Stat(&status, STATFLAG_DEFAULT);
-  throw Error(result, Narrow(TakeName(status)) + ": " + TextOf(result));
+  const std::string name = Narrow(TakeName(status));
+  throw Error(result, name.empty() ? TextOf(result) : name + ": " + TextOf(result));
 }
 
 template <typename Owner, typename Call>
