@@ -2,8 +2,9 @@
 
 /// KelSave: saves the scenes of a 3-D editor into compound files.
 ///
-/// This is the one header a host needs. A host implements `SaveInterface`, registers the object
-/// once with `SetSaveInterface` and calls `SaveToFileDLL` for every save:
+/// This is all that a host needs, and the kit over it, `kelsave_kit.h`, does most of a host's part.
+/// Without the kit a host implements `SaveInterface`, registers the object once with
+/// `SetSaveInterface` and calls `SaveToFileDLL` for every save:
 ///
 ///   MySaver saver;                               // implements SaveInterface
 ///   SetSaveInterface(&saver);
