@@ -5,7 +5,6 @@
 #include <climits>
 
 #include "platform/window.h"
-#include "platform/wrapping.h"
 
 namespace {
 
@@ -105,14 +104,5 @@ TEST(Slider, Adjust) {
 }
 
 #endif
-
-TEST(Wrapping, EveryOperandIsGood) {
-  EXPECT_EQ(Sum(INT_MAX, 1), INT_MIN);
-  EXPECT_EQ(Difference(INT_MIN, 1), INT_MAX);
-  EXPECT_EQ(Quotient(INT_MIN, -1), INT_MIN);
-  EXPECT_EQ(Magnitude(INT_MIN), INT_MIN);
-  EXPECT_EQ(Truncated(2147483647.9), INT_MAX);
-  EXPECT_EQ(Truncated(2147483648.0), INT_MIN);
-}
 
 }  // namespace
