@@ -55,7 +55,7 @@ wchar_t TakeUtf8(const char*& text) {
 
 bool ToUtf8(const wchar_t* text, std::string* utf8) {
   for (; *text != 0; ++text) {
-    const auto character = static_cast<std::uint32_t>(*text);
+    const auto character = static_cast<char32_t>(*text);
     if (character >= FirstKeptByte && character <= LastKeptByte) {
       *utf8 += static_cast<char>(character & 0xFFU);
     } else if (IsCharacter(character)) {

@@ -22,7 +22,7 @@ using KelWindowWord = HWND;
 
 /// Handles are pointers to records nobody may look into. The one of a window holds a number of 32
 /// bits and no address, so that a record can keep it in one word (KelWindowWord).
-using HWND = struct HWND__*;
+using HWND = struct HWND__*;  // NOLINT(bugprone-reserved-identifier): the system's own name
 using HCURSOR = struct KelCursor*;
 using HINSTANCE = struct KelModule*;
 using HMODULE = HINSTANCE;

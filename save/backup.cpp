@@ -32,7 +32,7 @@ const unsigned char* Bytes(const char* text) {
 }
 
 // Deliberate: only the backslash counts, so a path with '/' keeps its folders in the bare name.
-// Held by the rows "forward slash" in save_driver_test.cpp.
+// Held by SparedNames in backup_test.cpp.
 CStr BareName(const char* fileName) {
   CStr name(fileName);
   const int separator = name.last('\\');
@@ -56,7 +56,7 @@ bool Compose(SaveInterface& host, PathBuffer& path) {
 }
 
 // Deliberate: no result is looked at. If the move fails the save overwrites the old file in place.
-// Held by the rows "rename refused" in save_driver_test.cpp.
+// Held by WhatIsLeft in backup_test.cpp.
 void Replace(const char* backupPath, const LinkTarget& target) {
   if (target.IsFile(backupPath)) return;
   files::remove(backupPath);

@@ -67,7 +67,7 @@ int SetKelProcess(SliderRecord* slider, int mode, int newPosition, int step, int
 }
 
 // Deliberate: the width is that of ReviseKelProcess for a margin of 16, but without its lower bound
-// of 1: it may be zero or negative. Held by ZeroWidth and NegativeWidth in slider_test.cpp.
+// of 1: it may be zero or negative. Held by Adjust in slider_test.cpp.
 int AdjustKelProcess(SliderRecord* slider, int mode, int pixels, int step, RECT* track,
                      RECT* thumb) {
   const int range = Difference(slider->upper, slider->lower);

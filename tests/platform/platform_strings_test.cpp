@@ -32,6 +32,7 @@ TEST(HostStrings, WideText) {
       {"a\xE2\x82", L"a\xDCE2\xDC82"},                    // cut short
       {"\xC0\xAF", L"\xDCC0\xDCAF"},                      // a longer form than needed
       {"\xED\xA0\x80", L"\xDCED\xDCA0\xDC80"},            // half a pair
+      {"\xED\xBF\xBF", L"\xDCED\xDCBF\xDCBF"},            // the other half
       {"\xF4\x90\x80\x80", L"\xDCF4\xDC90\xDC80\xDC80"},  // beyond the last character
       {"\x80\xFF", L"\xDC80\xDCFF"},
   };

@@ -39,11 +39,16 @@ void* __wrap_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
 void* __wrap_malloc(std::size_t size) { return Fails() ? nullptr : __real_malloc(size); }
 }
 
-// The other forms of the allocation function end in this one.
+// All forms, as a checker of memory demands.
 void* operator new(std::size_t size) {
   void* memory = std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
+void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }

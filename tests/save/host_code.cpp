@@ -1,4 +1,5 @@
 // Host code as it is written for Windows: it compiles on every system. Nothing runs it.
+// NOLINTBEGIN(google-readability-casting,modernize-use-nullptr)
 
 #include <kelsave.h>
 
@@ -26,3 +27,4 @@ CStr Named() {
   return s;
 }
 #endif
+// NOLINTEND(google-readability-casting,modernize-use-nullptr)

@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
@@ -20,6 +19,16 @@ const std::string Meshes(600000, 'm');  // more than a piece of the file
 constexpr unsigned char SceneClass[] = {0x91, 0x0C, 0x3E, 0x5A, 0x7D, 0x2B, 0x16, 0x4F,
                                         0x8C, 0x4A, 0xD0, 0x7E, 0x93, 0xB1, 0xF2, 0x58};
 
+/// Arguments as a text that takes no memory.
+struct Shown {
+  char text[40];
+
+  template <typename... Arguments>
+  explicit Shown(const char* format, Arguments... arguments) {
+    std::snprintf(text, sizeof text, format, arguments...);
+  }
+};
+
 }  // namespace
 
 bool RecordingHost::IsWhole(const std::string& path) {
@@ -36,14 +45,9 @@ bool RecordingHost::IsWhole(const std::string& path) {
          holds(u"Title", Title) && holds(u"Meshes", Meshes);
 }
 
-void RecordingHost::Note(const char* format, ...) {
-  char call[100];
-  std::va_list arguments;
-  va_start(arguments, format);
-  std::vsnprintf(call, sizeof call, format, arguments);
-  va_end(arguments);
+void RecordingHost::Note(const char* call, const char* arguments) {
   if (!calls.empty()) calls += ' ';
-  calls += call;
+  calls.append(call).append(arguments);
   const std::size_t length = calls.size();
   if (SaveToFileDLL("nested", 1, 0, 0) != 1 || calls.size() != length) calls += "[nested save]";
   if (KelCurrentCursor() != 32514) calls += "[cursor]";
@@ -52,7 +56,7 @@ void RecordingHost::Note(const char* format, ...) {
 
 // When the outcome is reported only the reference that the host took for itself may be left.
 void RecordingHost::NoteOutcome(const char* call) {
-  Note("%s", call);
+  Note(call);
   if (kept_ == nullptr) return;
   kept_->AddRef();
   if (kept_->Release() != 1) calls += "[storage held]";
@@ -65,7 +69,7 @@ ULONG RecordingHost::ReleaseKept() {
 }
 
 int RecordingHost::Write(const char* writer, const wchar_t* name, const std::string& bytes) {
-  Note("%s", writer);
+  Note(writer);
   IStream* stream = nullptr;
   const DWORD mode = STGM_CREATE | STGM_WRITE | STGM_SHARE_EXCLUSIVE;
   if (failing == writer || FAILED(storage_->CreateStream(name, mode, 0, 0, &stream))) return -1;
@@ -89,25 +93,27 @@ int RecordingHost::SaveSection1() {
 
 void* RecordingHost::OpenScene(const wchar_t* name, int code, int sceneArgument) {
   const char* known = std::wcscmp(name, L"Scene") == 0 ? "Scene" : "?";
-  Note("OpenScene:%s,%d,%d", known, code, sceneArgument);
+  Note("OpenScene:", Shown("%s,%d,%d", known, code, sceneArgument).text);
   return this;
 }
 
 int RecordingHost::FileExists(const char* fileName) {
   const NativePath path(fileName);
   struct stat status;
-  Note("FileExists:%s", std::strrchr(path.Text(), '/') + 1);
+  Note("FileExists:", std::strrchr(path.Text(), '/') + 1);
   return stat(path.Text(), &status) == 0 ? 1 : 0;
 }
 
 void RecordingHost::UpdateAfterSave(int first, int second) {
-  Note("UpdateAfterSave:%d,%d", first, second);
+  Note("UpdateAfterSave:", Shown("%d,%d", first, second).text);
 }
 
-void RecordingHost::RunAfterSaveStep(int step) { Note("RunAfterSaveStep:%d", step); }
+void RecordingHost::RunAfterSaveStep(int step) {
+  Note("RunAfterSaveStep:", Shown("%d", step).text);
+}
 
 const char* RecordingHost::GetDirectory(int number) {
-  Note("GetDirectory:%d", number);
+  Note("GetDirectory:", Shown("%d", number).text);
   return directory.c_str();
 }
 

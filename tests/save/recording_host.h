@@ -54,18 +54,18 @@ class RecordingHost : public SaveInterface {
   void SetStorage(IStorage* storage) override;
   int WantsBackup() override { return Answer("WantsBackup", wantsBackup); }
   void SaveFailed() override { NoteOutcome("SaveFailed"); }
-  void AnnounceSection(const char* name) override { Note("Announce:%s", name); }
+  void AnnounceSection(const char* name) override { Note("Announce:", name); }
   void MarkSaved() override { NoteOutcome("MarkSaved"); }
   bool SaveSection5First() override { return Answer("SaveSection5First", section5First); }
 
  private:
-  [[gnu::format(printf, 2, 3)]] void Note(const char* format, ...);
+  void Note(const char* call, const char* arguments = "");
   void NoteOutcome(const char* call);
   int Write(const char* writer, const wchar_t* name, const std::string& bytes);
 
   template <typename Result>
   Result Answer(const char* call, Result result) {
-    Note("%s", call);
+    Note(call);
     return result;
   }
 

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/files.h"
 #include "tests/failing_disk.h"
 #include "tests/save/failing_memory.h"
 #include "tests/save/recording_host.h"
@@ -23,7 +24,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const std::string Old(100000, 'o');
+const std::string Old(99999, 'o');
 constexpr const char* Memory = "/dev/shm";  // waiting for the disk takes no time there
 
 /// What a folder holds: a word for each entry.
@@ -89,6 +90,10 @@ struct Scene : Situation {
     if (fs::exists(file)) fs::permissions(file, fs::perms::owner_write, fs::perm_options::add);
     EXPECT_EQ(Save(), 1) << "the next save";
     EXPECT_TRUE(RecordingHost::IsWhole(file));
+    if (isNew && IsBackedUp()) {
+      const Folder& backups = IsMoved(kind) ? other : folder;
+      EXPECT_TRUE(RecordingHost::IsWhole(backups.Path("KelBackup.bak"))) << "the next backup";
+    }
   }
 };
 
@@ -153,27 +158,37 @@ TEST(SaveLinks, ToTheBackupItself) {
   EXPECT_EQ(std::count(disk.Calls().begin(), disk.Calls().end(), "Remove"), 1);
 }
 
-// No fault shows what was not waited for.
-TEST(SaveOrder, AMovedFileIsOnTheDiskBeforeItIsDeleted) {
-  std::string calls;
-  int sync = 0;
-  {
-    const FailingDisk disk;
-    EXPECT_EQ(Scene(BackupOnOtherFileSystem).Save(), 1);
-    for (const std::string& call : disk.Calls()) {
-      calls += call + " ";
-      if (sync == 0 && call == "SyncFolder")
-        sync = static_cast<int>(&call - disk.Calls().data()) + 1;
+// A moved file is in one place or the other, whole; which one, the result tells.
+TEST(MoveFaults, FailingDisk) {
+  for (const bool hasNameless : {true, false}) {
+    for (const FailingDisk::Mode mode : {FailingDisk::Mode::Once, FailingDisk::Mode::FromThenOn}) {
+      bool reached = true;
+      for (int n = 1; reached && !HasFailure(); ++n) {
+        const Folder here;
+        const Folder there(Memory);
+        const std::string from = here.Put("from", Old);
+        FailingDisk disk(n, EIO, mode);
+        disk.hasNameless = hasNameless;
+        const int result = files::rename(from.c_str(), there.Path("to").c_str());
+        reached = disk.HasFailed();
+        SCOPED_TRACE(std::to_string(n) + " " + disk.Calls().back());
+        EXPECT_EQ(Look(here), result == 0 ? "" : "from=old ");
+        if (result == 0 || mode == FailingDisk::Mode::Once) {
+          EXPECT_EQ(Look(there), result == 0 ? "to=old " : "");
+        }
+      }
     }
   }
+}
+
+// No fault shows what was not waited for.
+TEST(MoveFaults, TheCopyIsOnTheDiskBeforeTheFileIsDeleted) {
+  const FailingDisk disk;
+  EXPECT_EQ(Scene(BackupOnOtherFileSystem).Save(), 1);
+  std::string calls;
+  for (const std::string& call : disk.Calls()) calls += call + " ";
   EXPECT_NE(calls.find("SetAttributes Sync Show SyncFolder Close Remove "), std::string::npos)
       << calls;
-  for (const int call : {sync, sync + 2}) {
-    Scene scene(BackupOnOtherFileSystem);
-    const FailingDisk disk(call);
-    EXPECT_EQ(scene.Save(), 1);
-    EXPECT_EQ(Look(scene.other), "") << "a copy of a file that was not moved, after " << call;
-  }
 }
 
 }  // namespace
