@@ -1,6 +1,8 @@
 #include "calc/numbers.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -136,14 +138,101 @@ bool ReadSigned(CaCharacterSource& source, double& number) {
   return true;
 }
 
-char* WriteFixed(char* to, double number, int decimals, int width) {
-  char* end = to;
-  if (std::isfinite(number)) {
-    end = std::to_chars(to, to + LongestFixed, number, std::chars_format::fixed, decimals).ptr;
-  } else {
-    if (std::signbit(number)) *end++ = '-';
-    end = std::copy_n(std::isnan(number) ? "nan" : "inf", 3, end);
+namespace {
+
+/// Digits in pairs: 00 01 02 ... 99.
+constexpr std::array<char, 200> PairsOfDigits = [] {
+  std::array<char, 200> pairs{};
+  for (std::size_t i = 0; i < 100; ++i) {
+    pairs[2 * i] = static_cast<char>('0' + i / 10);
+    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
   }
+  return pairs;
+}();
+
+char* WritePair(char* to, std::uint32_t number) {
+  std::memcpy(to, PairsOfDigits.data() + 2 * number, 2);
+  return to + 2;
+}
+
+char* WriteWhole(char* to, std::uint64_t number) {
+  std::ptrdiff_t digits = 1;
+  for (std::uint64_t power = 10; number >= power; power *= 10) ++digits;  // at most 16
+  char* at = to + digits;
+  for (; number >= 10; number /= 100) WritePair(at -= 2, static_cast<std::uint32_t>(number % 100));
+  if (at != to) *to = static_cast<char>('0' + number);
+  return to + digits;
+}
+
+/// Six digits, or the last three.
+char* WriteDecimals(char* to, std::uint32_t number, int decimals) {
+  const std::uint32_t upper = number / 100;
+  if (decimals == 6) {
+    to = WritePair(WritePair(to, upper / 100), upper % 100);
+  } else {
+    *to++ = static_cast<char>('0' + upper);
+  }
+  return WritePair(to, number % 100);
+}
+
+/// Whole part and decimals of a number, the latter as a whole number below `one`.
+struct Decimals {
+  std::uint64_t whole;
+  std::uint32_t fraction;
+};
+
+/// Those of mantissa / 2^shift, where the mantissa has 53 bits and the shift is at least 0. They
+/// are exact: the fraction times `one` is a product of up to 73 bits, in two parts, and what its
+/// division leaves rounds it to the nearest, a half to the even digit, as the full conversion does.
+Decimals RoundedDecimals(std::uint64_t mantissa, int shift, std::uint32_t one) {
+  const bool isSmall = shift > 52;  // below 1
+  const std::uint64_t whole = isSmall ? 0 : mantissa >> shift;
+  std::uint64_t rest = isSmall ? mantissa : mantissa & ((std::uint64_t{1} << shift) - 1);
+  if (shift < 32) rest <<= 32 - shift;
+  // The product is high * 2^32 + low % 2^32, and what it is divided by 2^32 * 2^point. Beyond 63 it
+  // counts as nothing all the same.
+  const std::uint64_t low = (rest & 0xFFFFFFFF) * one;
+  const std::uint64_t high = (rest >> 32) * one + (low >> 32);
+  const int point = std::clamp(shift - 32, 0, 63);
+  const std::uint64_t unit = std::uint64_t{1} << point;
+
+  auto fraction = static_cast<std::uint32_t>(high >> point);
+  const std::uint64_t twice = (high & (unit - 1)) << 1 | (low >> 31 & 1);
+  const bool isMore = (low & 0x7FFFFFFF) != 0;
+  if (twice > unit || (twice == unit && (isMore || fraction % 2 != 0))) ++fraction;
+  return fraction == one ? Decimals{whole + 1, 0} : Decimals{whole, fraction};
+}
+
+/// A number below 2^53 in size; null for any other.
+char* WriteShort(char* to, double number, int decimals) {
+  constexpr int MantissaBits = 52;
+  constexpr std::uint64_t Hidden = std::uint64_t{1} << MantissaBits;
+  constexpr int WholeExponent = 1023 + MantissaBits;  // where the last bit of the mantissa is 1
+  const auto bits = std::bit_cast<std::uint64_t>(number);
+  const int shift = WholeExponent - static_cast<int>(bits >> MantissaBits & 0x7FF);
+  if (shift < 0) return nullptr;
+  // Zero and the smallest numbers have no hidden bit; with it they are still next to nothing.
+  const auto [whole, fraction] =
+      RoundedDecimals((bits & (Hidden - 1)) | Hidden, shift, decimals == 6 ? 1'000'000 : 1000);
+  if (std::signbit(number)) *to++ = '-';
+  to = WriteWhole(to, whole);
+  *to++ = '.';
+  return WriteDecimals(to, fraction, decimals);
+}
+
+char* WriteAny(char* to, double number, int decimals) {
+  if (std::isfinite(number)) {
+    return std::to_chars(to, to + LongestFixed, number, std::chars_format::fixed, decimals).ptr;
+  }
+  if (std::signbit(number)) *to++ = '-';
+  return std::copy_n(std::isnan(number) ? "nan" : "inf", 3, to);
+}
+
+}  // namespace
+
+char* WriteFixed(char* to, double number, int decimals, int width) {
+  char* end = WriteShort(to, number, decimals);
+  if (end == nullptr) end = WriteAny(to, number, decimals);
   const std::ptrdiff_t padding = width - (end - to);
   if (padding <= 0) return end;
   std::memmove(to + padding, to, static_cast<std::size_t>(end - to));

@@ -21,7 +21,7 @@ bool ReadSigned(CaCharacterSource& source, double& number);
 /// No fixed-point number is longer: a sign, 309 digits, a point and 6 more.
 constexpr std::size_t LongestFixed = 320;
 
-/// Writes `number` with `decimals` (at most 6) behind the point, padded with blanks on the left
+/// Writes `number` with `decimals` (3 or 6) behind the point, padded with blanks on the left
 /// to `width`, as the standard "%*.*f" does in the "C" locale ("inf", "-inf", "nan", "-nan").
 /// `to` has room for `LongestFixed` characters; returns the end of what was written.
 char* WriteFixed(char* to, double number, int decimals, int width);

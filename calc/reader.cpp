@@ -10,16 +10,12 @@ constexpr int LastByte = 0xFF;
 
 void SkipBlanks(CaInterpreter& interpreter) {
   for (;;) {
-    switch (TokenStartOf(ReadPastBlanks(interpreter))) {
-      case CaTokenStart::End:
-        throw EndOfInput();
-      case CaTokenStart::Comment:
-        SkipComment(interpreter);
-        break;
-      case CaTokenStart::Blank:
-        break;
-      default:
-        return PushBackChar(interpreter);
+    const CaTokenStart start = TokenStartOf(ReadPastBlanks(interpreter));
+    if (start == CaTokenStart::End) throw EndOfInput();
+    if (start == CaTokenStart::Comment) {
+      SkipComment(interpreter);
+    } else if (start != CaTokenStart::Blank) {
+      return PushBackChar(interpreter);
     }
   }
 }

@@ -68,7 +68,8 @@ inline constexpr CaTopRule NegateRules[] = {
 inline constexpr double EndOfPositions = 2147483648.0;
 
 inline int RunShowTop(CaInterpreter& interpreter) {
-  interpreter.show(interpreter.output, *interpreter.Peek(0)->Value());
+  const CaListNode* top = interpreter.stack.head;
+  if (top != nullptr) interpreter.show(interpreter.output, *top->payload->Value());
   return 1;
 }
 

@@ -15,6 +15,7 @@ namespace {
 template <std::size_t Numbers>
 class Line {
  public:
+  Line() {}  // NOLINT: leaves the text as it is, which would otherwise be cleared
   Line& Text(const char* text) {
     const std::size_t length = std::strlen(text);
     std::memcpy(end_, text, length);
