@@ -221,6 +221,33 @@ def compare(kelcalc, limit, measure, unit, sizes, only):
               f"{costs['kelcalc'] / costs['limit']:.2f} of the limit", flush=True)
 
 
+def letters(first, number, length):
+    """A name of so many letters, another one for every number."""
+    name = first
+    while len(name) < length:
+        name += chr(ord("a") + number % 26)
+        number //= 26
+    return name
+
+
+def names(kelcalc):
+    """What names cost, by their length and their number; the limits are goals."""
+    print("\nvariables by the length of their names: instructions for a line that defines two, reads "
+          "two and adds (at most 1,900), and for the first definition of one (at most 1,500)")
+    start = instructions([kelcalc, write("program", "")])
+    for length in (4, 8, 12, 20):
+        for count in (1000, 100_000):
+            pairs = [(letters("a", i, length), letters("b", i, length)) for i in range(count // 2)]
+            define = "".join(f"1.5 {a} :\n2.25 {b} :\n" for a, b in pairs)
+            used = [pairs[7 * i % len(pairs)] for i in range(2000)]
+            lines = "".join(f"1.5 {a} : 2.25 {b} : {a} {b} + \\\n" for a, b in used)
+            base, more = [instructions([kelcalc, write("program", text)])
+                          for text in (define, define + lines)]
+            different = len({name for pair in pairs for name in pair})
+            print(f"  {length:2} letters, {different:7,} names {(more - base) / len(used):8,.0f} "
+                  f"{(base - start) / different:8,.0f}", flush=True)
+
+
 def growth(kelcalc):
     print("\nten times the text: how many times the processor time (10 is linear)")
     for workload, (lines, _) in WORKLOADS.items():
@@ -253,6 +280,8 @@ def main():
         os.chdir(folder)
         compare(options.kelcalc, options.limit, instructions, "instructions", (SMALL, LARGE),
                 options.only)
+        if not options.only:
+            names(options.kelcalc)
         if options.times:
             compare(options.kelcalc, options.limit, lambda command: seconds(command) * 1e6,
                     "microseconds", (TIMED_SMALL, TIMED_LARGE), options.only)
