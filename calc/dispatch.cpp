@@ -114,7 +114,6 @@ constexpr bool CheckNames(std::span<const Entry> table) {
 }
 
 constexpr void CheckEntry(const char* name, const CaOperatorEntry& entry) {
-  if ((entry.pairs == nullptr) == entry.forms.empty()) Refuse(name, "pairs or forms, not both");
   if (!NamesEachTypeOnce(entry.forms)) Refuse(name, "two forms for one type");
   if (*entry.help.summary == '\0' || *entry.help.example == '\0') Refuse(name, "no help");
 }

@@ -28,10 +28,11 @@ using CaCombine = CaValue (*)(const CaValue& a, const CaValue& b);
 /// What becomes of a pair: a result, or a failure with or without a report.
 struct CaOutcome {
   constexpr CaOutcome() = default;
-  constexpr CaOutcome(CaCombine make) : combine(make) {}  // NOLINT(google-explicit-constructor)
+  constexpr CaOutcome(CaCombine make) : combine(make), makes(true) {}  // NOLINT: rows name it alone
   constexpr explicit CaOutcome(bool report) : reports(report) {}
 
   CaCombine combine = nullptr;
+  bool makes = false;  // has a `combine`; the compiler cannot ask that of every function
   bool reports = false;
 };
 
@@ -63,7 +64,7 @@ constexpr bool CoversEveryPairOnce(std::span<const CaRule> rules) {
   }
   for (std::size_t row = 0; row < rules.size(); ++row) {
     if (!used[row]) return false;
-    if ((rules[row].then.combine == nullptr) != (rules[row].gives == TypeNothing)) return false;
+    if (rules[row].then.makes != (rules[row].gives != TypeNothing)) return false;
   }
   return true;
 }
