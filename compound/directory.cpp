@@ -8,6 +8,7 @@ namespace {
 
 constexpr std::size_t BlockEntries = 256;
 constexpr std::size_t SmallestTable = 64;
+constexpr std::uint32_t FewChildren = 8;  // of one storage, found without the table
 
 void Link(CompoundEntry* entry, CompoundEntry* parent) {
   StorageInfo& info = *parent->storage;
@@ -66,6 +67,24 @@ void SortSameLength(SortItem* begin, SortItem* end) {
   if (!std::is_sorted(begin, end, IsBefore)) std::sort(begin, end, IsBefore);
 }
 
+CompoundEntry* FindAmongFew(const StorageInfo& storage, const CompoundName& name) {
+  CompoundEntry* child = storage.firstChild;
+  while (child != nullptr && (child->name.hash != name.hash || !IsSameName(child->name, name))) {
+    child = child->next;
+  }
+  return child;
+}
+
+std::vector<CompoundEntry*> SortedFew(const StorageInfo& storage) {
+  std::vector<CompoundEntry*> sorted;
+  sorted.reserve(storage.childCount);
+  for (CompoundEntry* e = storage.firstChild; e != nullptr; e = e->next) sorted.push_back(e);
+  std::sort(sorted.begin(), sorted.end(), [](const CompoundEntry* a, const CompoundEntry* b) {
+    return CompareNames(a->name, b->name) < 0;
+  });
+  return sorted;
+}
+
 }  // namespace
 
 CompoundDirectory::CompoundDirectory() : table_(SmallestTable) {
@@ -82,6 +101,7 @@ std::uint32_t CompoundDirectory::HashOf(const CompoundEntry* parent, const Compo
 
 CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent,
                                        const CompoundName& name) const {
+  if (parent->storage->childCount <= FewChildren) return FindAmongFew(*parent->storage, name);
   const std::uint32_t hash = HashOf(parent, name);
   const std::size_t mask = table_.size() - 1;
   for (std::size_t i = hash & mask; table_[i].entry != nullptr; i = (i + 1) & mask) {
@@ -100,15 +120,13 @@ CompoundEntry* CompoundDirectory::Add(CompoundEntry* parent, const CompoundName&
   CompoundEntry* entry = NewEntry();
   entry->storage = std::move(info);
   entry->name = name;
-  Link(entry, parent);
-  Insert(entry);
+  Place(entry, parent);
   ++count_;
   return entry;
 }
 
 void CompoundDirectory::Remove(CompoundEntry* entry) {
-  Erase(entry);
-  Unlink(entry);
+  Displace(entry);
   entry->storage.reset();
   entry->size = 0;
   entry->next = unused_;
@@ -118,11 +136,35 @@ void CompoundDirectory::Remove(CompoundEntry* entry) {
 
 void CompoundDirectory::Move(CompoundEntry* entry, CompoundEntry* parent,
                              const CompoundName& name) {
-  Erase(entry);
-  Unlink(entry);
+  Displace(entry);
   entry->name = name;
+  Place(entry, parent);
+}
+
+/// Links an entry to its storage. The children of a storage are in the table when there are more
+/// than a few; there is room for them.
+void CompoundDirectory::Place(CompoundEntry* entry, CompoundEntry* parent) {
   Link(entry, parent);
-  Insert(entry);
+  const StorageInfo& info = *parent->storage;
+  if (info.childCount == FewChildren + 1) {
+    for (CompoundEntry* child = info.firstChild; child != nullptr; child = child->next) {
+      Insert(child);
+    }
+  } else if (info.childCount > FewChildren) {
+    Insert(entry);
+  }
+}
+
+void CompoundDirectory::Displace(CompoundEntry* entry) {
+  const StorageInfo& info = *entry->parent->storage;
+  if (info.childCount == FewChildren + 1) {
+    for (const CompoundEntry* child = info.firstChild; child != nullptr; child = child->next) {
+      Erase(child);
+    }
+  } else if (info.childCount > FewChildren) {
+    Erase(entry);
+  }
+  Unlink(entry);
 }
 
 void CompoundDirectory::Insert(CompoundEntry* entry) {
@@ -171,6 +213,7 @@ CompoundEntry* CompoundDirectory::NewEntry() {
 
 std::vector<CompoundEntry*> SortedChildren(const CompoundEntry& storage) {
   const StorageInfo& info = *storage.storage;
+  if (info.childCount <= FewChildren) return SortedFew(info);
   std::size_t starts[MaxNameUnits + 2] = {};
   for (const CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) {
     ++starts[e->name.length + 1];

@@ -67,6 +67,8 @@ class CompoundDirectory {
   };
 
   static std::uint32_t HashOf(const CompoundEntry* parent, const CompoundName& name);
+  void Place(CompoundEntry* entry, CompoundEntry* parent);
+  void Displace(CompoundEntry* entry);
   void Insert(CompoundEntry* entry);
   void Erase(const CompoundEntry* entry);
   void GrowTable();

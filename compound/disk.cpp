@@ -1,7 +1,9 @@
 #include "compound/disk.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/file.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -120,6 +122,11 @@ class TheSystemsDisk final : public Disk {
       from += part;
     }
     return 0;
+  }
+
+  bool IsInMemory(int file) override {
+    struct statfs status;
+    return fstatfs(file, &status) == 0 && status.f_type == TMPFS_MAGIC;
   }
 
   int Cut(int file, std::uint64_t size) override {

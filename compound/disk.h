@@ -47,6 +47,9 @@ class Disk {
   enum class Length { Grow, Keep };
   virtual int TakeSpace(int file, std::uint64_t from, std::uint64_t to, Length length) = 0;
 
+  /// Whether the file is kept in memory, where writing takes the space as fast as taking it does.
+  virtual bool IsInMemory(int file) = 0;
+
   /// Cuts the file to `size` or lengthens it with zeros, and gives back space beyond.
   virtual int Cut(int file, std::uint64_t size) = 0;
 

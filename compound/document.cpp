@@ -76,9 +76,10 @@ Outcome CompoundDocument::Flush(bool toDisk) {
 Outcome CompoundDocument::WriteFile() {
   streams_.TrimMiniStream();
   std::uint64_t size = 0;
-  const Outcome outcome = WriteTables(
-      {parameters_, directory_, streams_.Space(), streams_.MiniSpace(), streams_.MiniStream()},
-      file_, &size);
+  const Outcome outcome =
+      WriteTables({parameters_, directory_, streams_.Space(), streams_.MiniSpace(),
+                   streams_.MiniStream(), streams_.PlaceOfTables()},
+                  file_, &size);
   if (outcome != Outcome::Done) return outcome;
   streams_.ForgetTableSpace();
   return file_.Flush(size);

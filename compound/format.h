@@ -84,9 +84,10 @@ static_assert(sizeof(CompoundEntryRecord) == 128);
 
 /// What shapes a file. Tests choose small values to reach the paths of large files.
 struct CompoundParameters {
-  std::uint32_t sectorSize = 512;         // bytes; 512 makes version 3, 4096 version 4
-  std::uint32_t miniCutoff = 4096;        // bytes; shorter streams live in the mini stream
-  std::uint64_t lockOffset = 0x7FFFFF00;  // of the byte whose sector is never used for data
+  std::uint32_t sectorSize = 512;          // bytes; 512 makes version 3, 4096 version 4
+  std::uint32_t miniCutoff = 4096;         // bytes; shorter streams live in the mini stream
+  std::uint64_t lockOffset = 0x7FFFFF00;   // of the byte whose sector is never used for data
+  std::uint64_t largeInMemory = 32 << 20;  // bytes; from there on see TableSpace
 
   bool IsMini(std::uint64_t bytes) const { return bytes < miniCutoff; }
   std::uint32_t MarksPerSector() const { return sectorSize / 4; }

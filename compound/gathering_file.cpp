@@ -10,6 +10,7 @@
 namespace {
 
 constexpr std::size_t PieceSize = GatheringFile::PieceSize;
+constexpr std::size_t LeastDirect = 32 * 1024;  // bytes that do not gather in a file in memory
 constexpr std::uint64_t SmallestGrowth = 256 * 1024;
 constexpr std::uint64_t LargestGrowth = 32 * 1024 * 1024;
 alignas(4096) constexpr std::byte Zeros[64 * 1024] = {};
@@ -27,6 +28,7 @@ Outcome GatheringFile::Create(const char* path, std::uint64_t size) {
   if (outcome != Outcome::Done) return outcome;
   std::memset(first.bytes.get(), 0, size);
   first.end = size;
+  isInMemory_ = CurrentDisk().IsInMemory(file_.Number());
   touched_ = reserved_ = size;
   return Outcome::Done;
 }
@@ -50,14 +52,21 @@ Outcome GatheringFile::Grow(std::uint64_t size) {
   return OutcomeOfWriting(error);
 }
 
+Outcome GatheringFile::Take(std::uint64_t from, std::uint64_t to) {
+  from = std::max(from, reserved_);
+  if (from >= to) return Outcome::Done;
+  return OutcomeOfWriting(CurrentDisk().TakeSpace(file_.Number(), from, to, Disk::Length::Grow));
+}
+
 Outcome GatheringFile::Write(std::uint64_t offset, const void* data, std::size_t size) {
   auto* from = static_cast<const std::byte*>(data);
   while (size > 0) {
     const std::size_t within = offset & (PieceSize - 1);
     std::size_t part = std::min(size, PieceSize - within);
     Outcome outcome = Outcome::Done;
-    if (part == PieceSize) {
-      part = size & ~(PieceSize - 1);
+    const bool takesSpace = isInMemory_ && offset >= reserved_ && size >= LeastDirect;
+    if (takesSpace || part == PieceSize) {
+      part = takesSpace ? size : size & ~(PieceSize - 1);
       outcome = WriteDirect(offset, from, part);
     } else {
       outcome = Gather(offset, from, part);
@@ -71,6 +80,10 @@ Outcome GatheringFile::Write(std::uint64_t offset, const void* data, std::size_t
 }
 
 Outcome GatheringFile::WriteZeros(std::uint64_t offset, std::uint64_t size) {
+  if (isInMemory_) {
+    const Outcome outcome = Take(std::max(offset, touched_), offset + size);
+    if (outcome != Outcome::Done) return outcome;
+  }
   if (offset >= touched_) return Outcome::Done;
   size = std::min(size, touched_ - offset);
   while (size > 0) {
@@ -88,7 +101,10 @@ Outcome GatheringFile::Gather(std::uint64_t offset, const std::byte* data, std::
   const std::size_t within = offset - pieceOffset;
   Piece* piece = Find(pieceOffset);
   if (piece == nullptr) {
-    const Outcome outcome = Take(pieceOffset, &piece);
+    if (isInMemory_ && Take(pieceOffset, pieceOffset + PieceSize) != Outcome::Done) {
+      return WriteDirect(offset, data, size);  // perhaps there is space for so much
+    }
+    const Outcome outcome = Begin(pieceOffset, &piece);
     if (outcome != Outcome::Done) return outcome;
     piece->begin = piece->end = within;
   }
@@ -120,7 +136,8 @@ GatheringFile::Piece* GatheringFile::Find(std::uint64_t pieceOffset) {
   return nullptr;
 }
 
-Outcome GatheringFile::Take(std::uint64_t pieceOffset, Piece** piece) {
+/// Makes room for a new piece.
+Outcome GatheringFile::Begin(std::uint64_t pieceOffset, Piece** piece) {
   Piece* oldest = &pieces_[0];
   for (Piece& candidate : pieces_) {
     if (candidate.lastUse < oldest->lastUse) oldest = &candidate;
@@ -148,12 +165,22 @@ Outcome GatheringFile::WriteOut(Piece& piece) {
 }
 
 Outcome GatheringFile::WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size) {
+  const std::uint64_t end = offset + size;
+  const auto isCovered = [&](const Piece& piece) {
+    return piece.offset + piece.begin >= offset && piece.offset + piece.end <= end;
+  };
+  for (Piece& piece : pieces_) {
+    const bool isApart = piece.offset + piece.end <= offset || piece.offset + piece.begin >= end;
+    if (isApart || isCovered(piece)) continue;
+    const Outcome outcome = WriteOut(piece);
+    if (outcome != Outcome::Done) return outcome;
+  }
   // Also when the write fails: a part of it may be in the file.
-  touched_ = std::max(touched_, offset + size);
+  touched_ = std::max(touched_, end);
   const int error = CurrentDisk().WriteAt(file_.Number(), offset, data, size);
   if (error != 0) return OutcomeOfWriting(error);
   for (Piece& piece : pieces_) {
-    if (piece.offset >= offset && piece.offset < offset + size) piece.begin = piece.end = 0;
+    if (isCovered(piece)) piece.begin = piece.end = 0;
   }
   return Outcome::Done;
 }
@@ -194,7 +221,8 @@ Outcome GatheringFile::Flush(std::uint64_t size) {
     const Outcome outcome = WriteOut(piece);
     if (outcome != Outcome::Done) return outcome;
   }
-  if (CurrentDisk().Cut(file_.Number(), size) != 0) return Outcome::WriteFailed;
+  const int error = CurrentDisk().Cut(file_.Number(), size);
+  if (error != 0) return OutcomeOfWriting(error);
   reserved_ = std::min(reserved_, size);
   touched_ = std::min(touched_, size);
   return Outcome::Done;

@@ -12,8 +12,10 @@
 /// A file that is written in large aligned pieces. Small writes gather in a few pieces of memory;
 /// what covers a whole piece goes from the caller's memory straight to the file.
 ///
-/// Space is taken first (Reserve), so that a later write into it cannot fail for lack of space.
-/// Bytes that were reserved and never written read as zeros.
+/// Space is taken first (Reserve, Take), so that a later write into it cannot fail for lack of
+/// space. Bytes that were reserved and never written read as zeros. A file in memory may also be
+/// written where no space was taken: what is large goes to the file at once and takes it so, and
+/// what gathers takes the space of its piece first.
 class GatheringFile {
  public:
   static constexpr std::size_t PieceSize = 512 * 1024;
@@ -24,8 +26,14 @@ class GatheringFile {
   /// Makes sure that the file has space for its first `size` bytes.
   Outcome Reserve(std::uint64_t size);
 
-  /// Both lie within the reserved size. A write that fails has changed nothing that was reported
-  /// as written before.
+  /// Makes sure that there is space for the bytes [from, to), whatever lies before them.
+  Outcome Take(std::uint64_t from, std::uint64_t to);
+
+  /// Whether a write may go where no space was taken.
+  bool IsInMemory() const { return isInMemory_; }
+
+  /// Both lie within space that was taken, but for a file in memory. A write that fails has changed
+  /// nothing that was reported as written before.
   Outcome Write(std::uint64_t offset, const void* data, std::size_t size);
   Outcome WriteZeros(std::uint64_t offset, std::uint64_t size);
 
@@ -54,7 +62,7 @@ class GatheringFile {
 
   Outcome Gather(std::uint64_t offset, const std::byte* data, std::size_t size);
   Piece* Find(std::uint64_t pieceOffset);
-  Outcome Take(std::uint64_t pieceOffset, Piece** piece);
+  Outcome Begin(std::uint64_t pieceOffset, Piece** piece);
   Outcome WriteOut(Piece& piece);
   Outcome WriteDirect(std::uint64_t offset, const std::byte* data, std::size_t size);
   Outcome ReadDirect(std::uint64_t offset, std::byte* data, std::size_t size);
@@ -63,6 +71,7 @@ class GatheringFile {
   OpenFile file_;
   std::string folder_;  // where the file's name is
   bool isNameOnDisk_ = false;
+  bool isInMemory_ = false;
   std::uint64_t reserved_ = 0;  // the file has space up to here
   std::uint64_t touched_ = 0;   // nothing was ever written from here on
   std::uint64_t clock_ = 0;

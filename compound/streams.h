@@ -41,6 +41,11 @@ class CompoundStreams {
   const SectorSpace& MiniSpace() const { return miniSpace_; }
   const SectorChain& MiniStream() const { return miniStream_; }
 
+  /// The sector from which on there is space for the tables.
+  std::uint32_t PlaceOfTables() {
+    return tableSpace_.Place({space_.End(), directory_.Count(), miniSpace_.End()});
+  }
+
   /// After a flush, which gives back the space behind the end of the file.
   void ForgetTableSpace() { tableSpace_.Forget(); }
 

@@ -31,9 +31,9 @@ class TableWriter {
       : contents_(contents),
         sectorSize_(contents.parameters.sectorSize),
         file_(file),
-        counts_(CountTables(contents.parameters, {contents.space.End(), contents.directory.Count(),
+        counts_(CountTables(contents.parameters, {contents.place, contents.directory.Count(),
                                                   contents.miniSpace.End()})),
-        next_(contents.space.End()) {}
+        next_(contents.place) {}
 
   Outcome Write();
 

@@ -15,6 +15,7 @@ struct TableContents {
   const SectorSpace& space;  // the file's sectors
   const SectorSpace& miniSpace;
   const SectorChain& miniStream;
+  std::uint32_t place;  // the sector from which on the tables go
 };
 
 /// Writes the tables that make a file valid, behind its streams; `*fileSize` is then its size in

@@ -48,6 +48,7 @@ class FailingDisk final : public Disk {
              std::size_t* got) override;
   int WriteAt(int file, std::uint64_t offset, const void* data, std::size_t size) override;
   int TakeSpace(int file, std::uint64_t from, std::uint64_t to, Length length) override;
+  bool IsInMemory(int file) override { return SystemDisk().IsInMemory(file); }
   int Cut(int file, std::uint64_t size) override;
   int Sync(int file) override;
   int SetAttributes(int file, const struct stat& status) override;
