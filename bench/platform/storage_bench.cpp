@@ -37,6 +37,7 @@ constexpr Shape Shapes[] = {
     {"1 GiB in writes of 64 KiB", 1, 1, 16384, 65536, true, 7},
     {"10,000 streams of 1 KiB", 1, 10000, 1, 1024, true, 7},
     {"100,000 streams of 32 bytes", 100, 1000, 1, 32, true, 7},
+    {"the same, a storage for each", 100000, 1, 1, 32, false, 7},
 };
 
 std::vector<char> bytes(65536, 'x');

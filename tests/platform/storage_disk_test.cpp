@@ -36,24 +36,16 @@ struct Step {
 
 // Each step acts on the stream made last, or the one before it.
 constexpr Step Script[] = {
-    {MakeStream},      {Write, 100},
-    {MakeStream},      {Write, 1000, 9},
-    {MakeStream},      {Resize, 70000},
-    {Resize, 10},      {Resize, 40000},
-    {MakeStorage},     {MakeStream, 0, 9},
-    {Write, 64, 3},    {Resize, 90000},
-    {Resize, 10},      {Commit},
-    {Resize, 90000},   {MakeStream, 0, 3},
-    {MakeStream},      {Write, 5 * 65536},
-    {Rename},          {GoTo, 0},
-    {Write, 4095},     {Write, 2 * Piece},
-    {GoTo, 700},       {Write, 3 * Piece},
-    {MakeStream},      {Write, Piece / 2},
-    {GoTo, Piece / 4}, {Write, Piece * 2},
-    {GoTo, 5 * Piece}, {Write, 1},
-    {Resize, 4095},    {Resize, Piece},
-    {Destroy},         {MakeStream, 0, 40},
-    {Write, 300000},   {Commit},
+    {MakeStream},        {Write, 100},       {MakeStream},      {Write, 1000, 9},
+    {MakeStream},        {Resize, 70000},    {Resize, 10},      {Resize, 40000},
+    {MakeStorage},       {MakeStream, 0, 9}, {Write, 64, 3},    {Resize, 90000},
+    {Resize, 10},        {Commit},           {Resize, 90000},   {MakeStream, 0, 3},
+    {MakeStream},        {Write, 5 * 65536}, {Rename},          {GoTo, 0},
+    {Write, 4095},       {Write, 2 * Piece}, {GoTo, 700},       {Write, 3 * Piece},
+    {MakeStream},        {Write, Piece / 2}, {GoTo, Piece / 4}, {Write, Piece * 2},
+    {GoTo, 5 * Piece},   {Write, 1},         {Write, 900},      {GoTo, 5 * Piece + 500},
+    {Write, 65536},      {Resize, 4095},     {Resize, Piece},   {Destroy},
+    {MakeStream, 0, 40}, {Write, 300000},    {Commit},
 };
 
 /// The script on a file, and the same on a model as far as calls succeed.

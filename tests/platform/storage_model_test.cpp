@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <vector>
 
 #include "tests/folder.h"
@@ -75,6 +76,7 @@ TEST_P(StorageModel, OneStreamOfEachSize) {
     Put(storage, root, u"stream", std::string(size, 'x'));
     EXPECT_EQ(0U, storage->Release());
     file.ExpectHolds(root);
+    EXPECT_EQ(0U, std::filesystem::file_size(file.path) % GetParam());
   }
 }
 
