@@ -29,7 +29,7 @@ class LinkTable : public SectorLinks {
   /// How many sectors there can be.
   virtual std::uint32_t Count() const = 0;
 
-  std::uint32_t WordsPerSector() const { return source_.SectorSize() / sizeof(std::uint32_t); }
+  std::uint32_t WordsPerSector() const { return source_.SectorSize() / 4; }
 
   SectorSource& source_;
 };

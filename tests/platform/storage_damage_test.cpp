@@ -18,13 +18,21 @@ namespace {
 std::size_t inUse = 0, most = 0;  // bytes of memory
 int untilFailure = -1;            // allocations; below zero none fails
 
+void* Allocate(std::size_t size) {
+  void* memory = untilFailure-- == 0 ? nullptr : std::malloc(size);
+  if (memory != nullptr) most = std::max(most, inUse += malloc_usable_size(memory));
+  return memory;
+}
+
 }  // namespace
 
 void* operator new(std::size_t size) {
-  void* memory = untilFailure-- == 0 ? nullptr : std::malloc(size);
+  void* memory = Allocate(size);
   if (memory == nullptr) throw std::bad_alloc();
-  most = std::max(most, inUse += malloc_usable_size(memory));
   return memory;
+}
+void* operator new(std::size_t size, const std::nothrow_t& /*unused*/) noexcept {
+  return Allocate(size);
 }
 void operator delete(void* memory) noexcept {
   inUse -= malloc_usable_size(memory);
@@ -178,12 +186,12 @@ TEST(StorageDamage, WhatOthersWriteIsRead) {
          i.Entry(Root, u"R", EntryRoot, 4, 1024);
          i.entries[Root].child = Small;
        }},
-      {"root: size of the mini stream too small", entry(Root, &Record::size, 64U)},
-      {"storage with a size", entry(Storage, &Record::size, 99U)},
+      {"root: size of the mini stream too small", [](Image& i) { i.entries[Root].size = 64; }},
+      {"storage with a size", [](Image& i) { i.entries[Storage].size = 99; }},
       {"storage with a sector", entry(Storage, &Record::start, 99U)},
       {"stream with children", entry(Large, &Record::child, std::uint32_t{Storage})},
-      {"stream with a time", entry(Large, &Record::created, 99U)},
-      {"size with an upper half", entry(Large, &Record::size, (7ULL << 32) + 5000)},
+      {"stream with a time", [](Image& i) { i.entries[Large].created = 99; }},
+      {"size with an upper half", [](Image& i) { i.entries[Large].size |= 7ULL << 32; }},
       {"colors", entry(Small, &Record::color, std::uint8_t{9})},
       {"name without its zero", [](Image& i) { i.entries[Storage].name[7] = u'Z'; }},
       {"name counted with its filling", entry(Large, &Record::nameBytes, std::uint16_t{64})},
