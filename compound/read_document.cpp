@@ -1,7 +1,6 @@
 #include "compound/read_document.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace {
 
@@ -68,9 +67,14 @@ Outcome ReadDocument::Read(CompoundEntry& stream, std::uint64_t offset, void* da
     Extent extent;
     Outcome outcome = isMini ? LocateMini(*entry.found, offset + *done, size - *done, &extent)
                              : Locate(*entry.found, offset + *done, size - *done, &extent);
-    if (outcome == Outcome::Done) outcome = source_.Read(extent.offset, to + *done, extent.size);
     if (outcome != Outcome::Done) return outcome;
-    *done += extent.size;
+    // Of a file that was cut, what is left can be had.
+    const std::uint64_t left = source_.BytesFrom(extent.offset);
+    if (left == 0) return Outcome::Corrupt;
+    const auto part = static_cast<std::size_t>(std::min(extent.size, left));
+    outcome = source_.Read(extent.offset, to + *done, part);
+    if (outcome != Outcome::Done) return outcome;
+    *done += part;
   }
   return Outcome::Done;
 }

@@ -136,6 +136,12 @@ Outcome SectorSource::Read(std::uint64_t offset, void* data, std::size_t size) {
   return Outcome::Done;
 }
 
+// A child process may hold the file open, too; the lock goes all the same.
+void SectorSource::Close() {
+  if (file_.IsOpen()) CurrentDisk().Unlock(file_.Number());
+  file_.Close();
+}
+
 Outcome SectorSource::Look(std::uint32_t sector, const std::byte** bytes) {
   if (sector >= sectorCount_) return Outcome::Corrupt;
   const std::uint64_t offset = OffsetOf(sector);

@@ -29,6 +29,11 @@ class SectorSource {
     return (std::uint64_t{sector} + 1) << header_.sectorShift;
   }
 
+  /// How many bytes the file has from there on.
+  std::uint64_t BytesFrom(std::uint64_t offset) const {
+    return offset < size_ ? size_ - offset : 0;
+  }
+
   /// Reads bytes of the file; Corrupt when it ends before the last of them.
   Outcome Read(std::uint64_t offset, void* data, std::size_t size);
 
@@ -36,7 +41,7 @@ class SectorSource {
   /// within the sector, bytes FF stand for the rest: free sectors and no entries.
   Outcome Look(std::uint32_t sector, const std::byte** bytes);
 
-  void Close() { file_.Close(); }
+  void Close();
 
  private:
   // A sector of either size lies within one block.
