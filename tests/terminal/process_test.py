@@ -76,6 +76,8 @@ class OptionsTest(unittest.TestCase):
                         "1:3: 1e+ is no number, the stack holds 0 ()"]),
             ('v(1,\n2) ', ["1:1: v(1, 2 is no constant v(...), the stack holds 0 ()"]),
             ('V(1) ', ["1:1: V( begins no constant; v( p( m( q( r( s( do, the stack holds 0 ()"]),
+            ('"a" 2 ;v ', ["1:7: ;v on (string, real): no rule; it takes 3 reals, or vector, or "
+                           "point, or matrix, or quaternion, or rotation"]),
             ('5 7 : ', ["1:5: : on (real, real): no rule; it takes anything and a variable"]),
             ('1 2 9 \'\' ', ["1:7: '' on (real, real): the index that was on top is no position"]),
             ('"a" 1 < ', ["1:7: < on (string, real): no rule; it takes real<real"]),
@@ -164,7 +166,7 @@ class OptionsTest(unittest.TestCase):
         numbers = ["1e999 1e999 -" if x != x else repr(x) for x in numbers]
         names = [f"n{i} :" for i in range(len(numbers))]
         program = " ".join(map(" ".join, zip(numbers, names))) + (
-            ' 1e999 1e999 - -1e999 -0 ;v odd : nope nothing : "' + "x" * 1022 + '\\\\\\"" long : "" empty :'
+            ' 1e999 1e999 - -1e999 -0 ;v odd : nope nothing : "' + "x" * 1022 + '\\\\\\" long : "" empty :'
             ' 5 old : old 6 old : nope nope \' s(1e22,5e-324,0.1) m(1,2,3,4,5,6,7,8,9,10,11,-0)')
         pathlib.Path("program.3dc").write_text(program + "\n")
         whole = self.state("program.3dc")

@@ -1,6 +1,5 @@
 // kelcalc: runs programs from files, arguments, the standard input and the keyboard.
 
-#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -66,6 +65,13 @@ bool WantsSession(const Options& options) {
   return options.interactive || (options.programs.empty() && AtTerminal());
 }
 
+void HoldSession(CaInterpreter& interpreter, const Options& options, bool colour) {
+  DisplayStyle style{.colour = colour};
+  if (options.digits > 0) style.digits = options.digits;
+  RunSession(interpreter, {.showStack = options.showStack, .picturesFrom = options.picturesFrom},
+             style);
+}
+
 int Run(const Options& options) {
   const bool session = WantsSession(options);
   const bool colour = session && ColoursWanted();
@@ -73,30 +79,24 @@ int Run(const Options& options) {
                .strict = options.strict,
                .stop = options.stop,
                .colour = colour});
+  Warnings warnings(
+      {.colour = colour, .keeper = session ? ":save" : "--exact", .writesExactly = options.exact});
 
   CaInterpreter interpreter;
   interpreter.observer = &watch;
-  Warnings warnings(
-      {.colour = colour, .keeper = session ? ":save" : "--exact", .writesExactly = options.exact});
   if (Chosen(options.warn, session)) interpreter.itemObserver = &warnings;
   if (options.exact) WriteExactly(interpreter);
   if (options.digits > 0) SetShownDigits(interpreter, options.digits);
+
   const std::vector<Program> programs = ProgramsOf(options, session);
   int status = RunPrograms(interpreter, programs, options.stop);
   const bool stopped = status != 0 && options.stop;
-  const auto showPictures = [&] { status = std::max(status, ShowPictures(interpreter, options)); };
-  if (!session || stopped) showPictures();
-  if (stopped) return status;
-  if (session) {
-    RunSession(
-        interpreter,
-        {.showStack = options.showStack,
-         .picturesFrom = options.picturesFrom,
-         .atEnd = showPictures},
-        {.digits = options.digits > 0 ? options.digits : DisplayStyle().digits, .colour = colour});
-  } else if (programs.empty()) {
+  if (!stopped && session) {
+    HoldSession(interpreter, options, colour);
+  } else if (!stopped && programs.empty()) {
     RunInput(interpreter);
   }
+  if (ShowPictures(interpreter, options) != 0) status = 1;
   if (WriteState(interpreter, options.json) != 0) status = 1;
   if ((options.strict && watch.Failures() > 0) || InputFailed()) status = 1;
   return status;

@@ -150,7 +150,7 @@ void TakeOption(Options& options, int count, const char* const* arguments, int& 
   match.option->set(options, match.value);
 }
 
-constexpr std::size_t HelpColumn = 18;
+constexpr std::size_t HelpColumn = 20;
 
 std::string OptionHelp(const Option& option) {
   std::string text = "  ";

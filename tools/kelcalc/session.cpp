@@ -85,10 +85,7 @@ class Session {
         ShowStack(interpreter, style, stdout);
         changed = false;
       }
-      if (state.ended || !ReadLine()) {
-        if (settings.atEnd) settings.atEnd();
-        return 0;
-      }
+      if (state.ended || !ReadLine()) return 0;
       TakeLine(pasted);
     }
     const std::size_t count = std::min(size, rest.size());
@@ -138,7 +135,6 @@ class Session {
 
   void StartAfresh() {
     InterruptRequested = 0;
-    interpreter.nestDepth = 0;
     interpreter.skipLevel = -1;
     open = OpenText();
     rest = {};

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <string>
 
 struct CaInterpreter;
@@ -14,10 +13,9 @@ inline constexpr const char* TerminalName = "<terminal>";
 
 /// How a session at a terminal looks.
 struct SessionSettings {
-  bool showStack = true;                  // after each line
-  bool lineEditing = true;                // where the terminal allows it
-  std::string picturesFrom = {};          // the point where vectors start in pictures
-  std::function<void()> atEnd = nullptr;  // called when the input has ended, before it all goes
+  bool showStack = true;          // after each line
+  bool lineEditing = true;        // where the terminal allows it
+  std::string picturesFrom = {};  // the point where vectors start in pictures
 };
 
 /// True when a person sits at standard input and standard output both.
