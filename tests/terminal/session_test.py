@@ -88,6 +88,8 @@ class Session(unittest.TestCase):
             (":vars", "2> ", r'text  string     "a"b"\n +v  vector +v\(1e-300, -0, 2\)\n'),
             (":undo", "0> ", r"\A.*\n\Z"),
             (":undo", "0> ", r"nothing to undo"),
+            ("2 1 < {", "0{ ", r"{\n\Z"),
+            (":undo", "0> ", r":undo"),
             (f':load "{file}"', "5> ", r"4  real +0\.1\n(.*\n)* +0  string +\"a\"b\"  text\n"),
             (":vars", "5> ", r"text  string(.*\n) +v  vector"),
             (":undo", "0> ", r"\A.*\n\Z"),
