@@ -73,9 +73,9 @@ bool MayTryAgain(int descriptor, int reason) {
 
 /// A `Fill`: what is there; of a terminal one line.
 std::ptrdiff_t FillFromDescriptor(int descriptor, char* block, std::size_t size,
-                                  const volatile std::sig_atomic_t* interruptRequested) {
+                                  const CaInterruptFlag* interruptRequested) {
   for (;;) {
-    if (interruptRequested != nullptr && *interruptRequested != 0) throw CaInterruption();
+    if (interruptRequested != nullptr && IsRaised(*interruptRequested)) throw CaInterruption();
     const std::ptrdiff_t count = ReadDescriptor(descriptor, block, size);
     if (count >= 0) return count;
     const int reason = errno;
@@ -105,7 +105,7 @@ CaCharacterSource::CaCharacterSource(std::string_view text)
 CaCharacterSource::CaCharacterSource(Fill fill) : fill_(std::move(fill)) {}
 
 std::unique_ptr<CaCharacterSource> CaCharacterSource::OpenFile(
-    const char* path, const volatile std::sig_atomic_t* interruptRequested, std::FILE* output) {
+    const char* path, const CaInterruptFlag* interruptRequested, std::FILE* output) {
   if (!MayWait(path)) output = nullptr;
   HandOn(output);
   const int number = OpenDescriptor(path);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <csignal>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -14,6 +14,14 @@ struct CaPosition {
   std::int64_t line;
   std::int64_t column;
 };
+
+/// Not 0 when a run is to stop; set from another thread or by a signal handler.
+using CaInterruptFlag = std::atomic<int>;
+static_assert(CaInterruptFlag::is_always_lock_free);
+
+inline bool IsRaised(const CaInterruptFlag& flag) {
+  return flag.load(std::memory_order_relaxed) != 0;
+}
 
 /// Thrown between two tokens when the interpreter's `interruptRequested` is set, and by a source
 /// that drops what was begun. It leads out of every file that is being run, to whoever started
@@ -44,7 +52,7 @@ class CaCharacterSource {
   /// `CaInterruption`. For a file that has nothing to read yet it waits; before it may have to, as
   /// with a pipe, what was printed to `output`, which may be null, is written out.
   static std::unique_ptr<CaCharacterSource> OpenFile(
-      const char* path, const volatile std::sig_atomic_t* interruptRequested = nullptr,
+      const char* path, const CaInterruptFlag* interruptRequested = nullptr,
       std::FILE* output = nullptr);
 
   /// The one source that reads the process's standard input.

@@ -1,11 +1,9 @@
 #pragma once
 
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "calc/dispatch.h"
 #include "calc/interpreter.h"
@@ -16,21 +14,11 @@
 
 namespace operators {
 
-inline constexpr std::size_t LongestName = 255;
-
-/// Deliberate: any point counts, also one in the name of a folder, so "./out" stays without an
-/// extension. Held by the file names in the file tests.
-inline std::string PathOf(std::string_view name) {
-  std::string path(name.substr(0, LongestName));
-  if (path.find('.') == std::string::npos) path += ".3dc";
-  return path;
-}
-
 /// The path named on top of the stack, if there is a string.
 inline std::optional<std::string> TopPath(const CaInterpreter& interpreter) {
   const CaValue& top = *interpreter.Peek(0)->Value();
   if (top.type != TypeString) return std::nullopt;
-  return PathOf(top.text);
+  return ProgramPath(top.text);
 }
 
 /// Writes all variables to the file at `path`, the most recent one first, as a program that

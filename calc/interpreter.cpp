@@ -10,7 +10,7 @@
 
 namespace {
 
-constinit const volatile std::sig_atomic_t NeverInterrupted = 0;
+constinit const CaInterruptFlag NeverInterrupted = 0;
 
 CaVariable* CopyOf(CaInterpreter& interpreter, const CaVariable& variable) {
   if (variable.name == nullptr) return new CaVariable(nullptr, &variable.value);

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <csignal>
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <string_view>
 
@@ -96,7 +97,10 @@ struct CaInterpreter {
   int fileProblem = 0;
 
   /// Set from outside, as by a signal, to stop at the next token (character_source.h). Never null.
-  const volatile std::sig_atomic_t* interruptRequested;
+  const std::atomic<int>* interruptRequested;
+
+  /// How many more items a run may take before it stops as when interrupted.
+  std::uint64_t stepsLeft = std::numeric_limits<std::uint64_t>::max();
 
   /// What `variables` holds by name, and all names that were met.
   mutable CaVariables table{variables};

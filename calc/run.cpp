@@ -1,6 +1,7 @@
 #include "calc/run.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <memory>
 
 #include "calc/character_source.h"
@@ -33,6 +34,11 @@ namespace {
   }
 }
 
+/// Leaves an item alone.
+void Drop(const CaItem& item) {
+  if (item.kind == CaItemKind::Compound) DestroyAsValue(item.value);
+}
+
 /// Runs an operator. Skipping one item ends with it, unless it was a block that began.
 void RunOperator(CaInterpreter& interpreter, const CaOperatorEntry& entry) {
   const std::int32_t before = interpreter.skipLevel;
@@ -46,14 +52,19 @@ void RunOperator(CaInterpreter& interpreter, const CaOperatorEntry& entry) {
 
 void RunItems(CaInterpreter& interpreter) {
   for (;;) {
-    if (*interpreter.interruptRequested != 0) throw CaInterruption();
+    if (IsRaised(*interpreter.interruptRequested)) throw CaInterruption();
     const CaItem item = NextItem(interpreter);
+    if (interpreter.stepsLeft == 0) {
+      Drop(item);
+      throw CaInterruption();
+    }
+    --interpreter.stepsLeft;
     if (item.kind == CaItemKind::Operator) {
       RunOperator(interpreter, *item.entry);
     } else if (interpreter.skipLevel < 0) {
       interpreter.PushOwned(ObjectOf(interpreter, item));
-    } else if (item.kind == CaItemKind::Compound) {
-      DestroyAsValue(item.value);
+    } else {
+      Drop(item);
     }
     if (interpreter.itemObserver != nullptr) interpreter.itemObserver->ItemRan(interpreter, item);
   }
@@ -89,7 +100,15 @@ class Nested {
   CaCharacterSource* outer_;
 };
 
+constexpr std::size_t LongestPath = 255;
+
 }  // namespace
+
+std::string ProgramPath(std::string_view name) {
+  std::string path(name.substr(0, LongestPath));
+  if (path.find('.') == std::string::npos) path += ".3dc";
+  return path;
+}
 
 int RunFile(CaInterpreter& interpreter, const char* path) {
   interpreter.fileProblem = 0;

@@ -22,6 +22,9 @@ if(NOT WIN32)
   list(APPEND kel_platform_headers files host_strings)
   set_target_properties(${kel_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 endif()
+if(NOT WIN32)  # there the DLL and the programs are all
+  list(APPEND kel_libraries kel_calc kel_geometry)
+endif()
 install(TARGETS ${kel_libraries} EXPORT kelsaveTargets
   RUNTIME COMPONENT runtime
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
@@ -32,6 +35,14 @@ set(kel_save_headers kelsave kelsave_files kelsave_kit)
 list(TRANSFORM kel_save_headers REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/save/\\1.h")
 list(TRANSFORM kel_platform_headers REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/platform/\\1.h")
 kel_install_files(development ${kel_include_dir} ${kel_save_headers})
+if(NOT WIN32)
+  set(kel_calc_header ${PROJECT_SOURCE_DIR}/calc/api/kelcalc.h)
+  kel_install_files(development ${kel_include_dir} ${kel_calc_header})
+  foreach(folder calc geometry)
+    file(GLOB kel_${folder}_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.h)
+    kel_install_files(development ${kel_include_dir}/${folder} ${kel_${folder}_headers})
+  endforeach()
+endif()
 kel_install_files(development ${kel_include_dir}/platform ${kel_platform_headers})
 install(EXPORT kelsaveTargets NAMESPACE kel:: DESTINATION ${kel_package_dir} COMPONENT development)
 configure_package_config_file(
@@ -58,7 +69,8 @@ kel_install_files(documentation ${CMAKE_INSTALL_DOCDIR} ${pages})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT documentation PATTERN written EXCLUDE)
 if(KEL_DOCS)
-  set(kel_public_headers ${kel_save_headers} ${kel_platform_headers})
+  set(kel_public_headers ${kel_save_headers} ${kel_platform_headers} ${kel_calc_header}
+    ${kel_geometry_headers})
   include(${CMAKE_CURRENT_LIST_DIR}/kel_docs.cmake)
 endif()
 kel_install_files(kelcalc ${CMAKE_INSTALL_MANDIR}/man1 ${PROJECT_SOURCE_DIR}/man/kelcalc.1)
@@ -73,7 +85,7 @@ install(FILES ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.zsh RENAME _kelcalc
 kel_install_files(kelcalc ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d
   ${PROJECT_SOURCE_DIR}/tools/kelcalc/kelcalc.fish)
 
-# With relative folders the pkg-config file finds its prefix from where it lies.
+# With relative folders a pkg-config file finds its prefix from where it lies.
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
   set(pc_prefix ${CMAKE_INSTALL_PREFIX})
 else()
@@ -84,5 +96,15 @@ set(pc_libdir "\${prefix}")
 cmake_path(APPEND pc_libdir "${CMAKE_INSTALL_LIBDIR}")
 set(pc_includedir "\${prefix}")
 cmake_path(APPEND pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
-configure_file(${PROJECT_SOURCE_DIR}/cmake/kelsave.pc.in ${PROJECT_BINARY_DIR}/kelsave.pc @ONLY)
-kel_install_files(development ${CMAKE_INSTALL_LIBDIR}/pkgconfig ${PROJECT_BINARY_DIR}/kelsave.pc)
+
+# kel_pkg_config(NAME DESCRIPTION REQUIRES LIBS FLAGS)
+function(kel_pkg_config pc_name pc_description pc_requires pc_libs pc_flags)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/module.pc.in ${PROJECT_BINARY_DIR}/${pc_name}.pc @ONLY)
+  kel_install_files(development ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+    ${PROJECT_BINARY_DIR}/${pc_name}.pc)
+endfunction()
+kel_pkg_config(kelsave "Scene saving into compound files" "" "-lkelsave -lkelplatform" "")
+kel_pkg_config(kelcalc "A postfix calculator for 3-D geometry, to be embedded" kelgeometry
+  -lkelcalc "")
+kel_pkg_config(kelgeometry "Vectors, quaternions, rotations and affine matrices" ""
+  -lkelgeometry -ffp-contract=off)

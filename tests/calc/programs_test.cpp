@@ -136,7 +136,7 @@ class Teller final : public CaFailureObserver {
   void Warned(const CaInterpreter&, const char* message) override { told += message; }
 
   std::string told;
-  volatile std::sig_atomic_t interrupt = 0;
+  std::atomic<int> interrupt = 0;
 
  private:
   void Tell(const std::string& what, CaCharacterSource& source) {

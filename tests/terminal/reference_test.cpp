@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "calc/dispatch.h"
+#include "calc/explain/alternatives.h"
 #include "calc/interpreter.h"
 #include "calc/run.h"
 #include "tests/folder.h"

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "calc/dispatch.h"
+#include "calc/explain/alternatives.h"
 #include "calc/object.h"
 #include "tools/kelcalc/number_style.h"
 #include "tools/kelcalc/reference.h"

@@ -1,6 +1,7 @@
 #include "tools/kelcalc/interrupt.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 
 #ifndef _WIN32
@@ -10,7 +11,7 @@
 
 namespace kelcalc {
 
-volatile std::sig_atomic_t InterruptRequested = 0;
+std::atomic<int> InterruptRequested = 0;
 
 namespace {
 

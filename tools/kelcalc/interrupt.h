@@ -1,6 +1,6 @@
 #pragma once
 
-#include <csignal>
+#include <atomic>
 
 namespace kelcalc {
 
@@ -9,7 +9,7 @@ namespace kelcalc {
 void CatchInterrupts();
 
 /// Not 0 after a Ctrl-C; whoever acts on it sets it back.
-extern volatile std::sig_atomic_t InterruptRequested;
+extern std::atomic<int> InterruptRequested;
 
 /// Ctrl-C breaks off writes as well as reads. After one, forgets that standard output has failed:
 /// what was being printed may be lost, and a failure of another cause comes again.

@@ -129,10 +129,4 @@ void SetShownDigits(CaInterpreter& interpreter, int digits) {
   interpreter.show = ShowValue;
 }
 
-const char* TypeName(int type) {
-  constexpr const char* Names[] = {"nothing", "integer", "string",     "real",     "vector",
-                                   "point",   "matrix",  "quaternion", "rotation", "scale"};
-  return type >= TypeNothing && type <= TypeScale ? Names[type] : Names[TypeNothing];
-}
-
 }  // namespace kelcalc

@@ -29,7 +29,4 @@ std::vector<double> NumbersIn(const CaValue& value);
 /// the language's own form of values are not touched.
 void SetShownDigits(CaInterpreter& interpreter, int digits);
 
-/// The name of a value's type, in lower case: "real".
-const char* TypeName(int type);
-
 }  // namespace kelcalc

@@ -40,11 +40,6 @@ bool IsText(const Program& program) { return program.origin == Program::Text; }
 
 }  // namespace
 
-std::string ProgramPath(const std::string& name) {
-  const std::string path = name.substr(0, 255);
-  return path.find('.') == std::string::npos ? path + ".3dc" : path;
-}
-
 int RunNamedFile(CaInterpreter& interpreter, const std::string& path) {
   const std::unique_ptr<CaCharacterSource> source =
       CaCharacterSource::OpenFile(path.c_str(), interpreter.interruptRequested, interpreter.output);

@@ -13,10 +13,6 @@ namespace kelcalc {
 /// opened; with `stop` it ends there, else it goes on with the next.
 int RunPrograms(CaInterpreter& interpreter, const std::vector<Program>& programs, bool stop);
 
-/// The path that ;read and ;write make of a name: its first 255 bytes, with ".3dc" behind them when
-/// there is no point among them.
-std::string ProgramPath(const std::string& name);
-
 /// Runs the file of exactly this name, passing over a first line that begins with "#!". Returns 1,
 /// or 0 after the message of the language when it cannot be opened.
 int RunNamedFile(CaInterpreter& interpreter, const std::string& path);

@@ -7,6 +7,7 @@
 
 #include "calc/interpreter.h"
 #include "calc/object.h"
+#include "calc/run.h"
 #include "tools/kelcalc/exact_text.h"
 #include "tools/kelcalc/file_writing.h"
 #include "tools/kelcalc/help_topics.h"

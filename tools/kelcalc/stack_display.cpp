@@ -11,6 +11,7 @@
 #include <sys/ioctl.h>
 #endif
 
+#include "calc/explain/alternatives.h"
 #include "calc/interpreter.h"
 #include "calc/object.h"
 #include "tools/kelcalc/number_style.h"

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "calc/explain/alternatives.h"
 #include "calc/interpreter.h"
 #include "calc/object.h"
 #include "tools/kelcalc/number_style.h"

@@ -5,7 +5,7 @@
 
 #include "calc/character_source.h"
 #include "calc/interpreter.h"
-#include "tools/kelcalc/failure_reason.h"
+#include "calc/explain/failure_reason.h"
 #include "tools/kelcalc/input.h"
 #include "tools/kelcalc/output.h"
 #include "tools/kelcalc/session.h"

@@ -1,4 +1,4 @@
-#include "tools/kelcalc/failure_reason.h"
+#include "calc/explain/failure_reason.h"
 
 #include <algorithm>
 #include <cctype>
@@ -9,13 +9,12 @@
 
 #include "calc/character_source.h"
 #include "calc/dispatch.h"
+#include "calc/explain/alternatives.h"
+#include "calc/explain/suggestions.h"
 #include "calc/interpreter.h"
 #include "calc/object.h"
 #include "calc/rules.h"
-#include "tools/kelcalc/number_style.h"
-#include "tools/kelcalc/programs.h"
-#include "tools/kelcalc/reference.h"
-#include "tools/kelcalc/suggestions.h"
+#include "calc/run.h"
 
 namespace kelcalc {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/kelcalc/suggestions.h"
+#include "calc/explain/suggestions.h"
 
 #include <algorithm>
 #include <cctype>
@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "calc/dispatch.h"
+#include "calc/explain/alternatives.h"
 #include "calc/interpreter.h"
-#include "tools/kelcalc/reference.h"
 
 namespace kelcalc {
 namespace {

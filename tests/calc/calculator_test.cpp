@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+
+#include <kelcalc.h>
+#include <cmath>
+#include <future>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using kel::Calculator;
+using kel::Outcome;
+using kel::Value;
+
+/// A calculator that writes down all that it is told.
+struct Recorder {
+  Recorder() {
+    calculator.OnOutput([this](std::string_view text) { told += text; });
+    calculator.OnMessage([this](std::string_view text) { told += text; });
+    calculator.OnFailure([this](const kel::Failure& failure) { failures.push_back(failure); });
+  }
+
+  Calculator calculator;
+  std::string told;
+  std::vector<kel::Failure> failures;
+};
+
+TEST(Calculator, TellsAllInItsOrderAndPrintsNothingItself) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  Recorder recorder;
+  const Outcome outcome = recorder.calculator.Run(
+      "1 # \"a\" 2 + 3 #\n q(1,0,0,0) 0 / # nosuch ;sine \"no file\" ;read", "text");
+  EXPECT_EQ(
+      " 1.000000\n\nType mismatch for operator +\n\a \n 3.000000\n"
+      "Quaternion divided by zero!\n q(1.000000,   0.000000, 0.000000, 0.000000)\n"
+      "\nUnrecognized operator sine\n Can't open file no file.3dc!\n\a \n",
+      recorder.told);
+  EXPECT_EQ("", testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr());
+  EXPECT_FALSE(outcome);
+  EXPECT_EQ(Outcome::End::Complete, outcome.end);
+  EXPECT_EQ("3 failures", outcome.Text());
+  ASSERT_EQ(3u, recorder.failures.size());
+  const kel::Failure& sum = recorder.failures[0];
+  EXPECT_EQ("text:1:11:+", sum.program + ":" + std::to_string(sum.line) + ":" +
+                               std::to_string(sum.column) + ":" + sum.token);
+  EXPECT_NE(std::string::npos, sum.message.find("(string, real)")) << sum.message;
+  EXPECT_NE(sum.rules.end(), std::find(sum.rules.begin(), sum.rules.end(), "point+vector"));
+  EXPECT_EQ(";sine", recorder.failures[1].token);
+  EXPECT_EQ(2, recorder.failures[1].line);
+}
+
+TEST(Calculator, TakesAndGivesValuesOfAllTypes) {
+  constexpr double Infinity = std::numeric_limits<double>::infinity();
+  const struct {
+    Value value;
+    const char* printed;
+  } Rows[] = {
+      {Value(), ""},
+      {Value::Integer(-7), " -7\n"},
+      {Value::Text("a \"b\""), " \"a \"b\"\"\n"},
+      {Value::Real(-Infinity), " -inf\n"},
+      {Value::Vector(1, 2, 3), " v(1.000000, 2.000000, 3.000000)\n"},
+      {Value::Point(1, 2, 3), " p(1.000000, 2.000000, 3.000000)\n"},
+      {Value::Matrix({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}),
+       " m(     1.000,     2.000,     3.000,     4.000\n"
+       "        5.000,     6.000,     7.000,     8.000\n"
+       "        9.000,    10.000,    11.000,    12.000)\n"},
+      {Value::Quaternion(1, 2, 3, 4), " q(1.000000,   2.000000, 3.000000, 4.000000)\n"},
+      {Value::Rotation(1, 2, 3, 4), " r(1.000000, 2.000000, 3.000000,   4.000000)\n"},
+      {Value::Scale(1, 2, 3), " s(1.000000, 2.000000, 3.000000)\n"},
+  };
+  for (const auto& row : Rows) {
+    SCOPED_TRACE(row.printed);
+    Recorder recorder;
+    Calculator& calculator = recorder.calculator;
+    ASSERT_TRUE(calculator.Set("x_1", row.value));
+    EXPECT_TRUE(calculator.Get("x_1") == row.value);
+    calculator.Push(row.value);
+    EXPECT_TRUE(calculator.Peek(0) == row.value);
+    if (row.value.type != kel::Type::Nothing) {
+      EXPECT_TRUE(calculator.Run("# x_1 #"));
+      EXPECT_EQ(std::string(row.printed) + row.printed, recorder.told);
+    }
+  }
+}
+
+TEST(Calculator, KeepsStackVariablesAndSkipping) {
+  Recorder recorder;
+  Calculator& calculator = recorder.calculator;
+  EXPECT_TRUE(calculator.Run("1 a : 2 b : 3 a : 5 6 2 1 < {"));
+  EXPECT_TRUE(calculator.Run("7 } 8"));
+  EXPECT_EQ((std::vector<std::string>{"a", "b"}), calculator.Names());
+  EXPECT_EQ(3u, calculator.Depth());
+  EXPECT_TRUE(calculator.Peek(2) == Value::Real(5));
+  EXPECT_TRUE(calculator.Peek(3) == Value());
+  calculator.Pop(9);
+  EXPECT_EQ(0u, calculator.Depth());
+  EXPECT_FALSE(calculator.Get("c"));
+  for (const std::string& name : {std::string(), std::string("_a"), std::string("a b"),
+                                  std::string("a\0b", 3), std::string(256, 'a')}) {
+    EXPECT_FALSE(calculator.Set(name, Value::Real(1))) << name;
+  }
+  EXPECT_TRUE(calculator.Run("2 1 <"));
+  calculator.Clear();
+  EXPECT_TRUE(calculator.Names().empty());
+  EXPECT_TRUE(calculator.Run("4 #"));
+  EXPECT_EQ(" 4.000000\n", recorder.told);
+}
+
+TEST(Calculator, EndsWhereItIsTold) {
+  Calculator calculator;
+  calculator.LimitSteps(3);
+  EXPECT_EQ(Outcome::End::OutOfSteps, calculator.Run("1 2 3 4").end);
+  EXPECT_EQ(Outcome::End::Complete, calculator.Run("4 5 6").end);
+  calculator.LimitSteps(0);
+  calculator.Interrupt();
+  EXPECT_EQ(Outcome::End::Interrupted, calculator.Run("7").end);
+  EXPECT_EQ(6u, calculator.Depth());
+
+  // From another thread, in the middle of a run.
+  std::promise<void> printed;
+  std::promise<void> interrupted;
+  calculator.OnFailure([&](const kel::Failure&) {
+    printed.set_value();
+    interrupted.get_future().wait();
+  });
+  std::thread other([&] {
+    printed.get_future().wait();
+    calculator.Interrupt();
+    interrupted.set_value();
+  });
+  EXPECT_EQ(Outcome::End::Interrupted, calculator.Run("\\\\ \"a\" 1 + 2").end);
+  other.join();
+  EXPECT_EQ(2u, calculator.Depth());
+
+  EXPECT_EQ(Outcome::End::Unreadable, calculator.RunFile("/no/such.3dc").end);
+  EXPECT_EQ(Outcome::End::Unreadable, calculator.RunFile("/").end);
+}
+
+TEST(Calculator, PassesOnWhatACallbackThrows) {
+  Calculator calculator;
+  Outcome inner;
+  calculator.OnOutput([&](std::string_view) {
+    inner = calculator.Run("5");
+    throw std::runtime_error("enough");
+  });
+  EXPECT_THROW(calculator.Run("1 # 2"), std::runtime_error);
+  EXPECT_EQ(Outcome::End::Unreadable, inner.end);
+  calculator.OnOutput(nullptr);
+  EXPECT_TRUE(calculator.Run("3 #"));
+}
+
+TEST(Calculator, ServesEachThreadByItself) {
+  std::vector<std::thread> threads;
+  std::vector<Recorder> recorders(4);
+  for (std::size_t i = 0; i < recorders.size(); ++i) {
+    threads.emplace_back([&recorder = recorders[i], i] {
+      const std::string number = std::to_string(i);
+      for (int run = 0; run < 200; ++run) {
+        recorder.told.clear();
+        recorder.calculator.Run("\\\\ \"t\" t" + number + " : " + number +
+                                " x : x 90 * ;sin m(2,0,0,0, 0,2,0,0, 0,0,2,0) ~ v(1,2,3) * ;y + #"
+                                " q(0,0,0,0) ~ \\ v(0,0,0) 0 / \\ nosuch +");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  constexpr const char* Sums[] = {" 1.000000\n", " 2.000000\n", " 1.000000\n", " 0.000000\n"};
+  for (std::size_t i = 0; i < recorders.size(); ++i) {
+    EXPECT_EQ(0u, recorders[i].told.find(Sums[i])) << recorders[i].told;
+    EXPECT_EQ((std::vector<std::string>{"x", "t" + std::to_string(i)}),
+              recorders[i].calculator.Names());
+  }
+}
+
+}  // namespace
