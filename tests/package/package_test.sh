@@ -12,7 +12,7 @@ trap 'rm -rf "$work"' EXIT
 "$cmake" --install "$build" --prefix "$work/first" >"$work/log"
 mv "$work/first" "$work/moved"
 (cd "$work/moved" && find . -type f -o -type l) |
-  sed -E 's/^\.\///; s/(Targets)-[a-z]+(\.cmake)$/\1-CONFIG\2/; s/(\/examples\/).*/\1.../' |
+  sed -E 's/^\.\///; s/(Targets)-[a-z]+(\.cmake)$/\1-CONFIG\2/; s/(\/(examples|calc|geometry)\/).*/\1.../' |
   LC_ALL=C sort -u |
   diff -u "$here/installed_files.txt" -
 
@@ -53,9 +53,17 @@ cp -r "$source/examples/scene_host" "$work/copied"
 build_host "$work/copied" "$work/copied_built"
 run_host "$work/copied_built/scene_host" .
 
+cp -r "$source/examples/embed" "$work/embed"
+build_host "$work/embed" "$work/embed_built"
+[ "$("$work/embed_built/embed" 1 2 3)" = $' p(-2.000000, 1.000000, 8.000000)\nits height is 8' ]
+
 export PKG_CONFIG_PATH
 PKG_CONFIG_PATH=$(dirname "$(find "$work/moved" -name kelsave.pc)")
 read -ra package < <(pkg-config --cflags --libs kelsave)
 "$compiler" -std=c++17 "${flags[@]}" "$work/consumer/main.cpp" -o "$work/with_pkg_config" \
   "${package[@]}" -Wl,-rpath,"$(pkg-config --variable=libdir kelsave)"
 run_host "$work/with_pkg_config"
+read -ra package < <(pkg-config --cflags --libs kelcalc)
+"$compiler" -std=c++17 "${flags[@]}" "$work/embed/main.cpp" -o "$work/embed_pkg_config" \
+  "${package[@]}"
+[ "$("$work/embed_pkg_config" 0 0 1 | tail -n 1)" = "its height is 6" ]
