@@ -10,12 +10,12 @@
 #include "calc/character_source.h"
 #include "calc/dispatch.h"
 #include "calc/explain/alternatives.h"
+#include "calc/explain/failure_reason.h"
+#include "calc/explain/suggestions.h"
 #include "calc/interpreter.h"
 #include "calc/next_item.h"
 #include "calc/numbers.h"
-#include "calc/explain/failure_reason.h"
 #include "tools/kelcalc/number_style.h"
-#include "calc/explain/suggestions.h"
 
 namespace kelcalc {
 namespace {

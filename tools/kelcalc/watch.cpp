@@ -4,8 +4,8 @@
 #include <cstdio>
 
 #include "calc/character_source.h"
-#include "calc/interpreter.h"
 #include "calc/explain/failure_reason.h"
+#include "calc/interpreter.h"
 #include "tools/kelcalc/input.h"
 #include "tools/kelcalc/output.h"
 #include "tools/kelcalc/session.h"
