@@ -133,6 +133,7 @@ struct CyMatrix {
   }
 
   CyMatrix RigidInverse() const noexcept;
+  CyMatrix InverseByKind() const noexcept;
   static CyMatrix FullProduct(const CyMatrix& a, const CyMatrix& b) noexcept;
   static CyMatrix ProductByKind(const CyMatrix& a, const CyMatrix& b) noexcept;
 };
@@ -198,7 +199,5 @@ inline CyMatrix CyMatrix::RigidInverse() const noexcept {
 
 inline CyMatrix CyMatrix::Inverse() const noexcept {
   if (kind == MatTranslate || kind == MatRotate || kind == MatRigid) return RigidInverse();
-  CyMatrix inverse = *this;
-  inverse.Invert();
-  return inverse;
+  return InverseByKind();
 }

@@ -79,21 +79,19 @@ struct Elimination {
   bool Run() { return Step<0>() && Step<1>() && Step<2>() && Step<3>(); }
 };
 
-/// Element `r` of minus the transposed linear part applied to `t`.
-double MovedBack(const CyMatrix& a, int r, const CyVector& t) {
-  return -(a.m[0][r] * t.x + a.m[1][r] * t.y + a.m[2][r] * t.z);
-}
-
-/// InvertRigid with every element divided by the square of the scale.
-void InvertScaled(CyMatrix& a) {
-  const CyMatrix given = a;
-  const auto& m = given.m;
+/// The rigid inverse of `a` with every element divided by the square of the scale.
+CyMatrix ScaledInverse(const CyMatrix& a) {
+  const auto& m = a.m;
   const CyVector t(m[0][3], m[1][3], m[2][3]);
   const double squaredScale = m[0][0] * m[0][0] + m[0][1] * m[0][1] + m[0][2] * m[0][2];
+  CyMatrix inverse;
+  inverse.kind = a.kind;
   for (int r = 0; r < 3; ++r) {
-    CyStorePair(CyPair{m[0][r], m[1][r]} / squaredScale, a.m[r]);
-    CyStorePair(CyPair{m[2][r], MovedBack(given, r, t)} / squaredScale, a.m[r] + 2);
+    const double movedBack = -(m[0][r] * t.x + m[1][r] * t.y + m[2][r] * t.z);
+    CyStorePair(CyPair{m[0][r], m[1][r]} / squaredScale, inverse.m[r]);
+    CyStorePair(CyPair{m[2][r], movedBack} / squaredScale, inverse.m[r] + 2);
   }
+  return inverse;
 }
 
 void InvertGeneral(CyMatrix& a) {
@@ -122,9 +120,17 @@ void CyMatrix::Invert() noexcept {
       return InvertRigid();
     case MatScale:
     case MatScaled:
-      return InvertScaled(*this);
+      *this = ScaledInverse(*this);
+      return;
     case MatGeneral:
       break;
   }
   InvertGeneral(*this);  // words that are no kind included
+}
+
+CyMatrix CyMatrix::InverseByKind() const noexcept {
+  if (kind == MatScale || kind == MatScaled) return ScaledInverse(*this);
+  CyMatrix inverse = *this;
+  inverse.Invert();
+  return inverse;
 }

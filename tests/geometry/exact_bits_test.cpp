@@ -67,8 +67,8 @@ TEST(ExactBits, OfEveryOperation) {
   expect(Matrix(P).XformPoint(V), {0.0873015873015873, 0.0158730158730159, 0.36349206349206353});
   expect(Placed(1).Inverse().XformPoint(V),
          {-1.1457142857142857, -0.05285714285714285, -0.6485714285714286});
-  expect(Placed(-3).Inverse().XformPoint(V),
-         {0.3819047619047619, 0.01761904761904761, 0.21619047619047613});
+  expect(Placed(-7).Inverse().XformPoint(V),
+         {0.16367346938775512, 0.007551020408163256, 0.0926530612244898});
   expect(G.Inverse().XformPoint(V), {-0.5604250916956643, 0.8617511520737328, -0.1690962099125365});
   expect((G * G).XformPoint(V), {2.561, -0.3660000000000002, 3.5190000000000006});
   expect(FromMatrix({MatGeneral, {{1}, {0.5, -1}, {0.25, 0, -1}}}), {0, 1, 0.25, 0.125});
@@ -76,6 +76,8 @@ TEST(ExactBits, OfEveryOperation) {
   expect(FromMatrix({MatGeneral, {{-1}, {0, -1}, {0, 0, 1}}}), {0, 0, 0, 1});
   expect(About({0, 0, -1}, 0), {1, 0, 0, 0, -0.0, 1, 0, 0, 0, 0, 1, 0});
   expect(About({0, 0, 1}, 0).Inverse(), {1, 0, 0, -0.0, -0.0, 1, 0, -0.0, 0, 0, 1, -0.0});
+  expect(CyMatrix{MatTranslate, {{1, 0, 0, 1}, {0, 1, 0, 2}, {0, 0, 1, 3}}} * About({0, 0, 1}, 0),
+         {1, -0.0, 0, 1, 0, 1, 0, 2, 0, 0, 1, 3});
   expect(MinusOnes * Zeros, Numbers(12, -0.0));
 }
 

@@ -42,18 +42,19 @@ TEST(Quaternion, ShortQuaternions) {
 }
 
 TEST(Quaternion, Division) {
-  std::string taken;
+  const auto take = [](void* to, const char* message) noexcept {
+    *static_cast<std::string*>(to) = message;
+  };
   for (const double divisor : {0.0, 1e-6, -2.0, NotANumber}) {
-    {
-      const CyMessageScope scope(
-          [](void* to, const char* text) noexcept { *static_cast<std::string*>(to) = text; },
-          &taken);
-      EXPECT_TRUE(Same(Q(2, 0, 0, 4) / divisor, Q(2, 0, 0, 4))) << divisor;
-    }
+    std::string outer, inner;
     testing::internal::CaptureStderr();
+    EXPECT_TRUE(Same(Q(2, 0, 0, 4) / divisor, Q(2, 0, 0, 4))) << divisor;
+    const CyMessageScope toOuter(take, &outer);
+    if (const CyMessageScope toInner(take, &inner); true) Q(1, 0, 0, 0) / divisor;
     Q(1, 0, 0, 0) / divisor;
-    EXPECT_EQ(taken, "Quaternion divided by zero!\n") << divisor;
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), taken) << divisor;
+    for (const std::string& taken : {testing::internal::GetCapturedStderr(), inner, outer}) {
+      EXPECT_EQ(taken, "Quaternion divided by zero!\n") << divisor;
+    }
   }
 }
 
