@@ -144,7 +144,7 @@ void CaCharacterSource::Close() {
 bool CaCharacterSource::Refill() {
   if (!fill_) return false;
   LetGoOfBlock();
-  if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(BlockSize + 2);
+  if (block_ == nullptr) block_.reset(new char[BlockSize + 2]);
   // There is none before the first block, and still none when the first `fill_` threw.
   if (end_ != Nothing) block_[0] = end_[-1];
   char* first = block_.get() + 1;

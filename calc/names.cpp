@@ -67,7 +67,7 @@ void* CaNames::Room(std::size_t size) {
   size = (size + alignof(CaName) - 1) / alignof(CaName) * alignof(CaName);
   if (size > left_) {
     left_ = std::max(BlockSize, size);
-    blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(left_));
+    blocks_.emplace_back(new std::byte[left_]);
     room_ = blocks_.back().get();
   }
   left_ -= size;

@@ -4,8 +4,10 @@
 #include <array>
 #include <bit>
 #include <charconv>
+#include <clocale>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <limits>
@@ -19,6 +21,8 @@ namespace {
 
 constexpr bool IsDigit(int c) { return c >= '0' && c <= '9'; }
 constexpr bool IsExponentMark(int c) { return c == 'e' || c == 'E'; }
+
+#ifdef __cpp_lib_to_chars
 
 /// What a number outside the range of a double is taken for. `text` is a complete number.
 double BeyondRange(std::string_view text) {
@@ -40,6 +44,36 @@ double BeyondRange(std::string_view text) {
   }
   return power > 0 ? std::numeric_limits<double>::infinity() : 0.0;
 }
+
+/// The double nearest to `text`, a complete number; it may lack the zero before the point.
+double Converted(const std::string& text) {
+  double number = 0.0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  return result.ec == std::errc::result_out_of_range ? BeyondRange(text) : number;
+}
+
+/// The whole number and a byte behind it are at hand.
+bool ReadAtHand(CaCharacterSource& source, double& number) {
+  const std::string_view text = source.AtHand();
+  if (text.empty() || (!IsDigit(text[0]) && text[0] != '.')) return false;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, number);
+  if (result.ec != std::errc() || result.ptr == end || IsExponentMark(*result.ptr)) return false;
+  source.Skip(static_cast<std::size_t>(result.ptr - text.data()));
+  return true;
+}
+
+#else  // older standard libraries of clang, where only the C library converts to doubles
+
+double Converted(const std::string& text) {
+  static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+  return strtod_l(text.c_str(), nullptr, locale);
+}
+
+/// Nothing but digits, points and exponents may reach strtod_l, so everything is collected.
+bool ReadAtHand(CaCharacterSource&, double&) { return false; }
+
+#endif
 
 /// Moves the next byte to `text` when `accept` takes it.
 template <typename Accept>
@@ -70,9 +104,7 @@ bool ReadCollected(CaCharacterSource& source, double& number) {
     Take(source, text, [](int c) { return c == '+' || c == '-'; });
     if (TakeDigits(source, text) == 0) return false;
   }
-  // A fraction may lack its leading zero, which the conversion takes as it is.
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (result.ec == std::errc::result_out_of_range) number = BeyondRange(text);
+  number = Converted(text);
   return true;
 }
 
@@ -105,17 +137,6 @@ bool ReadShort(CaCharacterSource& source, double& number) {
   }
   source.Skip(taken.size());
   number = static_cast<double>(static_cast<std::int64_t>(digits)) / PowersOfTen[decimals];
-  return true;
-}
-
-/// The whole number and a byte behind it are at hand.
-bool ReadAtHand(CaCharacterSource& source, double& number) {
-  const std::string_view text = source.AtHand();
-  if (text.empty() || (!IsDigit(text[0]) && text[0] != '.')) return false;
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, number);
-  if (result.ec != std::errc() || result.ptr == end || IsExponentMark(*result.ptr)) return false;
-  source.Skip(static_cast<std::size_t>(result.ptr - text.data()));
   return true;
 }
 

@@ -41,7 +41,8 @@ int ApplyRules(CaInterpreter& interpreter, const CaRuleGrid& rules, const CaOper
 
 int ApplyForms(CaInterpreter& interpreter, const CaOperatorEntry& entry) {
   const std::int32_t top = interpreter.Peek(0)->Value()->type;
-  const auto form = std::ranges::find(entry.forms, top, &CaTopRule::top);
+  const auto form = std::find_if(entry.forms.begin(), entry.forms.end(),
+                                 [top](const CaTopRule& rule) { return rule.top == top; });
   if (form == entry.forms.end() || interpreter.Depth() < form->operands) return 0;
   if (form->make == nullptr) return 1;
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs programs through the calculator of this machine and through kelcalc.exe; what they print and
+# Runs programs through the calculator of this machine and through another build; what they print and
 # how they end must be the same, line ends aside:
 #   same_output_test.sh NATIVE_BUILD EMULATOR KELCALC SOURCES
 set -euo pipefail
@@ -18,7 +18,7 @@ compare() {
   sed -i 's/\r$//' "$folder/out.win" "$folder/err.win"
   if [ $status -ne $other ] || ! diff -u "$folder/out" "$folder/out.win" ||
      ! diff -u "$folder/err" "$folder/err.win"; then
-    echo "different: $name (ended with $status, under Windows with $other)"
+    echo "different: $name (ended with $status, the other with $other)"
     failures=$((failures + 1))
   fi
 }

@@ -59,8 +59,9 @@ Completion CompleteSession(std::string_view line) {
 
 /// Whether a string of the language holds `name` as it is.
 bool IsPlain(const std::string& name) {
-  return std::ranges::none_of(
-      name, [](unsigned char c) { return c < 0x20 || c == 0x7F || c == '"' || c == '\\'; });
+  return std::none_of(name.begin(), name.end(), [](unsigned char c) {
+    return c < 0x20 || c == 0x7F || c == '"' || c == '\\';
+  });
 }
 
 }  // namespace
@@ -80,7 +81,7 @@ Completion CompleteFile(std::string_view path, const std::string& end) {
     if (!name.starts_with(begun) || hidden || !IsPlain(name)) continue;
     completion.candidates.push_back(folder + name + (entry.is_directory(ignored) ? "/" : ""));
   }
-  std::ranges::sort(completion.candidates);
+  std::sort(completion.candidates.begin(), completion.candidates.end());
   const std::vector<std::string>& found = completion.candidates;
   if (found.size() == 1 && found[0].ends_with('/')) completion.end = "";
   return completion;

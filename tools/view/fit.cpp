@@ -7,6 +7,9 @@
 #include <numeric>
 #include <string>
 
+#include "calc/character_source.h"
+#include "calc/numbers.h"
+
 namespace kelview {
 namespace {
 
@@ -101,8 +104,9 @@ int DecimalExponent(double number) {
 /// Read as a text, so that every machine has the same one.
 double PowerOfTen(int exponent) {
   const std::string text = "1e" + std::to_string(exponent);
+  CaCharacterSource source(text);
   double power = 1.0;
-  std::from_chars(text.data(), text.data() + text.size(), power);
+  ReadUnsigned(source, power);
   return power;
 }
 
