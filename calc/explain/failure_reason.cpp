@@ -4,7 +4,6 @@
 #include <cctype>
 #include <cstddef>
 #include <cstring>
-#include <functional>
 #include <vector>
 
 #include "calc/character_source.h"
@@ -57,13 +56,14 @@ int FittingEntries(const CaInterpreter& interpreter, const Alternative& alternat
 /// program can make, are left out.
 std::string TakenText(const CaInterpreter& interpreter, const CaOperatorEntry& entry) {
   std::vector<Alternative> alternatives = AlternativesOf(entry);
-  std::ranges::stable_sort(alternatives, std::ranges::greater(), [&](const Alternative& one) {
-    return FittingEntries(interpreter, one);
-  });
+  const auto fitsBetter = [&](const Alternative& one, const Alternative& other) {
+    return FittingEntries(interpreter, one) > FittingEntries(interpreter, other);
+  };
+  std::stable_sort(alternatives.begin(), alternatives.end(), fitsBetter);
   std::string text = "it takes ";
   std::size_t shown = 0;
   for (const Alternative& one : alternatives) {
-    if (std::ranges::find(one.operands, TypeInteger) != one.operands.end()) continue;
+    if (std::count(one.operands.begin(), one.operands.end(), TypeInteger) > 0) continue;
     if (shown == MostAlternatives) return text + ", ...";
     if (shown++ > 0) text += ", or ";
     text += TakenText(one, entry);

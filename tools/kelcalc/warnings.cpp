@@ -1,7 +1,6 @@
 #include "tools/kelcalc/warnings.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <string_view>
@@ -60,8 +59,8 @@ bool IsCut(double number, int decimals) {
   char text[LongestFixed];
   const char* end = WriteFixed(text, number, decimals, 0);
   double back = 0.0;
-  const auto read = std::from_chars(text, end, back);
-  return read.ec != std::errc() || read.ptr != end || back != number;
+  CaCharacterSource source(std::string_view(text, static_cast<std::size_t>(end - text)));
+  return std::isfinite(number) && !(ReadSigned(source, back) && back == number);
 }
 
 bool IsCut(const CaValue& value) {
