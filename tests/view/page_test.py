@@ -68,6 +68,12 @@ class PageTest(unittest.TestCase):
     def near(self, name, spot, reach=45):
         self.assertLess(abs(name["x"] - spot[0]) - name["width"] / 2, reach)
         self.assertLess(abs(name["y"] - spot[1]), reach)
+        box = [name["x"] - name["width"] / 2, name["y"] - name["height"] / 2, name["width"],
+               name["height"]]
+        written = self.browser.run(COPY + f"""
+            const data = context.getImageData(...{box}.map(c => c * devicePixelRatio)).data;
+            return data.filter((c, i) => i % 4 === 2 && c < 90).length;""")
+        self.assertGreater(written, 20, "nothing is written there")
 
     def test_things_and_names_are_where_they_should_be(self):
         width, height = self.open(ONE_OF_EACH)
