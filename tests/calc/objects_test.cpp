@@ -6,10 +6,14 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <limits>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "calc/interpreter.h"
+#include "calc_harness.h"
 
 namespace {
 
@@ -38,15 +42,6 @@ TEST(Values, AssignmentOverAString) {
   EXPECT_EQ(value.integer, 7);
 }
 
-TEST(Objects, Print) {
-  const CaValue two(2.0);
-  EXPECT_EQ(Printed(CaObject()), "");
-  EXPECT_EQ(Printed(CaVariable("x", nullptr)), " x\n");
-  EXPECT_EQ(Printed(CaVariable("x", &two)), " 2.000000\n");
-  EXPECT_EQ(Printed(CaVariable(nullptr, nullptr)), "");
-  EXPECT_EQ(Printed(CaOperator(nullptr, "+", two, 0)), " +");
-}
-
 TEST(Interpreter, NamesOutliveTheirVariables) {
   CaInterpreter interpreter;
   interpreter.PushOwned(new CaVariable("gone", nullptr));
@@ -57,36 +52,6 @@ TEST(Interpreter, NamesOutliveTheirVariables) {
   EXPECT_STREQ(name, "gone");
   EXPECT_EQ(interpreter.Peek(0), &NothingValue);
   EXPECT_EQ(interpreter.Peek(-1), &NothingValue);
-}
-
-/// The names from the most recent on; the links back have to tell the same.
-std::string Names(const CaList& list) {
-  std::string forward;
-  std::string backward;
-  for (const CaListNode* at = list.head; at != nullptr; at = at->next) {
-    if (at->payload != nullptr) forward += at->payload->Name();
-  }
-  for (const CaListNode* at = list.tail; at != nullptr; at = at->previous) {
-    if (at->payload != nullptr) backward += at->payload->Name();
-  }
-  EXPECT_EQ(forward, std::string(backward.rbegin(), backward.rend()));
-  EXPECT_EQ(list.head == nullptr, list.count == 0);
-  return forward;
-}
-
-TEST(Interpreter, RedefiningMovesAVariableToTheFront) {
-  for (const char* order : {"xzy", "yzx", "zyx"}) {
-    CaInterpreter interpreter;
-    const CaValue two(2.0);
-    for (const char* name : {"x", "y", "z"}) interpreter.DefineVariable(CaVariable(name, &two));
-    const std::string first(1, *order);
-    interpreter.DefineVariable(CaVariable(first.c_str(), &two));
-    interpreter.DefineVariable(CaVariable(nullptr, &two));
-    EXPECT_EQ(Names(interpreter.variables), order);
-    EXPECT_EQ(interpreter.VariableNameAt(0), first);
-    EXPECT_EQ(interpreter.VariableNameAt(3), nullptr);
-    EXPECT_EQ(interpreter.FindVariable("X"), &NothingValue);
-  }
 }
 
 /// Every change of the list behind the table's back, from the list x y z, which were defined in
@@ -136,12 +101,46 @@ TEST(Interpreter, FindsVariablesAfterAnyChangeOfTheirList) {
       interpreter.DefineVariable(CaVariable(name, &value));
     }
     change.make(interpreter.variables);
-    Names(interpreter.variables);
     std::vector<double> found;
     for (const char* name : {"x", "y", "z", "q"}) {
       found.push_back(interpreter.FindVariable(name)->real);
     }
     EXPECT_EQ(found, change.values) << &change - Changes;
+    int left = interpreter.variables.count;
+    while (interpreter.variables.head != nullptr) Delete(interpreter.variables.PopBack()), --left;
+    EXPECT_EQ(left, 0) << &change - Changes;
+  }
+}
+
+// No program makes integers.
+struct IntegerCase {
+  std::int32_t beneath;  // stays beneath the result of "~"
+  std::int32_t top;
+  std::string_view name;
+  std::optional<std::int32_t> result;  // none where the operator fails
+};
+
+constexpr std::int32_t Least = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t Most = std::numeric_limits<std::int32_t>::max();
+
+constexpr IntegerCase IntegerCases[] = {
+    {7, 2, "+", 9},    {Most, 1, "+", Least}, {7, 9, "-", -2},        {Least, 1, "-", Most},
+    {-7, 3, "*", -21}, {Most, 2, "*", -2},    {65536, 65536, "*", 0}, {-7, 2, "/", -3},
+    {7, -2, "/", -3},  {7, 0, "/", {}},       {Least, -1, "/", {}},   {-7, 2, "%", -1},
+    {7, -2, "%", 1},   {7, 0, "%", {}},       {Least, -1, "%", {}},   {0, 0, "~", 0},
+    {0, 7, "~", -7},   {0, -7, "~", 7},       {0, Most, "~", -Most},  {0, Least, "~", Least},
+};
+
+TEST(Integers, WrapAndDivideTowardsZero) {
+  for (const auto& [beneath, top, name, result] : IntegerCases) {
+    Calculator calculator;
+    for (const std::int32_t operand : {beneath, top}) {
+      calculator.interpreter.PushCopy(CaValue(operand));
+    }
+    const Written written = calculator.Run(std::string(name) + " # ");
+    EXPECT_EQ(written.output, " " + std::to_string(result.value_or(top)) + "\n")
+        << beneath << " " << top << " " << name;
+    EXPECT_EQ(written.errors, result ? "" : "\a \n") << beneath << " " << top << " " << name;
   }
 }
 

@@ -6,21 +6,17 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <csignal>
+#include <atomic>
 #include <cstddef>
-#include <cstdio>
 #include <fstream>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "calc/character_source.h"
 #include "calc/failure_observer.h"
 #include "calc/run.h"
 #include "calc_harness.h"
-#include "tests/folder.h"
 
 namespace {
 
@@ -106,85 +102,23 @@ TEST(TopLevel, TheEndEmptiesTheEngineAndClosesTheInput) {
   EXPECT_EQ(source.Read(), CaCharacterSource::End);
 }
 
-TEST(TopLevel, StandardInputStaysOpen) {
-  const Folder folder;
-  const std::string path = folder.Root() + "/input.txt";
-  WriteTextFile(path.c_str(), "1 #\x04 2 #\n");
-  ASSERT_NE(std::freopen(path.c_str(), "r", stdin), nullptr);
-  testing::internal::CaptureStdout();
-  for (int run = 0; run < 2; ++run) {
-    CaInterpreter interpreter;
-    RunTopLevel(interpreter);
+/// Asks for an interruption as soon as something fails.
+struct Interrupter final : CaFailureObserver {
+  void Failed(const CaInterpreter&, CaFailure, const char*, const CaOperatorEntry*) override {
+    requested = 1;
   }
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), " 2.000000\n");
-}
 
-/// Tells what it is told, one line for each.
-class Teller final : public CaFailureObserver {
- public:
-  void Failed(const CaInterpreter&, CaFailure, const char* name, const CaOperatorEntry*) override {
-    told += std::string("failed ").append(name) + "\n";
-    interrupt = 1;
-  }
-  void SkippingBegan(const CaInterpreter& interpreter) override {
-    Tell("skipping", *interpreter.input);
-  }
-  void InputEnded(const CaInterpreter& interpreter, CaUnfinished within) override {
-    Tell(std::to_string(static_cast<int>(within)), *interpreter.input);
-    if (interpreter.input->Error() != 0) told += "unread\n";
-  }
-  void Warned(const CaInterpreter&, const char* message) override { told += message; }
-
-  std::string told;
-  std::atomic<int> interrupt = 0;
-
- private:
-  void Tell(const std::string& what, CaCharacterSource& source) {
-    told += what + " " + std::to_string(source.MarkedPosition().column) + "\n";
-  }
+  std::atomic<int> requested = 0;
 };
 
-TEST(Observer, LearnsOfSkippingAndWarnings) {
-  constexpr const char* Rows[][2] = {
-      {"2 1 < { 3 ", "skipping 5\n0 9\n"},
-      {"1 + ; ", "failed \n0 5\n"},
-      {"q(0,0,0,0) 0 / ", "Quaternion divided by zero!\n0 14\n"},
-  };
-  for (const auto& [text, told] : Rows) {
-    Calculator calculator;
-    Teller teller;
-    calculator.interpreter.observer = &teller;
-    calculator.Run(text);
-    EXPECT_EQ(teller.told, told) << text;
-  }
-}
-
-TEST(Observer, LearnsThatAnInputCannotBeRead) {
-  for (const std::ptrdiff_t end : {0, -EIO}) {
-    std::ptrdiff_t next = 1;
-    CaCharacterSource source([&](char* block, std::size_t) {
-      *block = ' ';
-      return std::exchange(next, end);
-    });
-    Teller teller;
-    CaInterpreter interpreter;
-    interpreter.observer = &teller;
-    RunSource(interpreter, source);
-    EXPECT_EQ(source.Error(), -end);
-    EXPECT_EQ(teller.told, end == 0 ? "0 1\n" : "0 1\nunread\n");
-  }
-}
-
 TEST(Interruption, StopsBetweenTwoTokens) {
-  Teller teller;
-  CaInterpreter interpreter;
-  interpreter.errors = std::tmpfile();
-  interpreter.observer = &teller;
-  interpreter.interruptRequested = &teller.interrupt;
-  EXPECT_THROW(RunText(interpreter, "1 2 ;a 3 ", "test"), CaInterruption);
-  EXPECT_EQ(interpreter.Depth(), 2);
-  EXPECT_EQ(interpreter.nestDepth, 0);
-  std::fclose(interpreter.errors);
+  Interrupter interrupter;
+  Calculator calculator;
+  calculator.interpreter.observer = &interrupter;
+  calculator.interpreter.interruptRequested = &interrupter.requested;
+  EXPECT_THROW(RunText(calculator.interpreter, "1 2 ;a 3 ", "test"), CaInterruption);
+  EXPECT_EQ(calculator.interpreter.Depth(), 2);
+  EXPECT_EQ(calculator.interpreter.nestDepth, 0);
 }
 
 /// Every token is cut in two by the end of a block somewhere.
@@ -206,6 +140,7 @@ TEST(CharacterSource, BlocksMayEndAnywhere) {
               "\nType mismatch for operator -\n\a \n 125.000000\n 5.000000\n")
         << size;
     EXPECT_EQ(source.Position().line, 2);
+    EXPECT_EQ(source.Position().column, 69);
   }
 }
 

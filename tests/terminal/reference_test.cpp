@@ -8,8 +8,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "calc/dispatch.h"
@@ -88,6 +90,24 @@ bool Takes(const std::vector<kelcalc::Alternative>& alternatives, int top, int b
   });
 }
 
+/// For the operators that tell of operands without a rule, the types on top with which they do;
+/// the others, and other types, fail silently.
+const std::map<std::string_view, std::vector<CaType>> Reporting = {
+    {"+", {TypeInteger, TypeReal}},
+    {"-", {TypeInteger, TypeReal, TypeVector, TypePoint}},
+    {"*",
+     {TypeInteger, TypeReal, TypeVector, TypePoint, TypeMatrix, TypeQuaternion, TypeRotation,
+      TypeScale}},
+    {"%", {TypeInteger, TypeVector, TypeQuaternion}},
+    {"/", {TypeInteger, TypeReal}},
+};
+
+/// Whether `entry`, which failed, had to tell of it.
+bool Reports(const CaOperatorEntry& entry, int top) {
+  const auto found = Reporting.find(entry.name);
+  return found != Reporting.end() && std::ranges::find(found->second, top) != found->second.end();
+}
+
 /// Runs `entry` on a deep stack of values, `top` on top.
 void ExpectToRunAsTold(const CaOperatorEntry& entry, int top, int beneath, std::FILE* output) {
   CaInterpreter interpreter;
@@ -103,6 +123,11 @@ void ExpectToRunAsTold(const CaOperatorEntry& entry, int top, int beneath, std::
   const auto alternatives = kelcalc::AlternativesOf(entry);
   const int done = entry.function(interpreter);
   EXPECT_EQ(done != 0, Takes(alternatives, top, beneath)) << entry.name << top << beneath;
+  if (entry.pairs != nullptr) {
+    EXPECT_EQ(std::ftell(interpreter.errors) > 0, done == 0 && Reports(entry, top))
+        << entry.name << top << beneath;
+    EXPECT_EQ(interpreter.Depth() > static_cast<int>(MostOperands), done == 0) << entry.name;
+  }
   const int result = interpreter.Peek(0)->Value()->type;
   EXPECT_TRUE(done == 0 || std::ranges::any_of(alternatives,
                                                [&](const auto& one) {
