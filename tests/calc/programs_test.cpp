@@ -140,7 +140,7 @@ TEST(CharacterSource, BlocksMayEndAnywhere) {
               "\nType mismatch for operator -\n\a \n 125.000000\n 5.000000\n")
         << size;
     EXPECT_EQ(source.Position().line, 2);
-    EXPECT_EQ(source.Position().column, 69);
+    EXPECT_EQ(source.Position().column, 66);
   }
 }
 

@@ -3,7 +3,6 @@
 
 import errno
 import os
-import random
 import signal
 import subprocess
 import sys
@@ -42,33 +41,25 @@ class KelcalcTest(unittest.TestCase):
         self.write("cut.3dc", "x # x #")
         self.write("script.3dc", "#!/usr/bin/env kelcalc\n1 # \n")
         self.write("mark.3dc", "1 #!\n2 # \n")
-        self.write("bang.3dc", "\n#!\n")
         rows = [
             # arguments, standard input, output, errors
             ([], "1 2 + # ", " 3.000000\n", ""),
-            ([], "1 # 2 #", " 1.000000\n", ""),
-            ([], "", "", ""),
             ([], "1 # \x04 2 # ", " 1.000000\n", ""),
             ([], "1 - # ", " 1.000000\n", "\a \n"),
             ([], '"missing" ;read # ', ' "missing"\n', " Can't open file missing.3dc!\n\a \n"),
-            (["--no-stack"], "1 - # ", " 1.000000\n", "\a \n"),
-            (["--no-where"], "1 - # ", " 1.000000\n", "\a \n"),
+            (["--no-stack", "--no-where", "--no-warn"], "1 - # ", " 1.000000\n", "\a \n"),
             (["-"], "1 - # ", " 1.000000\n", "\a \n"),
             ([], "q(2,0,0,0) 0 / # ", " q(2.000000,   0.000000, 0.000000, 0.000000)\n",
              "Quaternion divided by zero!\n"),
             ([], "#!\n1 # ", " 1.000000\n", "\nUnrecognized operator #!\n"),
             (["a.3dc", "b.3dc"], "7 # ", " 5.000000\n", ""),
             (["a.3dc", "cut.3dc", "b.3dc"], "", " 5.000000\n 5.000000\n", ""),
-            (["a.3dc", "-"], "x # ", " 5.000000\n", ""),
             (["-", "b.3dc"], "6 x : ", " 6.000000\n", ""),
             (["-e", "1 2 + #"], "7 # ", " 3.000000\n", ""),
-            (["-e", "4 x :", "b.3dc"], "", " 4.000000\n", ""),
             (["a.3dc", "-e", "x #"], "", " 5.000000\n", ""),
             (["a.3dc", "--", "-b.3dc"], "", " 6.000000\n", ""),
             (["script.3dc"], "", " 1.000000\n", ""),
             (["mark.3dc"], "", " 2.000000\n", "\nUnrecognized operator #!\n"),
-            (["bang.3dc"], "", "", "\nUnrecognized operator #!\n"),
-            (["-e", "\"a\" ;read x #"], "", " 5.000000\n", ""),
         ]
         for arguments, text, output, errors in rows:
             with self.subTest(arguments=arguments, text=text):
@@ -89,6 +80,23 @@ class KelcalcTest(unittest.TestCase):
                 self.assertRegex(written[0], output)
                 self.assertRegex(written[1], errors)
 
+    def test_wrong_options_say_why(self):
+        digits = "--digits takes a number from 1 to 17, not "
+        rows = [
+            (["--digits", "0"], digits + "'0'"),
+            (["--digits", "18"], digits + "'18'"),
+            (["--digits", "99999999999"], digits + "'99999999999'"),
+            (["--digits=3x"], digits + "'3x'"),
+            (["--digits"], "option --digits needs N"),
+            (["-e"], "option -e needs TEXT"),
+            (["-i1"], "unknown option -i1"),
+            (["--stop=1"], "unknown option --stop=1"),
+            (["-x", "--help"], "unknown option -x"),
+        ]
+        for arguments, error in rows:
+            self.assertEqual(run(*arguments),
+                             (2, "", f"kelcalc: {error}\nTry 'kelcalc --help'.\n"))
+
     def test_files_that_cannot_be_opened(self):
         os.mkdir("folder.d")
         for name in "missing.3dc", "folder.d":
@@ -96,16 +104,6 @@ class KelcalcTest(unittest.TestCase):
                 self.assertEqual(run(name, "-e", "1 #"),
                                  (1, " 1.000000\n", f" Can't open file {name}!\n"))
                 self.assertEqual(run("--stop", name, "-e", "1 #")[:2], (1, ""))
-
-    def test_a_first_line_that_comes_in_pieces(self):
-        os.mkfifo("pipe")
-        with subprocess.Popen([KELCALC, "pipe"], stdout=subprocess.PIPE,
-                              stderr=subprocess.STDOUT) as process:
-            with open("pipe", "wb", buffering=0) as pipe:
-                for piece in b"#", b"!", b"kelcalc\n", b"1 ", b"# \n":
-                    pipe.write(piece)
-                    time.sleep(0.05)
-            self.assertEqual(process.stdout.read(), b" 1.000000\n")
 
     def test_closed_pipe(self):
         self.write("much.3dc", "1 # \n" * 200000)
@@ -130,10 +128,12 @@ class KelcalcTest(unittest.TestCase):
         os.mkfifo("pipe.x")
         for last in (["pipe.x"], ["-e", '"pipe.x" ;read']):
             with subprocess.Popen([KELCALC, "-e", "1 #", *last], stdout=subprocess.PIPE,
-                                  bufsize=0) as process:
+                                  stderr=subprocess.DEVNULL, bufsize=0) as process:
                 self.assertEqual(process.stdout.readline(), b" 1.000000\n")
                 with open("pipe.x", "wb", buffering=0) as pipe:
-                    pipe.write(b"2 # \n")
+                    for piece in b"#", b"!", b"kelcalc\n", b"2 # \n":
+                        pipe.write(piece)
+                        time.sleep(0.05)
                     self.assertEqual(process.stdout.readline(), b" 2.000000\n")
 
     def test_messages_follow_what_was_printed_before(self):
@@ -175,13 +175,6 @@ class KelcalcTest(unittest.TestCase):
                 self.assertGreater(done.returncode, 0)
                 self.assertRegex(done.stderr.decode(),
                                  f"kelcalc: .*{os.strerror(errno.ENOSPC)}\n")
-
-    def test_garbage(self):
-        source = random.Random(7)
-        for _ in range(20):
-            garbage = bytes(byte for byte in source.randbytes(20000) if byte != 4)
-            self.assertEqual(run(text=garbage)[0], 0)
-            self.assertEqual(run(self.write("garbage.3dc", garbage))[0], 0)
 
 
 if __name__ == "__main__":
