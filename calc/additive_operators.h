@@ -87,7 +87,7 @@ inline constexpr CaOperatorEntry Sum = {
     .function = ApplyPairRules<Sum>,
     .pairs = &SumGrid,
     // Deliberate: on a short stack one would expect "+" to fail, as "-" does; it counts as done and
-    // changes nothing. Held by the operator tests.
+    // changes nothing. Held by "-- Stack --" in operators.txt.
     .onShortStack = CaShortStack::Succeeds,
     .help = {"add; move a point by a vector", "p(1,2,3) v(1,1,1) + #",
              " p(2.000000, 3.000000, 4.000000)\n"},

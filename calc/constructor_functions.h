@@ -96,8 +96,8 @@ inline CaValue RotationOfQuaternion(CaOperands s) {
 
 inline CaValue ScaleOfReals(CaOperands s) { return CaValue(TypeScale, TopTriple(s)); }
 
-// Deliberate: one would expect the lengths of the axes; these are their squares. Held by the
-// conversions in the function tests.
+// Deliberate: one would expect the lengths of the axes; these are their squares. Held by "Squared
+// lengths of the columns" in functions.txt.
 inline CaValue ScaleOfMatrix(CaOperands s) {
   const CyVector x = Column(s[0]->matrix, 0);
   const CyVector y = Column(s[0]->matrix, 1);
@@ -123,8 +123,8 @@ inline constexpr CaTopRule PointRules[] = {
     Replaced(TypeMatrix, TypePoint, PointOfMatrix),
 };
 
-// Deliberate: a vector on top might be expected to become a matrix, too; it fails silently. Held
-// by the type rules of ";m".
+// Deliberate: a vector on top might be expected to become a matrix, too; it fails silently. Held by
+// ";m" in type_rules_test.cpp.
 inline constexpr CaTopRule MatrixRules[] = {
     Loose(12, TypeMatrix, MatrixOfReals),
     {TypePoint, 4, TypeVector, TypeMatrix, MatrixOfFrame},

@@ -39,9 +39,9 @@ int Compare(CaInterpreter& interpreter) {
   return 1;
 }
 
-// Deliberate: a not-a-number would be expected to make a condition false. Here it makes all of
-// them true but "=", because each but that one asks whether the opposite fails. Held by the
-// comparison rows of the operator tests.
+// Deliberate: a not-a-number would be expected to make a condition false. Here it makes all of them
+// true but "=", because each but that one asks whether the opposite fails. Held by
+// SkipTheNextOperatorWhenFalse in programs_test.cpp.
 
 inline bool IsLess(double a, double b) { return !(a >= b); }
 inline bool IsLessOrEqual(double a, double b) { return !(a > b); }

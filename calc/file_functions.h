@@ -55,7 +55,8 @@ inline int RunRead(CaInterpreter& interpreter) {
   const std::optional<std::string> path = TopPath(interpreter);
   if (!path || RunFile(interpreter, path->c_str()) == 0) return 0;
   // Deliberate: one would expect the file's name to be popped. Whatever is on top goes, which is
-  // the name only when the file left the stack as it was. Held by the file tests.
+  // the name only when the file left the stack as it was. Held by ReadRunsTheFile in
+  // files_test.cpp.
   interpreter.PopValues(1);
   return 1;
 }

@@ -28,8 +28,8 @@ inline Turn TurnBetweenUnits(const CyVector& a, const CyVector& b) {
   const double cosine = Dot(a, b);
   if (cosine <= AntiParallelThreshold) return {PerpVec(a), -1.0};
   if (cosine >= ParallelThreshold) return {PerpVec(a), 1.0};
-  // Deliberate: one would expect a unit vector; the axis is the cross product as it stands, as
-  // long as the sine of the angle. Held by the geometric rows of the operator tests.
+  // Deliberate: one would expect a unit vector; the axis is the cross product as it stands, as long
+  // as the sine of the angle. Held by "-- Power and turn --" in operators.txt.
   return {Cross(a, b), cosine};
 }
 

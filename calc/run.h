@@ -14,7 +14,7 @@ inline constexpr std::int32_t DeepestNesting = 256;
 /// The path of the file that a program calls `name`: its first 255 bytes, with ".3dc" behind them
 /// when there is no point anywhere.
 /// Deliberate: any point counts, also one in the name of a folder, so "./out" stays without an
-/// extension. Held by the file names in the file tests.
+/// extension. Held by NamesWithoutAPointGetTheExtension in files_test.cpp.
 std::string ProgramPath(std::string_view name);
 
 /// Runs the file at `path` to its end. Returns 1, or 0 with a message when the file cannot be

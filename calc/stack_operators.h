@@ -54,7 +54,7 @@ inline constexpr CaTopRule MagnitudeRules[] = {
 };
 
 // Deliberate: points and scales might be expected to be negated like vectors; they fail. Held by
-// the type rules of "~".
+// "~" in type_rules_test.cpp.
 inline constexpr CaTopRule NegateRules[] = {
     Replaced(TypeInteger, TypeInteger, NegatedInteger),
     Replaced(TypeReal, TypeReal, NegatedReal),
@@ -113,7 +113,7 @@ inline int RunPick(CaInterpreter& interpreter) {
   const bool isReal = top.type == TypeReal;
   const double index = top.real;
   // Deliberate: a failure would be expected to leave the stack alone; the index is gone whatever
-  // follows. Held by the rows of "''" in the operator tests.
+  // follows. Held by "-- Pick --" in operators.txt.
   interpreter.PopValue();
   // Also false for a not-a-number, which no position fits.
   if (!isReal || !(index < EndOfPositions)) return 0;
@@ -152,8 +152,8 @@ inline int RunAssign(CaInterpreter& interpreter) {
 }
 
 // Deliberate: on too short a stack "#", "?", "\", "'" and "~" succeed without effect where one
-// would expect them to fail as "''", ":", ">>", "<<", "$" and "|" do. Held by the rows of the
-// operator tests on short stacks.
+// would expect them to fail as "''", ":", ">>", "<<", "$" and "|" do. Held by "On an empty stack"
+// in operators.txt.
 
 inline constexpr CaOperatorEntry PrintTop = {
     .name = "#",
