@@ -17,12 +17,10 @@ endfunction()
 # The library and what it needs at run time.
 set(kel_libraries kelsave)
 set(kel_platform_headers base_types resources storage window)
-if(NOT WIN32)
+if(NOT WIN32)  # there the DLL and the programs are all
   list(APPEND kel_libraries kelplatform)
   list(APPEND kel_platform_headers files host_strings)
   set_target_properties(${kel_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
-endif()
-if(NOT WIN32)  # there the DLL and the programs are all
   list(APPEND kel_libraries kel_calc kel_geometry)
 endif()
 install(TARGETS ${kel_libraries} EXPORT kelsaveTargets
@@ -63,6 +61,9 @@ file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md
 if(WIN32)
   # A folder to be handed on: with what its reader needs to know.
   kel_install_files(documentation docs ${pages})
+  # Debian, on which the programs for Windows are made, has the text that third-party.md speaks of.
+  install(FILES /usr/share/common-licenses/LGPL-2.1 RENAME LGPL-2.1.txt
+    DESTINATION docs COMPONENT documentation)
   return()
 endif()
 kel_install_files(documentation ${CMAKE_INSTALL_DOCDIR} ${pages})

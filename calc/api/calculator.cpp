@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <limits>
@@ -8,7 +9,6 @@
 
 #include "calc/api/conversion.h"
 #include "calc/api/kelcalc.h"
-#include "calc/api/text_stream.h"
 #include "calc/char_class.h"
 #include "calc/character_source.h"
 #include "calc/explain/alternatives.h"
@@ -16,6 +16,10 @@
 #include "calc/failure_observer.h"
 #include "calc/interpreter.h"
 #include "calc/run.h"
+
+#ifndef _WIN32
+#include "calc/api/text_stream.h"
+#endif
 
 namespace kel {
 namespace {
@@ -67,14 +71,9 @@ class EngineValue {
 /// What stands behind a calculator. It watches the engine and keeps what a callback threw until the
 /// engine has come to rest, because neither the engine nor the streams can be left half-way.
 struct Calculator::State final : CaFailureObserver {
-  State()
-      : output(true, [this](std::string_view text) { Guarded(onOutput, text); }),
-        messages(false, [this](std::string_view text) {
-          output.HandOver();
-          Guarded(onMessage, text);
-        }) {
-    interpreter.output = output.Stream();
-    interpreter.errors = messages.Stream();
+  State(std::FILE* outputStream, std::FILE* messageStream) {
+    interpreter.output = outputStream;
+    interpreter.errors = messageStream;
     interpreter.observer = this;
     interpreter.interruptRequested = &interruptRequested;
   }
@@ -83,13 +82,16 @@ struct Calculator::State final : CaFailureObserver {
               const CaOperatorEntry* entry) override {
     ++failures;
     if (!onFailure) return;
-    output.HandOver();
+    HandOver();
     Guarded(onFailure, Described(interpreter, failure, name, entry));
   }
 
   void InputEnded(const CaInterpreter&, CaUnfinished) override {
     if (readError == 0) readError = interpreter.input->Error();
   }
+
+  /// Gives away what was printed and is still held back.
+  void HandOver() const { std::fflush(interpreter.output); }
 
   /// Calls back; what it throws ends the run.
   template <typename Callback, typename Argument>
@@ -117,8 +119,10 @@ struct Calculator::State final : CaFailureObserver {
   bool running = false;
   std::exception_ptr thrown;
 
-  TextStream output;
-  TextStream messages;
+#ifndef _WIN32
+  std::unique_ptr<TextStream> output;  // what the callbacks receive; null when they receive nothing
+  std::unique_ptr<TextStream> messages;
+#endif
   CaInterpreter interpreter;  // last, so that it is gone before what it writes to
 };
 
@@ -142,7 +146,7 @@ Outcome Calculator::State::Run(const RunIt& runIt) {
     outcome.reason = outOfSteps ? "the limit of steps was reached" : "interrupted";
     interruptRequested = 0;
   }
-  output.HandOver();
+  HandOver();
   running = false;
   if (thrown != nullptr) {
     interruptRequested = 0;
@@ -165,7 +169,22 @@ std::string Outcome::Text() const {
   return text;
 }
 
-Calculator::Calculator() : state_(std::make_unique<State>()) {}
+#ifndef _WIN32
+Calculator::Calculator() : Calculator(nullptr, nullptr) {
+  State& state = *state_;
+  state.output = std::make_unique<TextStream>(
+      true, [&state](std::string_view text) { state.Guarded(state.onOutput, text); });
+  state.messages = std::make_unique<TextStream>(false, [&state](std::string_view text) {
+    state.HandOver();
+    state.Guarded(state.onMessage, text);
+  });
+  state.interpreter.output = state.output->Stream();
+  state.interpreter.errors = state.messages->Stream();
+}
+#endif
+
+Calculator::Calculator(std::FILE* output, std::FILE* messages)
+    : state_(std::make_unique<State>(output, messages)) {}
 Calculator::~Calculator() = default;
 Calculator::Calculator(Calculator&&) noexcept = default;
 Calculator& Calculator::operator=(Calculator&&) noexcept = default;

@@ -19,6 +19,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -105,8 +106,16 @@ struct Outcome {
 
 class Calculator {
  public:
-  /// Empty, with no callbacks and no limit.
+#ifndef _WIN32
+  /// Empty, with no callbacks and no limit. Not on Windows, whose C library has no streams that
+  /// functions receive.
   Calculator();
+#endif
+
+  /// The same, but programs print on `output`, and the language's messages go to `messages`, as in
+  /// kelcalc: OnOutput and OnMessage receive nothing. Both are borrowed.
+  Calculator(std::FILE* output, std::FILE* messages);
+
   ~Calculator();
   Calculator(Calculator&&) noexcept;
   Calculator& operator=(Calculator&&) noexcept;

@@ -1,5 +1,6 @@
 // kelcalc: runs programs from files, arguments, the standard input and the keyboard.
 
+#include <kelcalc.h>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -82,14 +83,15 @@ int Run(const Options& options) {
   Warnings warnings(
       {.colour = colour, .keeper = session ? ":save" : "--exact", .writesExactly = options.exact});
 
-  CaInterpreter interpreter;
+  kel::Calculator calculator(stdout, stderr);
+  CaInterpreter& interpreter = calculator.Engine();
   interpreter.observer = &watch;
   if (Chosen(options.warn, session)) interpreter.itemObserver = &warnings;
   if (options.exact) WriteExactly(interpreter);
   if (options.digits > 0) SetShownDigits(interpreter, options.digits);
 
   const std::vector<Program> programs = ProgramsOf(options, session);
-  int status = RunPrograms(interpreter, programs, options.stop);
+  int status = RunPrograms(calculator, programs, options.stop);
   const bool stopped = status != 0 && options.stop;
   if (!stopped && session) {
     HoldSession(interpreter, options, colour);

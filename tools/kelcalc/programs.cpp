@@ -31,11 +31,6 @@ int ReportMissing(CaInterpreter& interpreter, const std::string& path) {
   return 0;
 }
 
-/// The text ends like a line, so that its last operator is complete.
-int RunArgument(CaInterpreter& interpreter, const std::string& text, const std::string& name) {
-  return RunText(interpreter, text + "\n", name.c_str());
-}
-
 bool IsText(const Program& program) { return program.origin == Program::Text; }
 
 }  // namespace
@@ -48,7 +43,8 @@ int RunNamedFile(CaInterpreter& interpreter, const std::string& path) {
   return RunSource(interpreter, *source);
 }
 
-int RunPrograms(CaInterpreter& interpreter, const std::vector<Program>& programs, bool stop) {
+int RunPrograms(kel::Calculator& calculator, const std::vector<Program>& programs, bool stop) {
+  CaInterpreter& interpreter = calculator.Engine();
   int status = 0;
   const bool severalTexts = std::count_if(programs.begin(), programs.end(), IsText) > 1;
   int texts = 0;
@@ -58,7 +54,7 @@ int RunPrograms(CaInterpreter& interpreter, const std::vector<Program>& programs
       done = RunSource(interpreter, WatchedInput());
     } else if (IsText(program)) {
       const std::string number = '(' + std::to_string(++texts) + ')';
-      done = RunArgument(interpreter, program.text, severalTexts ? "-e" + number : "-e");
+      calculator.Run(program.text, severalTexts ? "-e" + number : "-e");
     } else {
       done = RunNamedFile(interpreter, program.text);
     }

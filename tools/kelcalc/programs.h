@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kelcalc.h>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,7 @@ namespace kelcalc {
 
 /// Runs the programs of a command line in their order. Returns 0, or 1 when one could not be
 /// opened; with `stop` it ends there, else it goes on with the next.
-int RunPrograms(CaInterpreter& interpreter, const std::vector<Program>& programs, bool stop);
+int RunPrograms(kel::Calculator& calculator, const std::vector<Program>& programs, bool stop);
 
 /// Runs the file of exactly this name, passing over a first line that begins with "#!". Returns 1,
 /// or 0 after the message of the language when it cannot be opened.
