@@ -1,7 +1,10 @@
 #pragma once
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "compound/disk.h"
@@ -37,36 +40,78 @@ class FailingDisk final : public Disk {
   const std::vector<std::string>& Calls() const { return calls_; }
   int Count() const { return static_cast<int>(calls_.size()); }
 
-  int Open(const char* path, int flags, mode_t permissions, int* file) override;
-  int OpenUnseen(const char* folder, int* file, std::string* name) override;
-  int Show(int file, const char* name, const char* newName) override;
-  int Close(int file) override;
-  int Lock(int file, bool exclusive) override;
-  int Unlock(int file) override;
-  int Status(int file, struct stat* status) override;
-  int ReadAt(int file, std::uint64_t offset, void* data, std::size_t size,
-             std::size_t* got) override;
-  int WriteAt(int file, std::uint64_t offset, const void* data, std::size_t size) override;
-  int TakeSpace(int file, std::uint64_t from, std::uint64_t to, Length length) override;
+  int Open(const char* path, int flags, mode_t permissions, int* file) override {
+    return Try("Open", &Disk::Open, path, flags, permissions, file);
+  }
+  int OpenUnseen(const char* folder, int* file, std::string* name) override {
+    if (hasNameless) return Try("OpenUnseen", &Disk::OpenUnseen, folder, file, name);
+    const std::string hidden = std::string(folder) + "/.kelsave-hidden";
+    const int flags = O_RDWR | O_CREAT | O_EXCL;
+    const int outcome = Try("OpenUnseen", &Disk::Open, hidden.c_str(), flags, 0600U, file);
+    if (outcome == 0) *name = hidden;
+    return outcome;
+  }
+  int Show(int file, const char* name, const char* newName) override {
+    return Try("Show", &Disk::Show, file, name, newName);
+  }
+  int Close(int file) override {
+    const int closed = SystemDisk().Close(file);
+    return Fails("Close") ? error_ : closed;
+  }
+  int Lock(int file, bool exclusive) override { return Try("Lock", &Disk::Lock, file, exclusive); }
+  int Unlock(int file) override { return Try("Unlock", &Disk::Unlock, file); }
+  int Status(int file, struct stat* status) override {
+    return Try("Status", &Disk::Status, file, status);
+  }
+  int ReadAt(int file, std::uint64_t at, void* data, std::size_t size, std::size_t* got) override {
+    *got = 0;
+    return Try("ReadAt", &Disk::ReadAt, file, at, data, size, got);
+  }
+  int WriteAt(int file, std::uint64_t at, const void* data, std::size_t size) override {
+    const bool fails = Fails("WriteAt");
+    const int outcome = SystemDisk().WriteAt(file, at, data, fails ? size / 2 : size);
+    return fails ? error_ : outcome;
+  }
+  int TakeSpace(int file, std::uint64_t from, std::uint64_t to, Length length) override {
+    return Try("TakeSpace", &Disk::TakeSpace, file, from, to, length);
+  }
   bool IsInMemory(int file) override { return SystemDisk().IsInMemory(file); }
-  int Cut(int file, std::uint64_t size) override;
-  int Sync(int file) override;
-  int SetAttributes(int file, const struct stat& status) override;
-  int StatusOf(const char* path, struct stat* status) override;
-  int StatusOfLink(const char* path, struct stat* status) override;
-  int ReadLink(const char* path, std::string* target) override;
-  int SetPermissions(const char* path, mode_t permissions) override;
-  int Rename(const char* from, const char* to) override;
-  int Remove(const char* path) override;
-  int SyncFolder(const char* folder) override;
+  int Cut(int file, std::uint64_t size) override { return Try("Cut", &Disk::Cut, file, size); }
+  int Sync(int file) override { return Try("Sync", &Disk::Sync, file); }
+  int SetAttributes(int file, const struct stat& status) override {
+    return Try("SetAttributes", &Disk::SetAttributes, file, status);
+  }
+  int StatusOf(const char* path, struct stat* status) override {
+    return Try("StatusOf", &Disk::StatusOf, path, status);
+  }
+  int StatusOfLink(const char* path, struct stat* status) override {
+    return Try("StatusOfLink", &Disk::StatusOfLink, path, status);
+  }
+  int ReadLink(const char* path, std::string* target) override {
+    return Try("ReadLink", &Disk::ReadLink, path, target);
+  }
+  int SetPermissions(const char* path, mode_t permissions) override {
+    return Try("SetPermissions", &Disk::SetPermissions, path, permissions);
+  }
+  int Rename(const char* from, const char* to) override {
+    return Try("Rename", &Disk::Rename, from, to);
+  }
+  int Remove(const char* path) override { return Try("Remove", &Disk::Remove, path); }
+  int SyncFolder(const char* folder) override {
+    return Try("SyncFolder", &Disk::SyncFolder, folder);
+  }
 
  private:
-  bool Fails(const char* name);
+  bool Fails(const char* name) {
+    calls_.emplace_back(name);
+    return failing_ > 0 && (mode_ == Mode::Once ? Count() == failing_ : Count() >= failing_);
+  }
 
   /// Makes the call unless it is to fail.
-  template <class Call>
-  int Try(const char* name, const Call& call) {
-    return Fails(name) ? error_ : call(SystemDisk());
+  template <class... Parameters>
+  int Try(const char* name, int (Disk::*call)(Parameters...),
+          std::type_identity_t<Parameters>... arguments) {
+    return Fails(name) ? error_ : (SystemDisk().*call)(arguments...);
   }
 
   int failing_;

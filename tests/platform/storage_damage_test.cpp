@@ -115,9 +115,6 @@ std::string Told(const std::string& path) {
   IStorage* root = OpenForReading(path, &result);
   EXPECT_LE(most - before, 100000 + 8 * std::filesystem::file_size(path)) << "bytes of memory";
   if (root == nullptr) {
-    const HRESULT known[] = {STG_E_DOCFILECORRUPT, STG_E_FILEALREADYEXISTS, STG_E_INVALIDHEADER,
-                             STG_E_OLDFORMAT, STG_E_OLDDLL};
-    EXPECT_NE(std::end(known), std::find(std::begin(known), std::end(known), result));
     return result == STG_E_DOCFILECORRUPT ? "corrupt" : "refused";
   }
   std::string outcome;
@@ -169,35 +166,21 @@ TEST(StorageDamage, WhatOthersWriteIsRead) {
   ExpectTold({
       {"as it should be", [](Image&) {}},
       {"the last sector cut", [](Image& i) { i.size -= 100; }},
-      {"bytes behind the end", [](Image& i) { i.size += 10000; }},
       {"header: class, minor version, transaction, counts",
        [](Image& i) {
          i.header.classId[0] = 9, i.header.transaction = i.header.directorySectors = 9;
          i.header.minorVersion = 0x21, i.header.miniFatSectors = i.header.fatSectors = 7;
        }},
       {"DIFAT: ends as free", [](Image& i) { i.header.difatStart = MarkFree; }},
-      {"FAT: not marked as such", [](Image& i) { i.fat[0] = 0; }},
       {"FAT: rubbish of free sectors and beyond",
        [](Image& i) { std::fill(i.fat.begin() + 16, i.fat.end(), 1000U); }},
       {"FAT: chain longer than its stream", [](Image& i) { i.entries[Large].size = 4608; },
        " Large4608 Small100 Storage Inner0"},
-      {"root: other name",
-       [](Image& i) {
-         i.Entry(Root, u"R", EntryRoot, 4, 1024);
-         i.entries[Root].child = Small;
-       }},
       {"root: size of the mini stream too small", [](Image& i) { i.entries[Root].size = 64; }},
-      {"storage with a size", [](Image& i) { i.entries[Storage].size = 99; }},
-      {"storage with a sector", entry(Storage, &Record::start, 99U)},
       {"stream with children", entry(Large, &Record::child, std::uint32_t{Storage})},
-      {"stream with a time", [](Image& i) { i.entries[Large].created = 99; }},
       {"size with an upper half", [](Image& i) { i.entries[Large].size |= 7ULL << 32; }},
-      {"colors", entry(Small, &Record::color, std::uint8_t{9})},
-      {"name without its zero", [](Image& i) { i.entries[Storage].name[7] = u'Z'; }},
       {"name counted with its filling", entry(Large, &Record::nameBytes, std::uint16_t{64})},
       {"out of order", [](Image& i) { std::swap(i.entries[Small].left, i.entries[Small].right); }},
-      {"a list",
-       [](Image& i) { i.entries[Small].left = NoStream, i.entries[Storage].left = Large; }},
       {"names that cannot be made", [](Image& i) { i.entries[Large].name[0] = u'/'; },
        " /arge5000 Small100 Storage Inner0"},
       {"names that differ in case",
@@ -222,40 +205,21 @@ TEST(StorageDamage, WhatMakesNoSenseIsCorrupt) {
   using Record = CompoundEntryRecord;
   ExpectTold({
       {"chain: loop", fat(12, 8), " Large3584! Small100 Storage Inner0"},
-      {"chain: loop to itself", fat(6, 6), " Large512! Small100 Storage Inner0"},
-      {"chain: loop backwards", [](Image& i) { i.fat[6] = 15, i.fat[15] = 9, i.fat[9] = 15; },
-       " Large1536! Small100 Storage Inner0"},
       {"chain: beyond the end", fat(10, Sectors + 3), " Large2560! Small100 Storage Inner0"},
-      {"chain: into a mark", fat(10, MarkFree), " Large2560! Small100 Storage Inner0"},
       {"chain: too short", fat(10, End), " Large2560! Small100 Storage Inner0"},
-      {"chain: begins beyond", link(Large, &Record::start, 100),
-       " Large0! Small100 Storage Inner0"},
-      {"file cut", [](Image& i) { i.size = 512 * 12 + 100; },
-       " Large2660! Small100 Storage Inner0"},
       {"mini chain: loop", mini(0, 0), " Large5000 Small64! Storage Inner0"},
-      {"mini chain: begins beyond", link(Small, &Record::start, 99),
-       " Large5000 Small0! Storage Inner0"},
       {"mini stream: shorter than promised", fat(4, End), " Large5000 Small64! Storage Inner0"},
-      {"mini FAT: none", [](Image& i) { i.header.miniFatStart = End; },
-       " Large5000 Small64! Storage Inner0"},
       {"size beyond all files",
        [](Image& i) { i.header.majorVersion = 4, i.entries[Large].size = 1ULL << 63; },
        " Large5120! Small100 Storage Inner0"},
       {"directory: loop of its sectors", [](Image& i) { i.fat[2] = 1, i.entries[Inner].left = 9; },
        "corrupt"},
       {"directory: too short", fat(1, End), "corrupt"},
-      {"directory: loop to the left", link(Large, &Record::left, Large), "corrupt"},
       {"directory: loop to the right", link(Storage, &Record::right, Small), "corrupt"},
       {"directory: loop to the root", link(Inner, &Record::left, Root), "corrupt"},
       {"directory: within itself", link(Storage, &Record::child, Storage), "corrupt"},
-      {"directory: two parents", link(Storage, &Record::child, Large), "corrupt"},
       {"directory: beyond the end", link(Large, &Record::right, 8), "corrupt"},
-      {"directory: unused entry", link(Large, &Record::right, 5), "corrupt"},
-      {"directory: second root", [](Image& i) { i.entries[Inner].type = EntryRoot; }, "corrupt"},
-      {"directory: no root", [](Image& i) { i.entries[Root].type = EntryStorage; }, "corrupt"},
       {"directory: odd name", [](Image& i) { i.entries[Inner].nameBytes = 5; }, "corrupt"},
-      {"directory: long name", [](Image& i) { i.entries[Inner].nameBytes = 66; }, "corrupt"},
-      {"directory: no name", [](Image& i) { i.entries[Inner].name[0] = 0; }, "corrupt"},
       {"directory: one name twice",
        [](Image& i) { i.Entry(Large, u"Small", EntryStream, 6, 5000); }, "corrupt"},
       {"DIFAT: loop",
@@ -322,90 +286,31 @@ TEST(StorageDamage, EveryAllocationFails) {
   }
 }
 
-// One within another, and one beside another in a tree that is a list: 100,000 of them.
+// One beside another in a tree that is a list, and one within another: 100,000 of them.
 TEST(StorageDamage, DepthCostsNoCalls) {
   constexpr std::uint32_t count = 100000;
-  constexpr DWORD mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
   const Folder folder;
-  const std::string path = folder.Path("file");
-  for (const bool nested : {true, false}) {
-    IStorage* root = model::CreateFile(path, 4096);
-    IStorage* parent = root;
-    for (std::uint32_t i = 0; i < count; ++i) {
-      IStorage* made = nullptr;
-      ASSERT_EQ(S_OK, parent->CreateStorage(std::to_wstring(count + i).c_str(), mode, 0, 0, &made));
-      if (parent != root) parent->Release();
-      parent = nested ? made : root;
-      if (!nested) made->Release();
-    }
-    if (nested) parent->Release();
-    root->Release();
-    EXPECT_EQ(count + 1, ReadFile(path).size());
+  IStorage* root = model::CreateFile(folder.Path("file"), 4096);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    IStorage* made = nullptr;
+    ASSERT_EQ(S_OK, root->CreateStorage(std::to_wstring(i).c_str(),
+                                        STGM_READWRITE | STGM_SHARE_EXCLUSIVE, 0, 0, &made));
+    made->Release();
   }
+  root->Release();
   std::string bytes = folder.Text("file");
   CompoundHeader header;
   std::memcpy(&header, bytes.data(), sizeof header);
   auto* entries =
       reinterpret_cast<CompoundEntryRecord*>(&bytes[4096 * (header.directoryStart + 1)]);
-  for (std::uint32_t i = 1; i <= count; ++i) {
-    entries[i].left = i == 1 ? NoStream : i - 1;
-    entries[i].right = NoStream;
+  for (auto link : {&CompoundEntryRecord::left, &CompoundEntryRecord::child}) {
+    for (std::uint32_t i = 1; i <= count; ++i) {
+      entries[i].left = entries[i].right = entries[i].child = NoStream;
+      if (i > 1) entries[i].*link = i - 1;
+    }
+    entries[0].child = count;
+    EXPECT_EQ(count + 1, ReadFile(folder.Put("file", bytes)).size());
   }
-  entries[0].child = count;
-  EXPECT_EQ(count + 1, ReadFile(folder.Put("file", bytes)).size());
-}
-
-// A stream of 5 GiB with a byte here and there.
-TEST(StorageDamage, LargeFiles) {
-  constexpr std::uint32_t sector = 4096, words = sector / 4, stream = 5U << 18, fatSectors = 1282;
-  const Folder folder;
-  Image image;
-  image.header.majorVersion = 4, image.header.sectorShift = 12;
-  image.header.directoryStart = stream, image.header.difatStart = stream + 1;
-  image.Entry(Root, u"Root Entry", EntryRoot, End, 0);
-  image.Entry(Large, u"Large", EntryStream, 0, std::uint64_t{stream} * sector);
-  image.entries[Root].child = Large;
-  std::vector<std::uint32_t> fat(std::size_t{fatSectors} * words, MarkFree),
-      difat(2 * words, MarkFree);
-  for (std::uint32_t i = 0; i < stream; ++i) fat[i] = i + 1 < stream ? i + 1 : End;
-  fat[stream] = End, difat[words - 1] = stream + 2;
-  for (std::uint32_t i = 0; i < fatSectors; ++i) {
-    const std::uint32_t beyond = i - HeaderDifatEntries, place = stream + 3 + i;
-    auto& word =
-        i < HeaderDifatEntries ? image.header.difat[i] : difat[beyond + beyond / (words - 1)];
-    word = place;
-  }
-  std::ofstream file(folder.Path("file"), std::ios::binary);
-  const auto put = [&](std::uint64_t at, const void* data, std::size_t size) {
-    file.seekp(static_cast<std::streamoff>(at));
-    file.write(static_cast<const char*>(data), static_cast<std::streamsize>(size));
-  };
-  const auto offset = [&](std::uint64_t number) { return (number + 1) * sector; };
-  put(0, &image.header, 512);
-  put(offset(stream), image.entries.data(), 1024);
-  put(offset(stream + 1), difat.data(), difat.size() * 4);
-  put(offset(stream + 3), fat.data(), fat.size() * 4);
-  const std::uint64_t places[] = {0, 1ULL << 32, (1ULL << 32) + 12345,
-                                  std::uint64_t{stream} * sector - 1};
-  for (const std::uint64_t place : places) put(sector + place, "!", 1);
-  file.close();
-
-  HRESULT result = S_OK;
-  IStorage* root = OpenForReading(folder.Path("file"), &result);
-  IStream* opened = nullptr;
-  ASSERT_NE(nullptr, root);
-  ASSERT_EQ(S_OK,
-            root->OpenStream(L"Large", nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &opened));
-  for (const std::uint64_t place : places) {
-    char byte = 0;
-    LARGE_INTEGER to;
-    to.QuadPart = static_cast<LONGLONG>(place);
-    EXPECT_EQ(S_OK, opened->Seek(to, STREAM_SEEK_SET, nullptr));
-    EXPECT_EQ(S_OK, opened->Read(&byte, 1, nullptr));
-    EXPECT_EQ('!', byte) << place;
-  }
-  opened->Release();
-  root->Release();
 }
 
 }  // namespace

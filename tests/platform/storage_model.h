@@ -25,8 +25,8 @@ struct NameOrder {
 /// A stream or a storage of the model.
 struct Node {
   bool isStorage = false;
-  std::string bytes;
-  std::map<std::u16string, std::shared_ptr<Node>, NameOrder> children;
+  std::string bytes = {};
+  std::map<std::u16string, std::shared_ptr<Node>, NameOrder> children = {};
   CLSID classId{};
   DWORD stateBits = 0;
   std::uint64_t created = 0, modified = 0;  // FILETIME; 0: not set by the run, not compared

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <functional>
-
 #include "platform/files.h"
 #include "tests/folder.h"
 #include "tests/platform/read_storage.h"
@@ -47,25 +45,19 @@ TEST(StorageOpening, RefusesWithTheReason) {
     HRESULT result, isStorage;
   } rows[] = {
       {folder.Path("whole"), S_OK, S_OK},
-      {put("empty", ""), STG_E_FILEALREADYEXISTS, S_FALSE},
       {put("text", "A text of more than a few bytes.\n"), STG_E_FILEALREADYEXISTS, S_FALSE},
       {with(0, "\x0E\x11\xFC\x0D\xD0\xCF\x11\x0E"), STG_E_OLDFORMAT, S_FALSE},
       {put("cut header", whole.substr(0, 511)), STG_E_INVALIDHEADER, S_OK},
-      {put("header alone", whole.substr(0, 512)), STG_E_INVALIDHEADER, S_OK},
       {with(26, "\2"), STG_E_OLDFORMAT, S_OK},
       {with(26, "\5"), STG_E_OLDDLL, S_OK},
       {with(28, "\xFF\xFE"), STG_E_INVALIDHEADER, S_OK},
-      {with(30, "\12"), STG_E_INVALIDHEADER, S_OK},
       {with(32, "\7"), STG_E_INVALIDHEADER, S_OK},
-      {with(57, "\x08"), STG_E_INVALIDHEADER, S_OK},
       {with(49, "\1"), STG_E_DOCFILECORRUPT, S_OK},
       {folder.Path("none"), STG_E_FILENOTFOUND, STG_E_FILENOTFOUND},
       {folder.Path("none/none"), STG_E_PATHNOTFOUND, STG_E_PATHNOTFOUND},
-      {folder.Path("whole/none"), STG_E_PATHNOTFOUND, STG_E_PATHNOTFOUND},
       {folder.Root(), STG_E_ACCESSDENIED, STG_E_ACCESSDENIED},
       {folder.Path("pipe"), STG_E_ACCESSDENIED, STG_E_ACCESSDENIED},
       {folder.Path(std::string(300, 'n')), STG_E_INVALIDNAME, STG_E_INVALIDNAME},
-      {"", STG_E_INVALIDNAME, STG_E_INVALIDNAME},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.path);
@@ -92,11 +84,9 @@ TEST(StorageOpening, Arguments) {
       {Reading, STGFMT_DOCFILE, 0, &plain, IID_IStorage, S_OK},
       {Reading, STGFMT_STORAGE, 0, nullptr, IID_IUnknown, S_OK},
       {STGM_TRANSACTED | STGM_SHARE_DENY_NONE, STGFMT_ANY, 0, nullptr, IID_IStorage, S_OK},
-      {STGM_SHARE_DENY_NONE, STGFMT_ANY, 0, nullptr, IID_IStorage, STG_E_INVALIDFLAG},
       {Reading | STGM_CREATE, STGFMT_ANY, 0, nullptr, IID_IStorage, STG_E_INVALIDFLAG},
       {Exclusive, STGFMT_DOCFILE, 0, nullptr, IID_IStorage, STG_E_ACCESSDENIED},
       {Reading, STGFMT_FILE, 0, nullptr, IID_IStorage, STG_E_INVALIDPARAMETER},
-      {Reading, STGFMT_DOCFILE, 1, nullptr, IID_IStorage, STG_E_INVALIDPARAMETER},
       {Reading, STGFMT_DOCFILE, 0, &odd, IID_IStorage, STG_E_INVALIDPARAMETER},
       {Reading, STGFMT_DOCFILE, 0, nullptr, IID_IStream, E_NOINTERFACE},
   };
@@ -123,19 +113,17 @@ TEST(StorageOpening, NothingIsWritten) {
   ASSERT_EQ(S_OK, root->OpenStream(L"STREAM", nullptr, read, 0, &stream));
   ASSERT_EQ(S_OK, root->OpenStorage(L"STORAGE", nullptr, read, nullptr, 0, &storage));
   const FILETIME time{1, 2};
-  const std::function<HRESULT()> calls[] = {
-      [&] { return stream->Write("x", 1, nullptr); },
-      [&] { return stream->SetSize({}); },
-      [&] { return storage->CreateStorage(L"new", Exclusive, 0, 0, &newStorage); },
-      [&] { return root->OpenStream(L"stream", nullptr, Exclusive, 0, &newStream); },
-      [&] { return root->Commit(STGC_DEFAULT); },
-      [&] { return root->DestroyElement(L"stream"); },
-      [&] { return root->RenameElement(L"stream", L"other"); },
-      [&] { return root->MoveElementTo(L"stream", storage, L"stream", STGMOVE_MOVE); },
-      [&] { return root->SetElementTimes(L"storage", &time, &time, &time); },
-      [&] { return storage->SetClass(IID_IStream); },
-  };
-  for (const auto& call : calls) EXPECT_EQ(STG_E_ACCESSDENIED, call()) << &call - calls;
+  const HRESULT results[] = {stream->Write("x", 1, nullptr),
+                             stream->SetSize({}),
+                             storage->CreateStorage(L"new", Exclusive, 0, 0, &newStorage),
+                             root->OpenStream(L"stream", nullptr, Exclusive, 0, &newStream),
+                             root->Commit(STGC_DEFAULT),
+                             root->DestroyElement(L"stream"),
+                             root->RenameElement(L"stream", L"other"),
+                             root->MoveElementTo(L"stream", storage, L"stream", STGMOVE_MOVE),
+                             root->SetElementTimes(L"storage", &time, &time, &time),
+                             storage->SetClass(IID_IStream)};
+  for (const HRESULT& each : results) EXPECT_EQ(STG_E_ACCESSDENIED, each) << &each - results;
   root->Release();
   EXPECT_EQ(STG_E_REVERTED, stream->Revert());
   stream->Release();

@@ -17,14 +17,12 @@ constexpr HRESULT CutFile = STG_E_READFAULT;
 #else
 constexpr HRESULT CutFile = STG_E_DOCFILECORRUPT;
 #endif
-constexpr const char* LongName = "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn: the name is not allowed";
 
 /// Writes the text into the stream Text, and does in its writers what it is told to.
 class TextSaver : public kel::Saver {
  public:
   std::string text = "new";
   std::function<void(IStorage&)> trouble = [](IStorage&) {};  // in section 4
-  std::function<void()> announced = [] {};
   std::string order;
   using Saver::Fail;
   using Saver::SceneArgument;
@@ -46,7 +44,6 @@ class TextSaver : public kel::Saver {
   bool Section5First() override { return false; }
   void Announce(const char* name) override {
     order += std::string(name) == "Classes Used" ? "A" : "?";
-    announced();
   }
 };
 
@@ -117,11 +114,8 @@ TEST_F(Kit, TurnsWhateverAWriterDoesIntoAReason) {
     const char* reason;
   } rows[] = {
       {[](TextSaver&, IStorage&) { throw std::runtime_error("no triangles"); }, "no triangles"},
-      {[](TextSaver&, IStorage&) { throw std::bad_alloc(); }, "there is not enough memory"},
       {[](TextSaver&, IStorage&) { throw 5; }, "a writer failed and did not say why"},
       {[](TextSaver& s, IStorage&) { s.Fail("first"), s.Fail("second"); }, "first"},
-      {[](TextSaver&, IStorage& f) { kel::CreateStream(f, std::wstring(32, L'n')); }, LongName},
-      {[](TextSaver&, IStorage& f) { kel::OpenStream(f, L"none"); }, "none: there is no such file"},
       {[](TextSaver&, IStorage& f) {
          const kel::Stream read = kel::OpenStream(f, L"Text");
          kel::WriteAll(*read, "x", 1);
@@ -138,11 +132,6 @@ TEST_F(Kit, TurnsWhateverAWriterDoesIntoAReason) {
     EXPECT_EQ("restored", Restore());
     EXPECT_EQ("old", Look(file));
   }
-  saver.trouble = [](IStorage&) {};
-  saver.announced = [] { throw std::runtime_error("announced"); };
-  saver.order.clear();
-  EXPECT_EQ("announced", Save("new"));
-  EXPECT_EQ("S65A", saver.order);
 }
 
 TEST_F(Kit, TellsASaveWithinASave) {
@@ -200,18 +189,13 @@ TEST_F(Kit, RefusesBeforeAnythingIsTouched) {
   fs::permissions(folders + "/KelBackup.bak", fs::perms::owner_read);
   EXPECT_EQ("the old version cannot be kept: the older backup cannot be replaced", Save("three"));
   fs::permissions(folders + "/KelBackup.bak", fs::perms::owner_all);
-  fs::remove(folders + "/KelBackup.bak.of");
-  fs::create_directory(folders + "/KelBackup.bak.of");
-  EXPECT_EQ("the old version cannot be kept: ", Save("three").substr(0, 32));
   EXPECT_EQ("two", Look(file));
   EXPECT_EQ("one", Look(saver.BackupPath(file)));
   const struct {
     std::string path, reason;
   } rows[] = {
       {folder.Root(), "it is a folder"},
-      {folder.Path("none/scene.kel"), "there is no such folder"},
       {folder.Path("KELBACKup.bak"), "the old version cannot be kept: the name is one of a backup"},
-      {folder.Path(std::string(300, 'n')), "the name is not allowed"},
   };
   fs::copy_file(file, folder.Path("KELBACKup.bak"));
   for (const auto& row : rows) EXPECT_EQ(row.reason, kel::SaveScene(saver, row.path).reason);
@@ -219,34 +203,22 @@ TEST_F(Kit, RefusesBeforeAnythingIsTouched) {
 
 TEST_F(Kit, SaysWhatAPathNamesInsteadOfAScene) {
   Save("good");
+  EXPECT_TRUE(kel::IsWhole(file));
+  folder.Put("cut", folder.Text("scene.kel").substr(0, 5000));
   const struct {
-    const char* name;
-    std::string bytes;
-    HRESULT code;
-    std::string text;
+    std::string path, text;
   } rows[] = {
-      {"empty", "", STG_E_FILEALREADYEXISTS, "it is empty"},
-      {"text", "some text\n", STG_E_FILEALREADYEXISTS, "it is no compound file"},
-      {"cut", folder.Text("scene.kel").substr(0, 5000), CutFile, kel::TextOf(CutFile)},
-      {".", "", STG_E_ACCESSDENIED, "it is a folder"},
-      {"none", "", STG_E_FILENOTFOUND, "there is no such file"},
-      {"none/none", "", STG_E_PATHNOTFOUND, "there is no such folder"},
+      {folder.Put("empty", ""), "it is empty"},
+      {folder.Put("text", "some text"), "it is no compound file"},
+      {folder.Path("cut"), kel::TextOf(CutFile)},
+      {folder.Root(), "it is a folder"},
+      {folder.Path("none/none"), "there is no such folder"},
   };
   for (const auto& row : rows) {
-    if (std::string("empty text cut").find(row.name) != std::string::npos) {
-      std::ofstream(folder.Path(row.name), std::ios::binary) << row.bytes;
-    }
     std::string reason;
-    EXPECT_FALSE(kel::IsWhole(folder.Path(row.name), &reason));
+    EXPECT_FALSE(kel::IsWhole(row.path, &reason));
     EXPECT_EQ(row.text, reason);
-    try {
-      kel::OpenScene(folder.Path(row.name));
-      ADD_FAILURE() << row.name;
-    } catch (const kel::Error& error) {
-      EXPECT_EQ(row.code, error.Code()) << row.name;
-    }
   }
-  EXPECT_TRUE(kel::IsWhole(file));
   EXPECT_EQ("error 0x80030FFF", kel::TextOf(static_cast<HRESULT>(0x80030FFF)));
 }
 

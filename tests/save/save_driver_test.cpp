@@ -35,8 +35,6 @@ struct Row {
 const Row Rows[] = {
     {"new file", [](Situation& s) { std::filesystem::remove(s.folder.Path("scene.kel")); },
      1, Looked + " WantsBackup FileExists:scene.kel" + Writers + Saved, "scene.kel=new"},
-    {"no backup wanted", [](Situation& s) { s.host.wantsBackup = 0; },
-     1, Looked + " WantsBackup" + Writers + Saved, "scene.kel=new"},
     {"prepared", [](Situation& s) { s.host.needsPrepare = 1; s.noBackup = 1; },
      1, "NeedsPrepareSave PrepareSave FileExists:scene.kel" + Writers + Saved, "scene.kel=new"},
     {"not notified", [](Situation& s) { s.notify = 0; },
@@ -51,9 +49,6 @@ const Row Rows[] = {
     {"creation refused, read-only",
      [](Situation& s) { s.folder.Put("scene.kel", "old", 0444); s.noBackup = 1; },
      0, Looked, "scene.kel=old!"},
-    {"creation refused, no folder",
-     [](Situation& s) { s.path = s.folder.Root() + "\\none\\scene.kel"; },
-     0, Looked + " WantsBackup FileExists:scene.kel", "scene.kel=old"},
     {"host keeps the storage of a failed save",
      [](Situation& s) { s.host.keepsStorage = true; s.host.failing = "SaveSection1"; },
      0, Backed + Writers + " SaveFailed", Kept},

@@ -118,18 +118,6 @@ TEST_F(Dll, KeepsABackupWithoutTheReadOnlyAttribute) {
   }
 }
 
-TEST_F(Dll, LeavesNoFileOfAFailedSave) {
-  EXPECT_EQ(save((folder / "none" / "scene.kel").string().c_str(), 0, 1, 0), 0);
-  EXPECT_EQ(host.calls.find("18"), std::string::npos);
-  host.answers[4] = -1;
-  EXPECT_EQ(save(file.c_str(), 1, 1, 0), 0);
-  EXPECT_TRUE(host.calls.ends_with("19(Classes Used) 4 18 ")) << host.calls;
-  host.answers[4] = 0;
-  EXPECT_EQ(setInterface(nullptr), 1);
-  EXPECT_EQ(save(file.c_str(), 0, 1, 0), 0);
-  EXPECT_TRUE(fs::is_empty(folder));
-}
-
 // The library's allocator, as its table of imports has it, and one that fails.
 using Allocator = void*(size_t);
 Allocator* realAllocator = nullptr;
