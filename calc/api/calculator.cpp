@@ -36,19 +36,15 @@ bool IsName(std::string_view name) {
   return true;
 }
 
-Failure Described(const CaInterpreter& interpreter, CaFailure failure, const char* name,
-                  const CaOperatorEntry* entry) {
+/// What went wrong with the token that was read last, because of `reason`.
+Failure Described(const CaInterpreter& interpreter, std::string_view reason) {
   Failure described;
   const CaPosition position = interpreter.input->MarkedPosition();
   described.program = interpreter.input->name;
   described.line = position.line;
   described.column = position.column;
   described.token = kelcalc::TokenText(interpreter);
-  described.message = kelcalc::FailureReason(interpreter, failure, name, entry);
-  if (entry == nullptr) return described;
-  for (const kelcalc::Alternative& one : kelcalc::AlternativesOf(*entry)) {
-    described.rules.push_back(kelcalc::TakenText(one, *entry));
-  }
+  described.message = reason.substr(0, reason.find('\n'));
   return described;
 }
 
@@ -82,12 +78,35 @@ struct Calculator::State final : CaFailureObserver {
               const CaOperatorEntry* entry) override {
     ++failures;
     if (!onFailure) return;
-    HandOver();
-    Guarded(onFailure, Described(interpreter, failure, name, entry));
+    Failure described =
+        Described(interpreter, kelcalc::FailureReason(interpreter, failure, name, entry));
+    if (entry != nullptr) {
+      for (const kelcalc::Alternative& one : kelcalc::AlternativesOf(*entry)) {
+        described.rules.push_back(kelcalc::TakenText(one, *entry));
+      }
+    }
+    Tell(described);
   }
 
-  void InputEnded(const CaInterpreter&, CaUnfinished) override {
-    if (readError == 0) readError = interpreter.input->Error();
+  void InputEnded(const CaInterpreter&, CaUnfinished within) override {
+    const int error = interpreter.input->Error();
+    if (readError == 0) readError = error;
+    if (error != 0 || within == CaUnfinished::Nothing) return;
+    ++failures;
+    if (onFailure) Tell(Described(interpreter, kelcalc::UnfinishedReason(interpreter, within)));
+  }
+
+  void Warned(const CaInterpreter&, const char* message) override {
+    ++failures;
+    if (!onFailure) return;
+    // The geometry can let nothing through, lack of memory included.
+    const auto tell = [this](const char* reason) { Tell(Described(interpreter, reason)); };
+    Guarded(std::function<void(const char*)>(tell), message);
+  }
+
+  void Tell(const Failure& failure) {
+    HandOver();
+    Guarded(onFailure, failure);
   }
 
   /// Gives away what was printed and is still held back.
@@ -104,6 +123,8 @@ struct Calculator::State final : CaFailureObserver {
       interruptRequested = 1;
     }
   }
+
+  class Running;
 
   template <typename RunIt>
   Outcome Run(const RunIt& runIt);
@@ -126,28 +147,38 @@ struct Calculator::State final : CaFailureObserver {
   CaInterpreter interpreter;  // last, so that it is gone before what it writes to
 };
 
-/// Runs what `runIt` runs; it returns whether there was something to run.
+/// Refuses runs within a run, and at its end, however it ends, gives out what was printed.
+class Calculator::State::Running {
+ public:
+  explicit Running(State& state) : state_(state) { state_.running = true; }
+  ~Running() {
+    state_.HandOver();
+    state_.running = false;
+  }
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+
+ private:
+  State& state_;
+};
+
+/// Runs what `runIt` runs; it returns 0 for a file that cannot be opened.
 template <typename RunIt>
 Outcome Calculator::State::Run(const RunIt& runIt) {
   Outcome outcome;
   if (running) return {Outcome::End::Unreadable, 0, "a program is running already"};
-  running = true;
   failures = 0;
   readError = 0;
   interpreter.stepsLeft = stepLimit;
   try {
-    if (runIt() == 0) {
-      outcome.end = Outcome::End::Unreadable;
-      outcome.reason = "it cannot be opened";
-    }
+    const Running now(*this);
+    if (runIt() == 0) readError = interpreter.fileProblem;
   } catch (const CaInterruption&) {
     const bool outOfSteps = interruptRequested == 0;
     outcome.end = outOfSteps ? Outcome::End::OutOfSteps : Outcome::End::Interrupted;
     outcome.reason = outOfSteps ? "the limit of steps was reached" : "interrupted";
     interruptRequested = 0;
   }
-  HandOver();
-  running = false;
   if (thrown != nullptr) {
     interruptRequested = 0;
     std::rethrow_exception(std::exchange(thrown, nullptr));

@@ -74,7 +74,8 @@ struct Value {
   friend bool operator!=(const Value& a, const Value& b) { return !(a == b); }
 };
 
-/// One thing that went wrong in a program. The program went on behind it.
+/// One thing that went wrong in a program, which went on behind it: a failure or a warning of the
+/// language, or a string, comment, constant or last word that the end of its text cut off.
 struct Failure {
   std::string program;             // the name of the text or the path of the file
   std::int64_t line = 0;           // where the token begins, counted from 1

@@ -139,6 +139,20 @@ std::string MarkedPlace(const CaInterpreter& interpreter) {
          std::to_string(position.column) + ": ";
 }
 
+std::string UnfinishedReason(const CaInterpreter& interpreter, CaUnfinished within) {
+  switch (within) {
+    case CaUnfinished::String:
+      return "the text ends within this string";
+    case CaUnfinished::Comment:
+      return "the text ends within this comment";
+    case CaUnfinished::Constant:
+      return "the text ends within this constant";
+    default:
+      return "the text ends directly behind " + TokenText(interpreter) +
+             ", which does not count without a blank or a new line";
+  }
+}
+
 std::string FailureReason(const CaInterpreter& interpreter, CaFailure failure,
                           const std::string& name, const CaOperatorEntry* entry) {
   const std::string stack =

@@ -11,6 +11,9 @@ namespace kelcalc {
 std::string FailureReason(const CaInterpreter& interpreter, CaFailure failure,
                           const std::string& name, const CaOperatorEntry* entry);
 
+/// Why the end of the input cut off what is `within` it and began at the marked position.
+std::string UnfinishedReason(const CaInterpreter& interpreter, CaUnfinished within);
+
 /// The token at the marked position as it was typed, on one line, without what a terminal would
 /// obey.
 std::string TokenText(const CaInterpreter& interpreter);

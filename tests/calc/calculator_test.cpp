@@ -42,15 +42,17 @@ TEST(Calculator, TellsAllInItsOrderAndPrintsNothingItself) {
   EXPECT_EQ("", testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr());
   EXPECT_FALSE(outcome);
   EXPECT_EQ(Outcome::End::Complete, outcome.end);
-  EXPECT_EQ("3 failures", outcome.Text());
-  ASSERT_EQ(3u, recorder.failures.size());
+  EXPECT_EQ("4 failures", outcome.Text());
+  ASSERT_EQ(4u, recorder.failures.size());
   const kel::Failure& sum = recorder.failures[0];
   EXPECT_EQ("text:1:11:+", sum.program + ":" + std::to_string(sum.line) + ":" +
                                std::to_string(sum.column) + ":" + sum.token);
   EXPECT_NE(std::string::npos, sum.message.find("(string, real)")) << sum.message;
   EXPECT_NE(sum.rules.end(), std::find(sum.rules.begin(), sum.rules.end(), "point+vector"));
-  EXPECT_EQ(";sine", recorder.failures[1].token);
-  EXPECT_EQ(2, recorder.failures[1].line);
+  EXPECT_EQ("Quaternion divided by zero!", recorder.failures[1].message);
+  EXPECT_EQ(";sine", recorder.failures[2].token);
+  EXPECT_EQ(2, recorder.failures[2].line);
+  EXPECT_EQ("1 failure", recorder.calculator.Run("1 \"open").Text());
 }
 
 TEST(Calculator, TakesAndGivesValuesOfAllTypes) {
@@ -137,7 +139,7 @@ TEST(Calculator, EndsWhereItIsTold) {
   other.join();
   EXPECT_EQ(2u, calculator.Depth());
 
-  EXPECT_EQ(Outcome::End::Unreadable, calculator.RunFile("/no/such.3dc").end);
+  EXPECT_EQ("No such file or directory", calculator.RunFile("/no/such.3dc").Text());
   EXPECT_EQ(Outcome::End::Unreadable, calculator.RunFile("/").end);
 }
 

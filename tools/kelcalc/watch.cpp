@@ -1,6 +1,5 @@
 #include "tools/kelcalc/watch.h"
 
-#include <cstddef>
 #include <cstdio>
 
 #include "calc/character_source.h"
@@ -11,23 +10,6 @@
 #include "tools/kelcalc/session.h"
 
 namespace kelcalc {
-namespace {
-
-std::string UnfinishedText(const CaInterpreter& interpreter, CaUnfinished within) {
-  switch (within) {
-    case CaUnfinished::String:
-      return "the text ends within this string";
-    case CaUnfinished::Comment:
-      return "the text ends within this comment";
-    case CaUnfinished::Constant:
-      return "the text ends within this constant";
-    default:
-      return "the text ends directly behind " + TokenText(interpreter) +
-             ", which does not count without a blank or a new line";
-  }
-}
-
-}  // namespace
 
 void Watch::Failed(const CaInterpreter& interpreter, CaFailure failure, const char* name,
                    const CaOperatorEntry* entry) {
@@ -63,7 +45,7 @@ void Watch::InputEnded(const CaInterpreter& interpreter, CaUnfinished within) {
   }
   if (input.name == TerminalName) return;  // whoever leaves sees what is open
   if (within != CaUnfinished::Nothing) {
-    Count(interpreter, MarkedPlace(interpreter), UnfinishedText(interpreter, within));
+    Count(interpreter, MarkedPlace(interpreter), UnfinishedReason(interpreter, within));
   }
   if (interpreter.skipLevel > 0 && skippingFrom) {
     Count(interpreter, *skippingFrom, "the text ends within a block that this condition skips");
