@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "calc/explain/alternatives.h"
 #include "calc/object.h"
 #include "tools/view/fit.h"
 #include "tools/view/grid.h"
@@ -23,8 +24,13 @@ bool BeyondDrawing(const Reach& reach) {
 /// The thing that `named` becomes; `drawn` unless something forbids it, which its note then says.
 Thing Told(const NamedValue& named, const CyVector& from) {
   const CaValue& value = *named.value;
-  Thing thing{
-      CleanText(named.name), TypeName(value.type), CleanText(named.text), "", false, {}, {}};
+  Thing thing{CleanText(named.name),
+              kelcalc::TypeName(value.type),
+              CleanText(named.text),
+              "",
+              false,
+              {},
+              {}};
   const Shape* shape = ShapeOf(value.type);
   if (!IsFinite(value)) {
     thing.note = "not finite";

@@ -226,17 +226,17 @@ namespace {
 // clang-format off
 constexpr Shape Shapes[] = {
     // In the order of CaType, from TypeVector on.
-    {"vector", Ink::Vector, ReachOfVector, NoteOfVector, NoRefusal,
+    {Ink::Vector, ReachOfVector, NoteOfVector, NoRefusal,
      [](Drawing& to, const CaValue& value) { to.Vector(value.vector); }},
-    {"point", Ink::Point, ReachOfPoint, NoNote, NoRefusal,
+    {Ink::Point, ReachOfPoint, NoNote, NoRefusal,
      [](Drawing& to, const CaValue& value) { to.Point(value.point); }},
-    {"matrix", Ink::Point, ReachOfMatrix, NoteOfMatrix, NoRefusal,
+    {Ink::Point, ReachOfMatrix, NoteOfMatrix, NoRefusal,
      [](Drawing& to, const CaValue& value) { to.Matrix(value.matrix); }},
-    {"quaternion", Ink::Rotation, NoReach, NoteOfQuaternion, RefusalOfQuaternion,
+    {Ink::Rotation, NoReach, NoteOfQuaternion, RefusalOfQuaternion,
      [](Drawing& to, const CaValue& value) { to.Rotation(Turn(value.quaternion)); }},
-    {"rotation", Ink::Rotation, NoReach, NoteOfRotation, RefusalOfRotation,
+    {Ink::Rotation, NoReach, NoteOfRotation, RefusalOfRotation,
      [](Drawing& to, const CaValue& value) { to.Rotation(value.rotation); }},
-    {"scale", Ink::Scale, ReachOfScale, NoteOfScale, RefusalOfScale,
+    {Ink::Scale, ReachOfScale, NoteOfScale, RefusalOfScale,
      [](Drawing& to, const CaValue& value) { to.Scale(value.scale); }},
 };
 // clang-format on
@@ -246,19 +246,6 @@ static_assert(sizeof Shapes / sizeof *Shapes == TypeScale - TypeVector + 1);
 
 const Shape* ShapeOf(int type) {
   return type >= TypeVector && type <= TypeScale ? &Shapes[type - TypeVector] : nullptr;
-}
-
-const char* TypeName(int type) {
-  switch (type) {
-    case TypeInteger:
-      return "integer";
-    case TypeString:
-      return "string";
-    case TypeReal:
-      return "real";
-    default:
-      return ShapeOf(type) == nullptr ? "nothing" : ShapeOf(type)->type;
-  }
 }
 
 bool IsFinite(const CaValue& value) {

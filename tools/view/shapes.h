@@ -12,7 +12,6 @@ class Drawing;
 
 /// What a type of value looks like.
 struct Shape {
-  const char* type;  // its name
   Ink ink;
 
   /// The places that it takes in the world, the one that matters most last; `from` is where
@@ -33,9 +32,6 @@ const Shape* ShapeOf(int type);
 
 /// Whether each number of `value` is finite.
 bool IsFinite(const CaValue& value);
-
-/// The name of `type`.
-const char* TypeName(int type);
 
 /// What drawing needs to know besides the value.
 struct Pose {
