@@ -48,6 +48,7 @@ Outcome TableSpace::TakeTables(const ContentCounts& content) {
 std::uint32_t TableSpace::Place(const ContentCounts& content) {
   // On a disk the space right behind the streams was taken with them.
   if (!file_.IsInMemory()) return static_cast<std::uint32_t>(content.sectors);
-  static_cast<void>(TakeTables(content));  // where it fails, the space further on is there
+  // Where it fails, the space further on is there. Where not, that is no more where the tables are.
+  if (TakeTables(content) == Outcome::Done) secured_ = content;
   return static_cast<std::uint32_t>(tablesAt_);
 }
