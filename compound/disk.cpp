@@ -236,7 +236,7 @@ int FollowLinks(const std::string& path, std::string* name) {
     std::string target;
     const int unread = CurrentDisk().ReadLink(name->c_str(), &target);
     if (unread != 0) return unread;
-    *name = target.front() == '/' ? target : FolderOf(*name) + "/" + target;
+    *name = target[0] == '/' ? target : FolderOf(*name) + "/" + target;
   }
   return ELOOP;
 }

@@ -38,11 +38,16 @@ int Rewrite(int file, std::uint64_t size) {
 /// Takes the file's space and gives it its length. What an old file has of the space it keeps, as
 /// others could take what is given back; what it lacks is taken behind its end. Cutting it is the
 /// one step that loses anything of it, and the last one.
-Outcome Empty(int file, std::uint64_t space) {
+Outcome Empty(int file, const char* path, std::uint64_t space) {
   Disk& disk = CurrentDisk();
   struct stat status = {};
+  struct stat named = {};
   if (disk.Lock(file, true) == EWOULDBLOCK) return Outcome::InUse;
   int error = disk.Status(file, &status);
+  if (error == 0) error = disk.StatusOf(path, &named);
+  // Who has moved the file since it was opened is saving, too, and it is that save's backup.
+  const bool isSame = named.st_dev == status.st_dev && named.st_ino == status.st_ino;
+  if (error == ENOENT || (error == 0 && !isSame)) return Outcome::InUse;
   if (error != 0) return OutcomeOfWriting(error);
   const auto before = static_cast<std::uint64_t>(status.st_size);
   const std::uint64_t kept = std::min(before, space);
@@ -73,7 +78,7 @@ Outcome OpenEmpty(const char* path, std::uint64_t space, OpenFile* file, std::st
   bool isNew = false;
   error = OpenOrMake(name.c_str(), exists, file, &isNew);
   if (error != 0) return OutcomeOfOpening(error);
-  const Outcome outcome = Empty(file->Number(), space);
+  const Outcome outcome = Empty(file->Number(), name.c_str(), space);
   if (outcome != Outcome::Done) {
     // Who holds the lock on a file this new is saving a scene into it.
     if (isNew && outcome != Outcome::InUse) disk.Remove(name.c_str());

@@ -39,10 +39,10 @@ enum class Use { None, Reading, Writing };
 
 /// Who has the file open, here or in another process, which is told by locks: a storage that is
 /// written has it alone, those that read it share it. 0, or an errno when that cannot be found out.
-int FindUse(const char* path, Use* use) {
+/// A file that nobody uses stays locked as long as `file` is open, so that nobody begins to.
+int FindUse(const char* path, OpenFile& file, Use* use) {
   *use = Use::None;
   Disk& disk = CurrentDisk();
-  OpenFile file;
   const int error = disk.Open(path, O_RDONLY | O_NONBLOCK, 0, file.Place());
   if (error == EACCES) return 0;  // who may not read a file has no storage on it
   if (error != 0) return error;
@@ -90,8 +90,9 @@ int remove(const char* path) {
     if (error != 0) return error;
     if (IsReadOnly(status)) return EACCES;
     // A save that failed deletes its file though the host may have kept the storage.
+    OpenFile file;
     Use use = Use::None;
-    if (S_ISREG(status.st_mode)) FindUse(native, &use);
+    if (S_ISREG(status.st_mode)) FindUse(native, file, &use);
     return use == Use::Reading ? EACCES : CurrentDisk().Remove(native);
   });
 }
@@ -100,8 +101,9 @@ int rename(const char* from, const char* to) {
   if (to == nullptr) from = nullptr;
   return Run(from, [to](const char* source) {
     const NativePath target(to);
+    OpenFile file;
     Use use = Use::None;
-    int error = FindUse(source, &use);
+    int error = FindUse(source, file, &use);
     if (error != 0) return error;
     if (use != Use::None) return EACCES;
     error = CurrentDisk().Rename(source, target.Text());

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <functional>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -30,6 +31,9 @@ class FailingDisk final : public Disk {
   ~FailingDisk() override { UseDisk(nullptr); }
   FailingDisk(const FailingDisk&) = delete;
   FailingDisk& operator=(const FailingDisk&) = delete;
+
+  /// What another process does just before a call, whose name it is told.
+  std::function<void(const std::string& call)> before = [](const std::string&) {};
 
   /// Whether files without a name are to be had, as on most file systems.
   bool hasNameless = true;
@@ -103,6 +107,7 @@ class FailingDisk final : public Disk {
 
  private:
   bool Fails(const char* name) {
+    before(name);
     calls_.emplace_back(name);
     return failing_ > 0 && (mode_ == Mode::Once ? Count() == failing_ : Count() >= failing_);
   }

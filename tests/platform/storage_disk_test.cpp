@@ -17,6 +17,7 @@
 #include <fstream>
 
 #include "platform/compound_storage.h"
+#include "platform/files.h"
 #include "tests/failing_disk.h"
 #include "tests/folder.h"
 #include "tests/platform/read_storage.h"
@@ -221,6 +222,24 @@ TEST_P(StorageDisk, CommitWaitsOnceForEachChange) {
   EXPECT_EQ(2, count("Sync"));
   EXPECT_EQ(1, count("SyncFolder"));
   EXPECT_EQ(writes, count("WriteAt"));
+}
+
+// Two saves at once: what one has moved away, or is moving, the other does not empty.
+TEST_P(StorageDisk, AnotherSaveMovesTheFile) {
+  const std::string file = folder.Put("scene", "old");
+  const std::string backup = folder.Path("backup");
+  const std::string other = folder.Path("other");
+  FailingDisk disk;
+  disk.before = [&](const std::string& call) {
+    if (call == "Lock") std::filesystem::rename(file, backup);
+  };
+  EXPECT_FALSE(ScriptRun(file, GetParam()).IsCreated());
+  disk.before = [&](const std::string& call) {
+    if (call != "Rename") return;
+    EXPECT_FALSE(ScriptRun(backup, GetParam()).IsCreated());
+  };
+  EXPECT_EQ(0, files::rename(backup.c_str(), other.c_str()));
+  EXPECT_EQ("old", folder.Text("other"));
 }
 
 /// Lets this process mount what only it sees, as its own superuser if it is nobody's.
