@@ -43,6 +43,7 @@
 #ifdef _WIN32
 #include <io.h>
 #else
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -312,6 +313,31 @@ inline std::string AsidePath(const std::string& backup) { return backup + ".inco
 
 inline std::string NotePath(const std::string& backup) { return backup + ".of"; }
 
+/// What keeps the file from being moved to the backup, as far as that shows beforehand.
+inline std::error_code WhyNotMoved(const std::string& file, const std::string& backup) {
+#ifndef _WIN32
+  namespace fs = std::filesystem;
+  const std::string from = (fs::path(".") / Native(file)).parent_path().string();
+  const std::string to = Native(backup).parent_path().string();
+  struct stat here = {};
+  struct stat there = {};
+  if (faccessat(AT_FDCWD, from.c_str(), W_OK | X_OK, AT_EACCESS) != 0 ||
+      faccessat(AT_FDCWD, to.c_str(), W_OK | X_OK, AT_EACCESS) != 0 ||
+      stat(from.c_str(), &here) != 0 || stat(to.c_str(), &there) != 0) {
+    return {errno, std::generic_category()};
+  }
+  if (here.st_dev == there.st_dev) return {};
+  std::error_code error;
+  const std::uintmax_t given = fs::exists(Native(backup)) ? fs::file_size(Native(backup)) : 0;
+  const bool fits = fs::space(to, error).available + given >= fs::file_size(Native(file));
+  return fits ? error : std::make_error_code(std::errc::no_space_on_device);
+#else
+  static_cast<void>(file);
+  static_cast<void>(backup);
+  return {};
+#endif
+}
+
 /// Notes on the disk whose backup this is going to be; else the error.
 inline std::error_code WriteNote(const std::string& backup, const std::string& file) {
   errno = 0;
@@ -410,7 +436,8 @@ inline std::string Saver::PrepareBackup(const std::string& file) {
   if (fs::exists(old) && (!fs::is_regular_file(old) || !writable)) {
     return "the older backup cannot be replaced";
   }
-  error = detail::WriteNote(backup, file);
+  error = detail::WhyNotMoved(file, backup);
+  if (!error) error = detail::WriteNote(backup, file);
   return error ? error.message() : "";
 }
 

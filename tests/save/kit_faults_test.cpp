@@ -17,9 +17,13 @@ namespace {
 class BytesSaver : public kel::Saver {
  public:
   std::size_t size = 10;
+  std::string backups;  // the folder for them, if it is not the usual one
   std::function<void(IStorage&)> trouble = [](IStorage&) {};
 
  private:
+  std::string BackupFolder(const std::string& path) const override {
+    return backups.empty() ? Saver::BackupFolder(path) : backups;
+  }
   void WriteScene(IStorage& file) override {
     kel::WriteAll(*kel::CreateStream(file, L"Bytes"), std::string(size, 'b'));
     trouble(file);
@@ -67,8 +71,17 @@ TEST_F(KitFaults, MissingPermissions) {
   EXPECT_EQ("", Save(10));
   EXPECT_EQ("", Save(11));
   chmod(folder.Root().c_str(), 0777);
+  const Folder shut;
+  EXPECT_TRUE(kel::SaveScene(saver, shut.Path("whole.kel")));
+  chmod(shut.Path("whole.kel").c_str(), 0666);
+  chmod(shut.Root().c_str(), 0555);
   EXPECT_TRUE(
       AsUser([&] { return Save(12) == "the old version cannot be kept: Permission denied"; }));
+  EXPECT_TRUE(AsUser([&] {
+    saver.backups = folder.Path("elsewhere");
+    return kel::SaveScene(saver, shut.Path("whole.kel")).reason ==
+           "the old version cannot be kept: Permission denied";
+  })) << "a file that can be written, but not moved away";
   chmod(file.c_str(), 0);
   EXPECT_TRUE(
       AsUser([&] { return kel::RestoreBackup(saver, file).reason == "there is no permission"; }));
