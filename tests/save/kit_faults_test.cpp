@@ -90,6 +90,7 @@ TEST_F(KitFaults, MissingPermissions) {
   EXPECT_EQ(10U, Size(saver.BackupPath(file)));
   EXPECT_EQ("it is read-only", kel::SaveScene(saver, file, {false, 0}).reason);
   EXPECT_EQ("", Save(12)) << "a read-only file that can be backed up";
+  chmod(shut.Root().c_str(), 0755);
 }
 
 TEST_F(KitFaults, ASymbolicLink) {
