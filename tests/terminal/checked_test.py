@@ -1,33 +1,19 @@
 """What kelcalc tells of programs that end early, inputs that cannot be read, files, and warnings.
 
-Run as: checked_test.py KELCALC FAILING_READ, where FAILING_READ is the library to be loaded first.
+A third argument is the library to be loaded first.
 """
 
 import os
 import pathlib
 import subprocess
 import sys
-import tempfile
-import unittest
 
-KELCALC = os.path.abspath(sys.argv[1])
-FAILING_READ = os.path.abspath(sys.argv[2])
+from process import KELCALC, ProcessTest, main, run
 
-
-def run(*arguments, text="", **variables):
-    text = text if isinstance(text, bytes) else text.encode()
-    done = subprocess.run([KELCALC, *arguments], input=text, capture_output=True, timeout=120,
-                          check=False, env={**os.environ, **variables})
-    return done.returncode, done.stdout.decode(), done.stderr.decode(errors="replace")
+FAILING_READ = os.path.abspath(sys.argv[3])
 
 
-class CheckedTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(folder.name)
-
+class CheckedTest(ProcessTest):
     def test_a_program_that_ends_within_something(self):
         rows = [
             # program, where that began, what is told; None for a program that is whole
@@ -134,15 +120,6 @@ class CheckedTest(unittest.TestCase):
                 self.assertEqual(errors.splitlines(), [line for line in told[2].splitlines()
                                                        if " warning: " not in line])
 
-    def test_exact_files_lose_nothing(self):
-        program = ('1 3 / a : 1e-300 b : 1e999 -1e999 -0 ;v c : 1e999 1e999 - d : "x\\"y\\\\" e : '
-                   'nope f : m(0.1,0,0,0,0,1e22,0,0,0,0,1,5e-324) g : "f" ;write')
-        self.assertEqual(run("--exact", "--warn", "-e", program)[2].count("warning"), 5)
-        states = [run("--exact", *arguments, "--json", "-")[1].split('"variables"')[1]
-                  for arguments in (["-e", program], ["f.3dc", "-e", '"g" ;write'], ["g.3dc"])]
-        self.assertNotEqual(states[0], states[1])  # ;write turns the order round
-        self.assertEqual(states[0], states[2])
-
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    main()

@@ -1,7 +1,4 @@
-"""The options of kelcalc that help people, from outside.
-
-Run as: process_test.py KELCALC ROOT, where ROOT is the top of the sources.
-"""
+"""The options of kelcalc that help people, from outside."""
 
 import json
 import os
@@ -9,31 +6,14 @@ import pathlib
 import random
 import struct
 import subprocess
-import sys
-import tempfile
-import unittest
 
 import jsonschema
 
+from process import KELCALC, ROOT, ProcessTest, main, run
 from terminal import Terminal
 
-KELCALC = os.path.abspath(sys.argv[1])
-ROOT = pathlib.Path(sys.argv[2]).resolve()
 
-
-def run(*arguments, text=""):
-    done = subprocess.run([KELCALC, *arguments], input=text, capture_output=True, text=True,
-                          timeout=120, check=False)
-    return done.returncode, done.stdout, done.stderr
-
-
-class OptionsTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(folder.name)
-
+class OptionsTest(ProcessTest):
     def where(self, text, *arguments):
         """The lines that --where adds to what `text` writes to standard error without it."""
         status, output, errors = run(*arguments, text=text)
@@ -164,6 +144,9 @@ class OptionsTest(unittest.TestCase):
         whole = self.state("program.3dc")
         run("program.3dc", "-i", text=":save kept\n")
         self.assertEqual(self.state("kept.3dc"), whole)
+        run("--exact", "program.3dc", "-e", '"written" ;write')
+        backwards = self.state("written.3dc")["variables"][::-1]  # ;write turns the order round
+        self.assertEqual(backwards, whole["variables"])
 
     def test_list_and_explain(self):
         status, listed, errors = run("--list")
@@ -176,6 +159,8 @@ class OptionsTest(unittest.TestCase):
             self.assertTrue(text.startswith(name + "  "), name)
         for name, told in ("rotation", "r(x, y, z, angle)"), ("stack", "copies the top"):
             self.assertIn(told, run("--explain", name)[1])
+        self.assertEqual(run("--explain", "sqrt")[1], ";sqrt  square root\n\n  real  ->  real\n\n"
+                                                      "Example:  2 ;sqrt #\n 1.414214\n")
         self.assertEqual(run("--explain", "nope"),
                          (2, "", "kelcalc: no operator, function, type or topic is called nope\n"
                                  "Try 'kelcalc --help'.\n"))
@@ -229,4 +214,4 @@ class OptionsTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    main()

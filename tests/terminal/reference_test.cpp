@@ -17,27 +17,10 @@
 #include "calc/dispatch.h"
 #include "calc/explain/alternatives.h"
 #include "calc/interpreter.h"
-#include "calc/run.h"
+#include "tests/calc/calc_harness.h"
 #include "tests/folder.h"
 
 namespace {
-
-/// What `program` prints; `errors` gets its messages.
-std::string OutputOf(const std::string& program, std::string& errors) {
-  CaInterpreter interpreter;
-  interpreter.output = std::tmpfile();
-  interpreter.errors = std::tmpfile();
-  RunText(interpreter, program + "\n", "test");
-  std::string texts[2];
-  for (std::FILE* file : {interpreter.output, interpreter.errors}) {
-    std::string& text = texts[file == interpreter.errors];
-    std::rewind(file);
-    for (int c = std::getc(file); c != EOF; c = std::getc(file)) text += static_cast<char>(c);
-    std::fclose(file);
-  }
-  errors = texts[1];
-  return texts[0];
-}
 
 /// All operators and functions.
 std::vector<const CaOperatorEntry*> Entries() {
@@ -54,31 +37,12 @@ TEST(Help, ExamplesPrintWhatIsPromised) {
   std::filesystem::current_path(folder.Root());  // the examples of files make one
   for (const CaOperatorEntry* entry : Entries()) {
     const CaHelp& help = entry->help;
-    std::string errors;
-    EXPECT_EQ(OutputOf(help.example, errors), help.output) << help.example;
-    EXPECT_EQ(errors, "") << help.example;
+    const Written written = Calculator().Run(std::string(help.example) + "\n");
+    EXPECT_EQ(written.output, help.output) << help.example;
+    EXPECT_EQ(written.errors, "") << help.example;
     EXPECT_NE(std::string(help.example).find(SpellingOf(*entry)), std::string::npos) << entry->name;
   }
   std::filesystem::current_path(before);
-}
-
-/// The alternatives of `name`, each followed by ";".
-std::string Alternatives(const char* name) {
-  const CaOperatorEntry& entry = *kelcalc::FindEntry(name);
-  std::string text;
-  for (const auto& one : kelcalc::AlternativesOf(entry)) {
-    text += kelcalc::TakenText(one, entry) + "; ";
-  }
-  return text;
-}
-
-TEST(Alternatives, AreToldApartFromOperands) {
-  EXPECT_EQ(Alternatives("%"), "integer%integer; vector%vector; quaternion%quaternion; ");
-  EXPECT_EQ(Alternatives(";m"),
-            "12 reals; 3 vectors and a point; matrix; quaternion; rotation; scale; ");
-  EXPECT_EQ(Alternatives("atan2"), "2 reals; ");
-  EXPECT_EQ(Alternatives(":"), "anything and a variable; ");
-  EXPECT_EQ(Alternatives("|") + Alternatives("}"), "2 values; nothing; ");
 }
 
 bool Takes(const std::vector<kelcalc::Alternative>& alternatives, int top, int beneath) {
@@ -154,14 +118,6 @@ TEST(Alternatives, AreWhatRuns) {
                           entry->onShortStack == CaShortStack::Succeeds;
     EXPECT_EQ(entry->function(empty) != 0, succeeds) << entry->name;
   }
-}
-
-TEST(Explanation, FindsFunctionsWithAndWithoutTheirSign) {
-  EXPECT_EQ(kelcalc::ExplanationText("sqrt"), kelcalc::ExplanationText(";sqrt"));
-  EXPECT_EQ(kelcalc::ExplanationText(";sqrt"),
-            ";sqrt  square root\n\n  real  ->  real\n\nExample:  2 ;sqrt #\n 1.414214\n");
-  EXPECT_EQ(kelcalc::ExplanationText("nope"), "");
-  EXPECT_EQ(kelcalc::ExplanationText(""), "");
 }
 
 constexpr const char* Begin = "<!-- reference: begin -->\n";

@@ -10,19 +10,17 @@ import resource
 import signal
 import subprocess
 import sys
-import tempfile
-import unittest
 import xml.etree.ElementTree
 
-KELCALC = os.path.abspath(sys.argv[1])
-ROOT = pathlib.Path(sys.argv[2]).resolve()
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "terminal"))
+import process
+from process import KELCALC, ROOT
+
 PROGRAM = "p(1,2,3) a : v(1,0,1) b : r(0,0,1,30) c : \"<&>\xe4\x01\" d : 5 "
 
 
 def run(*arguments, text=PROGRAM, **options):
-    done = subprocess.run([KELCALC, *arguments], input=text.encode("latin-1"), timeout=120,
-                          check=False, capture_output=True, **options)
-    return done.returncode, done.stdout.decode(), done.stderr.decode()
+    return process.run(*arguments, text=text.encode("latin-1"), **options)
 
 
 def small_files():
@@ -31,13 +29,7 @@ def small_files():
     resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
 
 
-class FilesTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(folder.name)
-
+class FilesTest(process.ProcessTest):
     def test_the_same_values_give_the_same_bytes_in_every_form(self):
         for name in "a.svg", "a.html", "a.glb":
             self.assertEqual(run("--view", name, "--view=" + name.upper().lower(), "-"),
@@ -119,4 +111,4 @@ class FilesTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    process.main()

@@ -1,46 +1,25 @@
 #!/usr/bin/env python3
-"""kelcalc as a process. Arguments: the program, the source folder (unused)."""
+"""kelcalc as a process: its arguments, streams and statuses."""
 
 import errno
 import os
+import pathlib
 import signal
 import subprocess
-import sys
-import tempfile
 import time
 import unittest
 
-KELCALC = os.path.abspath(sys.argv[1])
+from process import KELCALC, ProcessTest, main, run
 
 
-def run(*arguments, text="", **options):
-    """Status, output and errors of one run; `text` is its standard input."""
-    if isinstance(text, str):
-        text = text.encode("latin-1")
-    done = subprocess.run([KELCALC, *arguments], input=text, timeout=120, check=False,
-                          capture_output=True, **options)
-    return done.returncode, done.stdout.decode("latin-1"), done.stderr.decode("latin-1")
-
-
-class KelcalcTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(folder.name)
-
-    def write(self, name, text):
-        with open(name, "wb") as file:
-            file.write(text if isinstance(text, bytes) else text.encode("latin-1"))
-        return name
-
+class KelcalcTest(ProcessTest):
     def test_arguments(self):
-        self.write("a.3dc", "5 x : \n")
-        self.write("b.3dc", "x # \n")
-        self.write("-b.3dc", "x 1 + # \n")
-        self.write("cut.3dc", "x # x #")
-        self.write("script.3dc", "#!/usr/bin/env kelcalc\n1 # \n")
-        self.write("mark.3dc", "1 #!\n2 # \n")
+        pathlib.Path("a.3dc").write_text("5 x : \n")
+        pathlib.Path("b.3dc").write_text("x # \n")
+        pathlib.Path("-b.3dc").write_text("x 1 + # \n")
+        pathlib.Path("cut.3dc").write_text("x # x #")
+        pathlib.Path("script.3dc").write_text("#!/usr/bin/env kelcalc\n1 # \n")
+        pathlib.Path("mark.3dc").write_text("1 #!\n2 # \n")
         rows = [
             # arguments, standard input, output, errors
             ([], "1 2 + # ", " 3.000000\n", ""),
@@ -106,7 +85,7 @@ class KelcalcTest(unittest.TestCase):
                 self.assertEqual(run("--stop", name, "-e", "1 #")[:2], (1, ""))
 
     def test_closed_pipe(self):
-        self.write("much.3dc", "1 # \n" * 200000)
+        pathlib.Path("much.3dc").write_text("1 # \n" * 200000)
         for action, status in (signal.SIG_DFL, -signal.SIGPIPE), (signal.SIG_IGN, 1):
             with subprocess.Popen([KELCALC, "much.3dc"], stdout=subprocess.PIPE,
                                   stderr=subprocess.PIPE, restore_signals=False,
@@ -178,4 +157,4 @@ class KelcalcTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    main()

@@ -1,8 +1,6 @@
 #!/usr/bin/env python3
 """The examples and the language reference keep their word.
 
-Arguments: the program kelcalc, the source folder.
-
 In docs/language.md a fence marked 3dc holds a program; the fences that follow it hold what it
 writes: `output` on the standard output, `errors` on the standard error stream (BEL written as a
 picture of it, blanks at the ends of lines left out). The programs of one section run in the same
@@ -10,34 +8,20 @@ folder, so one may read what another wrote. Beside examples/NAME.3dc stands NAME
 """
 
 import os
-import pathlib
 import re
-import subprocess
-import sys
-import tempfile
-import unittest
 
-KELCALC = os.path.abspath(sys.argv[1])
-ROOT = pathlib.Path(sys.argv[2]).resolve()
+from process import ROOT, ProcessTest, main, run
+
 FENCE = re.compile(r"^```(\w+)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
-
-
-def run(text, *arguments):
-    done = subprocess.run([KELCALC, *arguments], input=text, timeout=120, check=False, text=True,
-                          capture_output=True)
-    return done.returncode, done.stdout, done.stderr
 
 
 def trimmed(text):
     return [line.rstrip() for line in text.replace("\a", "␇").splitlines()]
 
 
-class DocumentsTest(unittest.TestCase):
+class DocumentsTest(ProcessTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(folder.name)
+        super().setUp()
         os.makedirs("examples/written")
 
     def test_the_programs_of_the_language_reference(self):
@@ -50,7 +34,7 @@ class DocumentsTest(unittest.TestCase):
         self.assertGreaterEqual(len(programs), 15)
         for program in programs:
             with self.subTest(program=program["3dc"]):
-                status, output, errors = run(program["3dc"])
+                status, output, errors = run(text=program["3dc"])
                 self.assertEqual(status, 0)
                 self.assertEqual(trimmed(output), trimmed(program["output"]))
                 self.assertEqual(trimmed(errors), trimmed(program["errors"]))
@@ -60,7 +44,7 @@ class DocumentsTest(unittest.TestCase):
         for escaped, character in ("\\e", "\\"), ("\\-", "-"), ("\\(aq", "'"), ("\\(ti", "~"), (
                 "\\(ha", "^"):
             manual = manual.replace(escaped, character)
-        for name in re.findall(r"^  (;\w+|[^\s\w]+) ", run("", "--list")[1], re.MULTILINE):
+        for name in re.findall(r"^  (;\w+|[^\s\w]+) ", run("--list")[1], re.MULTILINE):
             self.assertIn(name, manual)
 
     def test_the_examples(self):
@@ -69,8 +53,8 @@ class DocumentsTest(unittest.TestCase):
         for example in examples:
             with self.subTest(example=example.name):
                 expected = example.with_suffix(".out").read_text()
-                self.assertEqual(run("", str(example)), (0, expected, ""))
+                self.assertEqual(run(str(example)), (0, expected, ""))
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    main()
