@@ -124,7 +124,7 @@ inline constexpr CaTopRule PointRules[] = {
 };
 
 // Deliberate: a vector on top might be expected to become a matrix, too; it fails silently. Held by
-// ";m" in type_rules_test.cpp.
+// OfTheLanguagePageIsMadeFromTheTables in reference_test.cpp.
 inline constexpr CaTopRule MatrixRules[] = {
     Loose(12, TypeMatrix, MatrixOfReals),
     {TypePoint, 4, TypeVector, TypeMatrix, MatrixOfFrame},

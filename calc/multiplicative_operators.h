@@ -37,7 +37,7 @@ inline CaValue RealTimesQuaternion(const CaValue& a, const CaValue& b) {
 }
 
 // Deliberate: a rotation times a number would be expected to be a rotation; it is a quaternion, not
-// of unit length. Held by "RQQ" in type_rules_test.cpp.
+// of unit length. Held by "r(0,0,9,180) 2 *" in operators.txt.
 inline CaValue RotationTimesReal(const CaValue& a, const CaValue& b) {
   return CaValue(CyQuaternion(a.rotation) * b.real);
 }
@@ -91,7 +91,7 @@ inline CaValue ProductOfRotations(const CaValue& a, const CaValue& b) {
 }
 
 /// Deliberate: the processor would stop at these two; here the operator fails, silently, and the
-/// operands stay. Held by "Least" in type_rules_test.cpp.
+/// operands stay. Held by "Least" in objects_test.cpp.
 inline bool HasNoQuotient(std::int32_t dividend, std::int32_t divisor) {
   return divisor == 0 || (divisor == -1 && dividend == std::numeric_limits<std::int32_t>::min());
 }

@@ -54,7 +54,7 @@ inline constexpr CaTopRule MagnitudeRules[] = {
 };
 
 // Deliberate: points and scales might be expected to be negated like vectors; they fail. Held by
-// "~" in type_rules_test.cpp.
+// OfTheLanguagePageIsMadeFromTheTables in reference_test.cpp.
 inline constexpr CaTopRule NegateRules[] = {
     Replaced(TypeInteger, TypeInteger, NegatedInteger),
     Replaced(TypeReal, TypeReal, NegatedReal),
