@@ -46,24 +46,31 @@ std::shared_ptr<Node> Copy(const Node& node) {
 }
 
 // Some differ only in case; readers change blanks and dots at the ends.
-const std::wstring Names[] = {L"a",
-                              L"A",
-                              L"b",
-                              L"bX",
-                              L"Bx",
-                              L"c .-_c",
-                              L"d0",
-                              L"\x00E9",
-                              L"\x00C9\x0101",
-                              L"\x00FF",
-                              L"\x03C9\x03A3",
-                              L"\x03C9\x03C2",
-                              L"\x0434\x042F\x0451",
-                              L"\x0434\x044F\x0401",
-                              L"\x6F22\x5B57",
-                              std::wstring(30, L'n'),
-                              std::wstring(31, L'n'),
-                              std::wstring(31, L'N')};
+constexpr const wchar_t* Names[] = {L"a",
+                                    L"A",
+                                    L"b",
+                                    L"bX",
+                                    L"Bx",
+                                    L"c .-_c",
+                                    L"d0",
+                                    L"\x00E9",
+                                    L"\x00C9\x0101",
+                                    L"\x00FF",
+                                    L"\x03C9\x03A3",
+                                    L"\x03C9\x03C2",
+                                    L"\x0434\x042F\x0451",
+                                    L"\x0434\x044F\x0401",
+                                    L"\x6F22",
+                                    L"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnn",
+                                    L"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn",
+                                    L"NNNNNNNNNNNNNNNNNNNNNNNNNNNNNNN"};
+
+/// A storage, one of the names, and what has it there, if anything.
+struct Place {
+  const OpenStorage parent;
+  const wchar_t* name;
+  const std::shared_ptr<Node> node;
+};
 
 class Run {
  public:
@@ -80,7 +87,7 @@ class Run {
     } operations[] = {{8, &Run::CreateStream},   {6, &Run::OpenElement},   {3, &Run::CreateStorage},
                       {20, &Run::Write},         {10, &Run::Read},         {6, &Run::Seek},
                       {6, &Run::SetSize},        {2, &Run::Clone},         {4, &Run::CopyBytes},
-                      {3, &Run::Destroy},        {3, &Run::Rename},        {3, &Run::Move},
+                      {3, &Run::Destroy},        {6, &Run::Rename},        {3, &Run::Move},
                       {2, &Run::SetProperties},  {3, &Run::Enumerate},     {1, &Run::Commit},
                       {10, &Run::ReleaseStream}, {2, &Run::ReleaseStorage}};
     std::vector<int> weights;
@@ -88,6 +95,7 @@ class Run {
     std::discrete_distribution<std::size_t> choose(weights.begin(), weights.end());
     for (step = 0; step < steps && !testing::Test::HasFailure(); ++step) {
       SCOPED_TRACE("step " + std::to_string(step));
+      while (streams.empty()) CreateStream();
       (this->*operations[choose(random)].apply)();
     }
     return Finish();
@@ -99,13 +107,14 @@ class Run {
   std::size_t Below(std::size_t limit) { return random() % limit; }
   std::uint32_t Size() { return Sizes[Below(std::size(Sizes))]; }
   OpenStorage& AnyStorage() { return storages[Below(storages.size())]; }
-  OpenStream* AnyStream() { return streams.empty() ? nullptr : &streams[Below(streams.size())]; }
+  OpenStream& AnyStream() { return streams[Below(streams.size())]; }
+  bool Fits(std::uint64_t size) { return BytesIn(*rootNode) + size <= LimitOfBytes; }
 
-  const std::wstring& AnyName() { return Names[Below(std::size(Names))]; }
-
-  std::shared_ptr<Node> Child(const OpenStorage& parent, const std::wstring& name) {
+  Place AnyPlace() {
+    const OpenStorage& parent = AnyStorage();
+    const wchar_t* name = Names[Below(std::size(Names))];
     const auto found = parent.node->children.find(Utf16(name));
-    return found == parent.node->children.end() ? nullptr : found->second;
+    return {parent, name, found == parent.node->children.end() ? nullptr : found->second};
   }
 
   std::shared_ptr<Node> NewNode(bool isStorage) { return std::make_shared<Node>(Node{isStorage}); }
@@ -118,14 +127,12 @@ class Run {
   // --- Elements ---
 
   void CreateStream() {
-    OpenStorage& parent = AnyStorage();
-    const std::wstring name = AnyName();
+    const auto& [parent, name, old] = AnyPlace();
     const bool replace = Below(4) == 0;
-    const std::shared_ptr<Node> old = Child(parent, name);
     if (old && replace && AnyOpen(*old)) return;
     IStream* stream = nullptr;
-    const HRESULT result = parent.storage->CreateStream(
-        name.c_str(), Exclusive | (replace ? STGM_CREATE : 0), 0, 0, &stream);
+    const HRESULT result =
+        parent.storage->CreateStream(name, Exclusive | (replace ? STGM_CREATE : 0), 0, 0, &stream);
     ASSERT_EQ(old && !replace ? STG_E_FILEALREADYEXISTS : S_OK, result);
     if (FAILED(result)) return;
     parent.node->children.erase(Utf16(name));
@@ -133,11 +140,9 @@ class Run {
   }
 
   void CreateStorage() {
-    OpenStorage& parent = AnyStorage();
-    const std::wstring name = AnyName();
-    const std::shared_ptr<Node> old = Child(parent, name);
+    const auto& [parent, name, old] = AnyPlace();
     IStorage* storage = nullptr;
-    const HRESULT result = parent.storage->CreateStorage(name.c_str(), Exclusive, 0, 0, &storage);
+    const HRESULT result = parent.storage->CreateStorage(name, Exclusive, 0, 0, &storage);
     ASSERT_EQ(old ? STG_E_FILEALREADYEXISTS : S_OK, result);
     if (old) return;
     const std::shared_ptr<Node> node = parent.node->children[Utf16(name)] = NewNode(true);
@@ -146,16 +151,13 @@ class Run {
   }
 
   void OpenElement() {
-    OpenStorage& parent = AnyStorage();
-    const std::wstring name = AnyName();
-    const std::shared_ptr<Node> node = Child(parent, name);
+    const auto& [parent, name, node] = AnyPlace();
     const bool asStorage = node ? node->isStorage != (Below(8) == 0) : Below(2) == 0;
     IStorage* storage = nullptr;
     IStream* stream = nullptr;
     const HRESULT result =
-        asStorage
-            ? parent.storage->OpenStorage(name.c_str(), nullptr, Exclusive, nullptr, 0, &storage)
-            : parent.storage->OpenStream(name.c_str(), nullptr, Exclusive, 0, &stream);
+        asStorage ? parent.storage->OpenStorage(name, nullptr, Exclusive, nullptr, 0, &storage)
+                  : parent.storage->OpenStream(name, nullptr, Exclusive, 0, &stream);
     const bool missing = !node || node->isStorage != asStorage;
     ASSERT_EQ(missing ? STG_E_FILENOTFOUND : node->opened != 0 ? STG_E_ACCESSDENIED : S_OK, result);
     if (FAILED(result)) return;
@@ -165,22 +167,17 @@ class Run {
   }
 
   void Destroy() {
-    OpenStorage& parent = AnyStorage();
-    const std::wstring name = AnyName();
-    const std::shared_ptr<Node> node = Child(parent, name);
+    const auto& [parent, name, node] = AnyPlace();
     if (node && AnyOpen(*node)) return;
-    ASSERT_EQ(node ? S_OK : STG_E_FILENOTFOUND, parent.storage->DestroyElement(name.c_str()));
+    ASSERT_EQ(node ? S_OK : STG_E_FILENOTFOUND, parent.storage->DestroyElement(name));
     parent.node->children.erase(Utf16(name));
   }
 
   void Rename() {
-    OpenStorage& parent = AnyStorage();
-    const std::wstring name = AnyName();
-    const std::wstring other = AnyName();
-    const std::shared_ptr<Node> node = Child(parent, name);
-    const std::shared_ptr<Node> taken = Child(parent, other);
-    if ((node && AnyOpen(*node)) || node == taken) return;
-    const HRESULT result = parent.storage->RenameElement(name.c_str(), other.c_str());
+    const auto& [parent, name, node] = AnyPlace();
+    const auto& [target, other, taken] = AnyPlace();
+    if (target.node != parent.node || (node && AnyOpen(*node)) || node == taken) return;
+    const HRESULT result = parent.storage->RenameElement(name, other);
     ASSERT_EQ(node && !taken, result == S_OK) << std::hex << result;
     if (!node || taken) return;
     parent.node->children.erase(Utf16(name));
@@ -188,15 +185,11 @@ class Run {
   }
 
   void Move() {
-    OpenStorage& parent = AnyStorage();
-    OpenStorage& target = AnyStorage();
-    const std::wstring name = AnyName();
-    const std::wstring other = AnyName();
+    const auto& [parent, name, node] = AnyPlace();
+    const auto& [target, other, taken] = AnyPlace();
     const bool copy = Below(2) == 0;
-    const std::shared_ptr<Node> node = Child(parent, name);
-    if (!node || AnyOpen(*node) || Child(target, other)) return;
-    if (copy && BytesIn(*rootNode) + BytesIn(*node) > LimitOfBytes) return;
-    ASSERT_EQ(S_OK, parent.storage->MoveElementTo(name.c_str(), target.storage, other.c_str(),
+    if (!node || AnyOpen(*node) || taken || (copy && !Fits(BytesIn(*node)))) return;
+    ASSERT_EQ(S_OK, parent.storage->MoveElementTo(name, target.storage, other,
                                                   copy ? STGMOVE_COPY : STGMOVE_MOVE));
     const auto moved = Copy(*node);
     if (!copy) parent.node->children.erase(Utf16(name));
@@ -244,26 +237,25 @@ class Run {
   // --- Bytes ---
 
   void Write() {
-    OpenStream* open = AnyStream();
+    OpenStream& open = AnyStream();
     std::string bytes(Size(), '\0');
-    if (!open || BytesIn(*rootNode) + bytes.size() > LimitOfBytes) return;
+    if (!Fits(bytes.size())) return;
     std::uint32_t state = static_cast<std::uint32_t>(random());
     for (char& byte : bytes) byte = static_cast<char>((state = state * 69069 + 1) >> 24);
     ULONG written = 0;
     const ULONG size = static_cast<ULONG>(bytes.size());
-    ASSERT_EQ(S_OK, open->stream->Write(bytes.data(), size, &written));
+    ASSERT_EQ(S_OK, open.stream->Write(bytes.data(), size, &written));
     ASSERT_EQ(size, written);
-    PutBytes(*open, bytes);
+    PutBytes(open, bytes);
   }
 
   /// A gap before the bytes reads as zeros.
   void PutBytes(OpenStream& open, const std::string& bytes) {
     std::string& all = open.node->bytes;
-    if (!bytes.empty() && all.size() < open.position + bytes.size()) {
-      all.resize(open.position + bytes.size());
+    if (!bytes.empty()) {
+      all.resize(std::max<std::size_t>(all.size(), open.position + bytes.size()));
+      all.replace(open.position, bytes.size(), bytes);
     }
-    std::copy(bytes.begin(), bytes.end(),
-              all.begin() + static_cast<std::ptrdiff_t>(bytes.empty() ? 0 : open.position));
     open.position += bytes.size();
   }
 
@@ -273,74 +265,67 @@ class Run {
   }
 
   void Read() {
-    OpenStream* open = AnyStream();
-    if (!open) return;
+    OpenStream& open = AnyStream();
     std::string bytes(Size(), '\0');
     ULONG got = 0;
-    const HRESULT result = open->stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &got);
+    const HRESULT result = open.stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &got);
     ASSERT_TRUE(SUCCEEDED(result)) << result;
-    const std::string expected = Rest(*open, bytes.size());
+    const std::string expected = Rest(open, bytes.size());
     bytes.resize(got);
     ASSERT_EQ(expected.size(), bytes.size());
     ASSERT_TRUE(expected == bytes);
-    open->position += got;
+    open.position += got;
   }
 
   void Seek() {
-    OpenStream* open = AnyStream();
-    if (!open) return;
-    const std::int64_t bases[] = {0, static_cast<std::int64_t>(open->position),
-                                  static_cast<std::int64_t>(open->node->bytes.size())};
+    OpenStream& open = AnyStream();
+    const std::int64_t bases[] = {0, static_cast<std::int64_t>(open.position),
+                                  static_cast<std::int64_t>(open.node->bytes.size())};
     const std::size_t origin = Below(3);
     LARGE_INTEGER move;
-    move.QuadPart =
-        Below(2) == 0 ? static_cast<std::int64_t>(Size()) : -static_cast<std::int64_t>(Size());
-    if (Below(3) == 0) move.QuadPart = 0;
+    move.QuadPart = (static_cast<std::int64_t>(Below(3)) - 1) * Size();
     const std::int64_t target = bases[origin] + move.QuadPart;
     ULARGE_INTEGER position;
-    const HRESULT result = open->stream->Seek(move, static_cast<DWORD>(origin), &position);
+    const HRESULT result = open.stream->Seek(move, static_cast<DWORD>(origin), &position);
     ASSERT_EQ(target < 0 ? STG_E_INVALIDFUNCTION : S_OK, result);
     if (target < 0) return;
     ASSERT_EQ(static_cast<std::uint64_t>(target), position.QuadPart);
-    open->position = position.QuadPart;
+    open.position = position.QuadPart;
   }
 
   void SetSize() {
-    OpenStream* open = AnyStream();
+    OpenStream& open = AnyStream();
     ULARGE_INTEGER size;
     size.QuadPart = Size();
-    if (!open || BytesIn(*rootNode) + size.QuadPart > LimitOfBytes) return;
-    ASSERT_EQ(S_OK, open->stream->SetSize(size));
-    open->node->bytes.resize(size.QuadPart);
+    if (!Fits(size.QuadPart)) return;
+    ASSERT_EQ(S_OK, open.stream->SetSize(size));
+    open.node->bytes.resize(size.QuadPart);
   }
 
   void Clone() {
-    OpenStream* open = AnyStream();
+    OpenStream& open = AnyStream();
     IStream* clone = nullptr;
-    if (!open) return;
-    ASSERT_EQ(S_OK, open->stream->Clone(&clone));
-    Hold(clone, open->node, open->position);
+    ASSERT_EQ(S_OK, open.stream->Clone(&clone));
+    Hold(clone, open.node, open.position);
   }
 
   void CopyBytes() {
-    OpenStream* from = AnyStream();
-    OpenStream* to = AnyStream();
-    if (!from || from->node == to->node) return;
+    OpenStream& from = AnyStream();
+    OpenStream& to = AnyStream();
     ULARGE_INTEGER size, bytesRead, bytesWritten;
     size.QuadPart = Size();
-    if (BytesIn(*rootNode) + size.QuadPart > LimitOfBytes) return;
-    const std::string bytes = Rest(*from, size.QuadPart);
-    ASSERT_EQ(S_OK, from->stream->CopyTo(to->stream, size, &bytesRead, &bytesWritten));
+    if (from.node == to.node || !Fits(size.QuadPart)) return;
+    const std::string bytes = Rest(from, size.QuadPart);
+    ASSERT_EQ(S_OK, from.stream->CopyTo(to.stream, size, &bytesRead, &bytesWritten));
     ASSERT_EQ(bytes.size(), bytesRead.QuadPart);
     ASSERT_EQ(bytes.size(), bytesWritten.QuadPart);
-    from->position += bytes.size();
-    PutBytes(*to, bytes);
+    from.position += bytes.size();
+    PutBytes(to, bytes);
   }
 
   // --- Ends ---
 
   void ReleaseStream() {
-    if (streams.empty()) return;
     const std::size_t index = Below(streams.size());
     EXPECT_EQ(0U, streams[index].stream->Release());
     --streams[index].node->opened;
