@@ -242,6 +242,30 @@ TEST_P(StorageDisk, AnotherSaveMovesTheFile) {
   EXPECT_EQ("old", folder.Text("other"));
 }
 
+// The part of a failed write that reached the file is not seen again.
+TEST_P(StorageDisk, ZerosAfterAFailedWrite) {
+  for (int n = 1;; ++n) {
+    FailingDisk disk(n, ENOSPC);
+    IStorage* root = model::CreateFile(folder.Path("zeros"), GetParam());
+    if (root == nullptr) continue;
+    IStream* stream = nullptr;
+    const std::string bytes(3 * Piece, 'x');
+    ULONG done = 0;
+    if (SUCCEEDED(root->CreateStream(L"stream", Exclusive, 0, 0, &stream)) &&
+        FAILED(stream->Write(bytes.data(), 3 * Piece, &done))) {
+      std::string read(3 * Piece, 'y');
+      ULONG got = 0;
+      EXPECT_EQ(S_OK, stream->SetSize({{3 * Piece, 0}}));
+      EXPECT_EQ(S_OK, stream->Seek({{done, 0}}, STREAM_SEEK_SET, nullptr));
+      EXPECT_EQ(S_OK, stream->Read(read.data(), 3 * Piece, &got));
+      EXPECT_EQ(std::string(got, '\0'), read.substr(0, got)) << "call " << n;
+    }
+    if (stream != nullptr) stream->Release();
+    root->Release();
+    if (!disk.HasFailed()) break;
+  }
+}
+
 /// Lets this process mount what only it sees, as its own superuser if it is nobody's.
 bool Isolate() {
   const auto put = [](const char* file, const std::string& text) { std::ofstream(file) << text; };
