@@ -23,7 +23,7 @@ void CaVariables::Define(std::unique_ptr<CaVariable> variable, const CaValue& va
     delete static_cast<CaVariable*>(std::exchange(old->payload, variable.release()));
     list_.MoveToFront(old);
   } else if (list_.PushFront(variable.get()) > 0) {
-    variable.release();
+    static_cast<void>(variable.release());  // the list owns it now
     name.variable = list_.head;
   }
   seen_ = list_.changes;
