@@ -162,11 +162,14 @@ TEST(Calculator, ServesEachThreadByItself) {
   for (std::size_t i = 0; i < recorders.size(); ++i) {
     threads.emplace_back([&recorder = recorders[i], i] {
       const std::string number = std::to_string(i);
+      std::string program = "\\\\ \"t\" t";
+      program.append(number).append(" : ").append(number);
+      program +=
+          " x : x 90 * ;sin m(2,0,0,0, 0,2,0,0, 0,0,2,0) ~ v(1,2,3) * ;y + #"
+          " q(0,0,0,0) ~ \\ v(0,0,0) 0 / \\ nosuch +";
       for (int run = 0; run < 200; ++run) {
         recorder.told.clear();
-        recorder.calculator.Run("\\\\ \"t\" t" + number + " : " + number +
-                                " x : x 90 * ;sin m(2,0,0,0, 0,2,0,0, 0,0,2,0) ~ v(1,2,3) * ;y + #"
-                                " q(0,0,0,0) ~ \\ v(0,0,0) 0 / \\ nosuch +");
+        recorder.calculator.Run(program);
       }
     });
   }

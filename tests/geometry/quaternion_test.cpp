@@ -50,7 +50,10 @@ TEST(Quaternion, Division) {
     testing::internal::CaptureStderr();
     EXPECT_TRUE(Same(Q(2, 0, 0, 4) / divisor, Q(2, 0, 0, 4))) << divisor;
     const CyMessageScope toOuter(take, &outer);
-    if (const CyMessageScope toInner(take, &inner); true) Q(1, 0, 0, 0) / divisor;
+    {
+      const CyMessageScope toInner(take, &inner);
+      Q(1, 0, 0, 0) / divisor;
+    }
     Q(1, 0, 0, 0) / divisor;
     for (const std::string& taken : {testing::internal::GetCapturedStderr(), inner, outer}) {
       EXPECT_EQ(taken, "Quaternion divided by zero!\n") << divisor;
