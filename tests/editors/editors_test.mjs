@@ -40,14 +40,14 @@ async function textmateClasses() {
   const wasm = fs.readFileSync(require.resolve("vscode-oniguruma/release/onig.wasm"));
   await oniguruma.loadWASM(wasm.buffer.slice(wasm.byteOffset, wasm.byteOffset + wasm.length));
   const file = path.join(sources, "editors/textmate/3dc.tmLanguage.json");
-  const registry = new textmate.Registry({
+  const grammars = new textmate.Registry({
     onigLib: Promise.resolve({
       createOnigScanner: (patterns) => new oniguruma.OnigScanner(patterns),
       createOnigString: (text) => new oniguruma.OnigString(text),
     }),
     loadGrammar: async () => textmate.parseRawGrammar(fs.readFileSync(file, "utf8"), file),
   });
-  const grammar = await registry.loadGrammar("source.3dc");
+  const grammar = await grammars.loadGrammar("source.3dc");
   return (text) => {
     let state = textmate.INITIAL;
     return text.split("\n").map((line) => {
