@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <initializer_list>
 
 #include "calc/api/conversion.h"
 #include "calc/object.h"
@@ -9,7 +10,7 @@ namespace {
 Value Make(Type type, std::initializer_list<double> numbers) {
   Value value;
   value.type = type;
-  std::ranges::copy(numbers, value.numbers.begin());
+  std::copy(numbers.begin(), numbers.end(), value.numbers.begin());
   return value;
 }
 
