@@ -2,13 +2,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <string>
 
 #include "platform/files.h"
 #include "tests/folder.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
