@@ -68,7 +68,7 @@ class Checker {
   }
 
   std::string_view Bytes(std::size_t index) const {
-    return std::string_view(directory_).substr(index * EntrySize, EntrySize);
+    return std::string_view{directory_}.substr(index * EntrySize, EntrySize);
   }
 
   void CheckHeaderCount(std::size_t field, std::uint64_t wanted, const char* what) {

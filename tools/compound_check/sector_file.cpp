@@ -33,7 +33,8 @@ std::uint32_t SectorFile::HeaderWord(std::size_t offset) const { return Word(hea
 bool SectorFile::ReadHeader() {
   file_.clear();
   file_.seekg(0, std::ios::end);
-  length_ = static_cast<std::uint64_t>(std::max(std::streamoff(file_.tellg()), std::streamoff{0}));
+  const std::streamoff end = file_.tellg();
+  length_ = end < 0 ? 0 : static_cast<std::uint64_t>(end);
   if (length_ == 0) complaints_.Damaged("file", "is empty");
   if (length_ == 0) return false;
   const bool complete = ReadBytes(file_, 0, HeaderSize, header_);
