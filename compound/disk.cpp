@@ -6,7 +6,6 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -116,7 +115,7 @@ class TheSystemsDisk final : public Disk {
     });
     if (error != EOPNOTSUPP && error != ENOSYS) return error;
     while (from < to) {
-      const std::size_t part = std::min<std::uint64_t>(to - from, sizeof Zeros);
+      const std::size_t part = AtMost(sizeof Zeros, to - from);
       const int written = WriteAll(file, from, Zeros, part);
       if (written != 0) return written;
       from += part;

@@ -101,6 +101,11 @@ class OpenFile {
   int number_ = -1;
 };
 
+/// How much of `left` goes through memory that has room for `room`.
+inline std::size_t AtMost(std::size_t room, std::uint64_t left) {
+  return left < room ? static_cast<std::size_t>(left) : room;
+}
+
 /// Follows symbolic links from `path` to the name of the file itself, which need not exist: the
 /// name that opening `path` would create or open. Another error than ENOENT is told.
 int FollowLinks(const std::string& path, std::string* name);

@@ -1,5 +1,6 @@
 #include "compound/document.h"
 
+#include <cstddef>
 #include <new>
 
 #include "compound/layout.h"
@@ -9,7 +10,7 @@ CompoundDocument::CompoundDocument(const CompoundParameters& parameters)
     : parameters_(parameters), streams_(parameters_, directory_, file_) {}
 
 Outcome CompoundDocument::Create(const char* path) {
-  const std::uint64_t size = FileSize(parameters_, CountTables(parameters_, {}));
+  const auto size = static_cast<std::size_t>(FileSize(parameters_, CountTables(parameters_, {})));
   const Outcome outcome = file_.Create(path, size);
   return outcome == Outcome::Done ? streams_.SecureEntries(1) : outcome;
 }

@@ -26,7 +26,7 @@ int Rewrite(int file, std::uint64_t size) {
   std::byte bytes[4096];
   for (std::uint64_t at = 0; at < size;) {
     std::size_t got = 0;
-    const std::size_t part = std::min<std::uint64_t>(size - at, sizeof bytes);
+    const std::size_t part = AtMost(sizeof bytes, size - at);
     int error = CurrentDisk().ReadAt(file, at, bytes, part, &got);
     if (error == 0) error = CurrentDisk().WriteAt(file, at, bytes, got);
     if (error != 0 || got == 0) return error;

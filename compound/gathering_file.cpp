@@ -19,7 +19,7 @@ std::uint64_t PieceOf(std::uint64_t offset) { return offset & ~std::uint64_t{Pie
 
 }  // namespace
 
-Outcome GatheringFile::Create(const char* path, std::uint64_t size) {
+Outcome GatheringFile::Create(const char* path, std::size_t size) {
   // Memory first, as nothing may fail once the old file is cut.
   Piece& first = pieces_[0];
   first.bytes.reset(new (std::nothrow) std::byte[PieceSize]);
@@ -87,7 +87,7 @@ Outcome GatheringFile::WriteZeros(std::uint64_t offset, std::uint64_t size) {
   if (offset >= touched_) return Outcome::Done;
   size = std::min(size, touched_ - offset);
   while (size > 0) {
-    const std::size_t part = std::min<std::uint64_t>(size, sizeof Zeros);
+    const std::size_t part = AtMost(sizeof Zeros, size);
     const Outcome outcome = Write(offset, Zeros, part);
     if (outcome != Outcome::Done) return outcome;
     offset += part;
@@ -98,7 +98,7 @@ Outcome GatheringFile::WriteZeros(std::uint64_t offset, std::uint64_t size) {
 
 Outcome GatheringFile::Gather(std::uint64_t offset, const std::byte* data, std::size_t size) {
   const std::uint64_t pieceOffset = PieceOf(offset);
-  const std::size_t within = offset - pieceOffset;
+  const auto within = static_cast<std::size_t>(offset - pieceOffset);
   Piece* piece = Find(pieceOffset);
   if (piece == nullptr) {
     if (isInMemory_ && Take(pieceOffset, pieceOffset + PieceSize) != Outcome::Done) {

@@ -21,7 +21,7 @@ class GatheringFile {
   static constexpr std::size_t PieceSize = 512 * 1024;
 
   /// Creates or replaces the file, with space for its first `size` bytes; see OpenEmpty.
-  Outcome Create(const char* path, std::uint64_t size);
+  Outcome Create(const char* path, std::size_t size);
 
   /// Makes sure that the file has space for its first `size` bytes.
   Outcome Reserve(std::uint64_t size);

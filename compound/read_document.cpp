@@ -58,7 +58,7 @@ Outcome ReadDocument::Read(CompoundEntry& stream, std::uint64_t offset, void* da
                            std::size_t size, std::size_t* done) {
   *done = 0;
   if (offset >= stream.size) return Outcome::Done;
-  size = std::min<std::uint64_t>(size, stream.size - offset);
+  size = AtMost(size, stream.size - offset);
   auto& entry = static_cast<ReadEntry&>(stream);
   if (entry.found == nullptr) entry.found = std::make_unique<FoundChain>(entry.start);
   const bool isMini = stream.size < source_.Header().miniCutoff;

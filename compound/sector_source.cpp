@@ -54,7 +54,7 @@ bool Begins(const CompoundHeader& header, const std::uint8_t (&signature)[8]) {
 Outcome SectorSource::Open(const char* path, bool exclusive) {
   Outcome outcome = OpenPlainFile(path, exclusive, &file_, &size_);
   if (outcome != Outcome::Done) return outcome;
-  outcome = ReadFile(0, &header_, std::min<std::uint64_t>(size_, sizeof header_));
+  outcome = ReadFile(0, &header_, AtMost(sizeof header_, size_));
   if (outcome == Outcome::Done) outcome = CheckHeader();
   if (outcome != Outcome::Done) return outcome;
   // Relaxed: a file is to be whole sectors. Spreadsheet writers leave the last one unfilled; only
@@ -102,13 +102,13 @@ Outcome SectorSource::ReadFile(std::uint64_t offset, void* data, std::size_t siz
 
 Outcome SectorSource::BlockAt(std::uint64_t offset, const std::byte** block) {
   const std::uint64_t number = offset / BlockSize;
-  const std::size_t place = (number * 0x9E3779B97F4A7C15U) >> 60;
+  const auto place = static_cast<std::size_t>((number * 0x9E3779B97F4A7C15U) >> 60);
   static_assert(BlockCount == 16);
   std::byte* bytes = &blocks_[place * BlockSize];
   if (held_[place] != number) {
     held_[place] = NoBlock;
     const std::uint64_t begin = number * BlockSize;
-    const std::size_t size = std::min<std::uint64_t>(BlockSize, size_ - std::min(size_, begin));
+    const std::size_t size = AtMost(BlockSize, size_ - std::min(size_, begin));
     const Outcome outcome = ReadFile(begin, bytes, size);
     if (outcome != Outcome::Done) return outcome;
     std::memset(bytes + size, 0xFF, BlockSize - size);

@@ -20,7 +20,7 @@ Outcome CompoundStreams::Read(const CompoundEntry& stream, std::uint64_t offset,
                               std::size_t size, std::size_t* done) {
   *done = 0;
   if (offset >= stream.size) return Outcome::Done;
-  size = std::min<std::uint64_t>(size, stream.size - offset);
+  size = AtMost(size, stream.size - offset);
   const Outcome outcome = ReadChain(HomeOf(stream.size), stream.chain, offset, data, size);
   if (outcome == Outcome::Done) *done = size;
   return outcome;
@@ -40,7 +40,7 @@ Outcome CompoundStreams::Write(CompoundEntry& stream, std::uint64_t offset, cons
          step /= 2) {
       if (GrowTo(stream, std::max(stream.size, base) + step, offset) == Outcome::NoMemory) break;
     }
-    size = stream.size > offset ? std::min<std::uint64_t>(size, stream.size - offset) : 0;
+    size = stream.size > offset ? AtMost(size, stream.size - offset) : 0;
   }
   const Outcome outcome = WriteChain(HomeOf(stream.size), stream.chain, offset, data, size, done);
   if (outcome == Outcome::Done) return grown;
@@ -91,7 +91,7 @@ Outcome CompoundStreams::ShrinkTo(CompoundEntry& stream, std::uint64_t size) {
 Outcome CompoundStreams::ChangeHome(CompoundEntry& stream, std::uint64_t size, std::uint64_t keep) {
   SectorSpace& from = HomeOf(stream.size);
   SectorSpace& to = HomeOf(size);
-  std::vector<std::byte> bytes(keep);
+  std::vector<std::byte> bytes(static_cast<std::size_t>(keep));
   SectorChain chain;
   std::size_t done = 0;
   Outcome outcome = ReadChain(from, stream.chain, 0, bytes.data(), bytes.size());
@@ -148,7 +148,7 @@ Outcome CompoundStreams::ReadChain(const SectorSpace& space, const SectorChain& 
   auto* to = static_cast<std::byte*>(data);
   while (size > 0) {
     const Extent extent = space.Locate(chain, offset);
-    const std::size_t part = std::min<std::uint64_t>(size, extent.size);
+    const std::size_t part = AtMost(size, extent.size);
     const Outcome outcome = file_.Read(extent.offset, to, part);
     if (outcome != Outcome::Done) return outcome;
     to += part;
@@ -164,7 +164,7 @@ Outcome CompoundStreams::WriteChain(const SectorSpace& space, const SectorChain&
   auto* from = static_cast<const std::byte*>(data);
   for (*done = 0; *done < size;) {
     const Extent extent = space.Locate(chain, offset + *done);
-    const std::size_t part = std::min<std::uint64_t>(size - *done, extent.size);
+    const std::size_t part = AtMost(size - *done, extent.size);
     const Outcome outcome = file_.Write(extent.offset, from + *done, part);
     if (outcome != Outcome::Done) return outcome;
     *done += part;

@@ -252,7 +252,8 @@ Outcome TableWriter::WriteFat() {
       for (; i < std::min(end, runEnd); ++i) {
         const bool last = i + 1 == runEnd;
         const std::uint32_t following = last ? chain.after : static_cast<std::uint32_t>(i + 1);
-        marks[i - begin] = chain.everyMark != 0 ? chain.everyMark : following;
+        marks[static_cast<std::size_t>(i - begin)] =
+            chain.everyMark != 0 ? chain.everyMark : following;
       }
       if (runEnd > end) break;  // goes on in the next sector of the FAT
     }
@@ -314,7 +315,7 @@ Outcome TableWriter::Put(const std::vector<SectorRun>& runs, std::uint64_t offse
   for (const SectorRun& run : runs) {
     const std::uint64_t runSize = std::uint64_t{run.count} * sectorSize_;
     if (offset < runSize) {
-      const std::size_t part = std::min<std::uint64_t>(size, runSize - offset);
+      const std::size_t part = AtMost(size, runSize - offset);
       const Outcome outcome =
           file_.Write((std::uint64_t{run.start} + 1) * sectorSize_ + offset, from, part);
       if (outcome != Outcome::Done) return outcome;

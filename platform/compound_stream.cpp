@@ -4,6 +4,7 @@
 #include <limits>
 #include <vector>
 
+#include "compound/disk.h"
 #include "compound/document.h"
 #include "platform/element.h"
 #include "platform/results.h"
@@ -93,7 +94,7 @@ HRESULT CompoundStream::CopyTo(IStream* pstm, ULARGE_INTEGER cb, ULARGE_INTEGER*
     // Only what is there now: a copy onto its own end would never finish.
     std::uint64_t left = entry_->size > position_ ? entry_->size - position_ : 0;
     left = std::min<std::uint64_t>(left, cb.QuadPart);
-    std::vector<std::byte> bytes(std::min<std::uint64_t>(left, CopyPiece));
+    std::vector<std::byte> bytes(AtMost(CopyPiece, left));
     while (left > 0) {
       ULONG got = 0;
       ULONG put = 0;
