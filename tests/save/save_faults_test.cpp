@@ -17,7 +17,7 @@
 
 #include "platform/files.h"
 #include "tests/failing_disk.h"
-#include "tests/save/failing_memory.h"
+#include "tests/failing_memory.h"
 #include "tests/save/recording_host.h"
 
 namespace fs = std::filesystem;

@@ -1,5 +1,8 @@
-#include "tests/save/failing_memory.h"
+#include "tests/failing_memory.h"
 
+#include <malloc.h>
+
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <new>
@@ -9,6 +12,7 @@ namespace {
 int untilFailure = INT_MAX;
 bool goesOn = false;
 bool failed = false;
+std::size_t inUse = 0, most = 0;  // bytes of objects
 
 bool Fails() {
   if (untilFailure-- > 0) return false;
@@ -32,6 +36,10 @@ FailingMemory::~FailingMemory() {
 
 bool FailingMemory::Reached() const { return failed; }
 
+MeasuredMemory::MeasuredMemory() : before_(most = inUse) {}
+
+std::size_t MeasuredMemory::Most() const { return most - before_; }
+
 // The linker leads every malloc of this program's own objects here.
 extern "C" {
 void* __real_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
@@ -39,16 +47,31 @@ void* __wrap_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
 void* __wrap_malloc(std::size_t size) { return Fails() ? nullptr : __real_malloc(size); }
 }
 
+namespace {
+
+void* Allocate(std::size_t size) {
+  void* memory = std::malloc(size);
+  if (memory != nullptr) most = std::max(most, inUse += malloc_usable_size(memory));
+  return memory;
+}
+
+void Free(void* memory) {
+  inUse -= malloc_usable_size(memory);
+  std::free(memory);
+}
+
+}  // namespace
+
 // All forms, as a checker of memory demands.
 void* operator new(std::size_t size) {
-  void* memory = std::malloc(size);
+  void* memory = Allocate(size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
 void* operator new[](std::size_t size) { return operator new(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void operator delete(void* memory) noexcept { Free(memory); }
+void operator delete[](void* memory) noexcept { Free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { Free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { Free(memory); }
