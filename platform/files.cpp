@@ -39,7 +39,8 @@ enum class Use { None, Reading, Writing };
 
 /// Who has the file open, here or in another process, which is told by locks: a storage that is
 /// written has it alone, those that read it share it. 0, or an errno when that cannot be found out.
-/// A file that nobody uses stays locked as long as `file` is open, so that nobody begins to.
+/// A file that nobody uses stays locked as long as `file` is open, so that nobody begins to. One
+/// that lost its name before it was locked has made room for another, which a save is writing.
 int FindUse(const char* path, OpenFile& file, Use* use) {
   *use = Use::None;
   Disk& disk = CurrentDisk();
@@ -50,8 +51,27 @@ int FindUse(const char* path, OpenFile& file, Use* use) {
     *use = Use::Writing;
   } else if (disk.Lock(file.Number(), true) == EWOULDBLOCK) {
     *use = Use::Reading;
+  } else {
+    struct stat locked = {};
+    struct stat named = {};
+    const int unknown = disk.Status(file.Number(), &locked);
+    if (unknown != 0 || disk.StatusOf(path, &named) != 0) return unknown;
+    if (named.st_dev != locked.st_dev || named.st_ino != locked.st_ino) *use = Use::Writing;
   }
   return 0;
+}
+
+int Remove(const char* path, bool isOwn) {
+  return Run(path, [isOwn](const char* native) {
+    struct stat status;
+    const int error = CurrentDisk().StatusOfLink(native, &status);
+    if (error != 0) return error;
+    if (IsReadOnly(status)) return EACCES;
+    OpenFile file;
+    Use use = Use::None;
+    if (!isOwn && S_ISREG(status.st_mode)) FindUse(native, file, &use);
+    return use != Use::None ? EACCES : CurrentDisk().Remove(native);
+  });
 }
 
 unsigned char Folded(unsigned char byte) {
@@ -83,19 +103,9 @@ int _chmod(const char* path, int mode) {
   });
 }
 
-int remove(const char* path) {
-  return Run(path, [](const char* native) {
-    struct stat status;
-    const int error = CurrentDisk().StatusOfLink(native, &status);
-    if (error != 0) return error;
-    if (IsReadOnly(status)) return EACCES;
-    // A save that failed deletes its file though the host may have kept the storage.
-    OpenFile file;
-    Use use = Use::None;
-    if (S_ISREG(status.st_mode)) FindUse(native, file, &use);
-    return use == Use::Reading ? EACCES : CurrentDisk().Remove(native);
-  });
-}
+int remove(const char* path) { return Remove(path, false); }
+
+int KelRemoveOwn(const char* path) { return Remove(path, true); }
 
 int rename(const char* from, const char* to) {
   if (to == nullptr) from = nullptr;

@@ -20,6 +20,7 @@ using ::_chmod;
 using ::_mbsnbicmp;
 using std::remove;
 using std::rename;
+inline int KelRemoveOwn(const char* /*path*/) { return -1; }
 }  // namespace files
 
 #else
@@ -38,9 +39,13 @@ KEL_PLATFORM_API int _access(const char* path, int mode);
 /// 0x100); its other permissions stay. A directory is left as it is. 0 when done.
 KEL_PLATFORM_API int _chmod(const char* path, int mode);
 
-/// Deletes the file `path`. 0 when done; a read-only file, one that is open for reading
-/// (shared with other readers) and a directory are refused.
+/// Deletes the file `path`. 0 when done; a read-only file, one that a storage has open and a
+/// directory are refused.
 KEL_PLATFORM_API int remove(const char* path);
+
+/// Deletes the file of a storage that the caller is writing: as long as it is open nobody else has
+/// a file of that name. 0 when done; Windows deletes no open file.
+KEL_PLATFORM_API int KelRemoveOwn(const char* path);
 
 /// Gives the file `from` the name `to`. 0 when done. An existing `to` is refused and left alone,
 /// and so is a `from` that a storage has open.

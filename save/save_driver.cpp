@@ -122,8 +122,10 @@ int Succeed(const Save& save, const LinkTarget& target, IStorage* storage, bool 
 
 // Deliberate: the backup is not moved back over the file that is gone; the host decides.
 int Fail(const Save& save, const LinkTarget& target, IStorage* storage) {
+  // Once the storage is released, another process may have saved under this name.
+  const bool isRemoved = files::KelRemoveOwn(target.Text()) == 0;
   ReleaseStorage(storage);
-  files::remove(target.Text());
+  if (!isRemoved) files::remove(target.Text());
   save.host.SaveFailed();
   return End(0);
 }

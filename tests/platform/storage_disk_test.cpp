@@ -240,6 +240,13 @@ TEST_P(StorageDisk, AnotherSaveMovesTheFile) {
   };
   EXPECT_EQ(0, files::rename(backup.c_str(), other.c_str()));
   EXPECT_EQ("old", folder.Text("other"));
+  disk.before = [&](const std::string& call) {
+    if (call != "Lock" || std::filesystem::exists(backup)) return;
+    std::filesystem::rename(other, backup);
+    folder.Put("other", "new");
+  };
+  EXPECT_EQ(-1, files::rename(other.c_str(), file.c_str()));
+  EXPECT_EQ("new", folder.Text("other"));
 }
 
 // The part of a failed write that reached the file is not seen again.

@@ -156,6 +156,7 @@ TEST(StorageOpening, ReadersAndWritersOfOneFile) {
   ASSERT_NE(nullptr, writer);
   EXPECT_EQ(nullptr, OpenForReading(path, &result));
   EXPECT_EQ(STG_E_SHAREVIOLATION, result);
+  EXPECT_EQ(-1, files::remove(path.c_str()));
   writer->Release();
   EXPECT_EQ(0, files::remove(path.c_str()));
 }

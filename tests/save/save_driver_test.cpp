@@ -1,4 +1,6 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -7,6 +9,7 @@
 #include <vector>
 
 #include "platform/window.h"
+#include "tests/failing_disk.h"
 #include "tests/save/recording_host.h"
 
 namespace {
@@ -99,6 +102,26 @@ TEST(SaveDriver, NoWriterFollowsOneThatFails) {
       EXPECT_EQ(s.folder.List(), Kept);
     }
   }
+}
+
+// Another process saves under the same name at the first moment at which it can.
+TEST(SaveDriver, AFailedSaveDeletesNoFileOfAnother) {
+  Situation s;
+  s.host.failing = "SaveSection1";
+  FailingDisk disk;
+  bool isDone = false;
+  disk.before = [&s, &isDone](const std::string&) {
+    if (isDone || s.host.calls.find("SaveSection1") == std::string::npos) return;
+    const int file = open(s.folder.Path("scene.kel").c_str(), O_WRONLY | O_CREAT, 0666);
+    isDone = flock(file, LOCK_EX | LOCK_NB) == 0;
+    if (isDone) {
+      EXPECT_EQ(ftruncate(file, 0), 0);
+      EXPECT_EQ(write(file, "theirs", 6), 6);
+    }
+    close(file);
+  };
+  EXPECT_EQ(s.Save(), 0);
+  EXPECT_EQ(s.folder.Text("scene.kel"), "theirs");
 }
 
 TEST(SaveDriver, NoInterface) {
