@@ -35,4 +35,6 @@ class CompoundContents {
 
   /// Makes the file complete, if it is being written, and closes it.
   virtual void Finish() = 0;
+
+  std::uint32_t openObjects = 0;  // on all its entries
 };

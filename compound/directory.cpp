@@ -6,12 +6,19 @@
 
 namespace {
 
-constexpr std::size_t BlockEntries = 256;
 constexpr std::size_t SmallestTable = 64;
-constexpr std::uint32_t FewChildren = 8;  // of one storage, found without the table
+constexpr std::uint32_t FewChildren = 8;  // of one storage, not worth a place in the table
+
+/// Whether a name comes behind all those of the storage's children, which are in order. Most
+/// writers make elements in such an order: then nothing has to be looked up and nothing sorted.
+bool IsBehindAll(const StorageInfo& storage, const CompoundName& name) {
+  return storage.isAscending &&
+         (storage.lastChild == nullptr || CompareNames(storage.lastChild->name, name) < 0);
+}
 
 void Link(CompoundEntry* entry, CompoundEntry* parent) {
   StorageInfo& info = *parent->storage;
+  info.isAscending = IsBehindAll(info, entry->name);
   entry->parent = parent;
   entry->next = nullptr;
   entry->previous = info.lastChild;
@@ -25,6 +32,7 @@ void Unlink(CompoundEntry* entry) {
   (entry->previous != nullptr ? entry->previous->next : info.firstChild) = entry->next;
   (entry->next != nullptr ? entry->next->previous : info.lastChild) = entry->previous;
   --info.childCount;
+  if (info.childCount == 0) info.isAscending = true;
 }
 
 /// An entry with the part of its name that decides nearly every comparison.
@@ -75,10 +83,11 @@ CompoundEntry* FindAmongFew(const StorageInfo& storage, const CompoundName& name
   return child;
 }
 
-std::vector<CompoundEntry*> SortedFew(const StorageInfo& storage) {
+std::vector<CompoundEntry*> SortedPlainly(const StorageInfo& storage) {
   std::vector<CompoundEntry*> sorted;
   sorted.reserve(storage.childCount);
   for (CompoundEntry* e = storage.firstChild; e != nullptr; e = e->next) sorted.push_back(e);
+  if (storage.isAscending) return sorted;
   std::sort(sorted.begin(), sorted.end(), [](const CompoundEntry* a, const CompoundEntry* b) {
     return CompareNames(a->name, b->name) < 0;
   });
@@ -99,16 +108,20 @@ std::uint32_t CompoundDirectory::HashOf(const CompoundEntry* parent, const Compo
   return static_cast<std::uint32_t>(mixed >> 32);
 }
 
-CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent,
-                                       const CompoundName& name) const {
-  if (parent->storage->childCount <= FewChildren) return FindAmongFew(*parent->storage, name);
+CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent, const CompoundName& name) {
+  StorageInfo& info = *parent->storage;
+  if (IsBehindAll(info, name)) return nullptr;
+  if (!info.isInTable && info.childCount <= FewChildren) return FindAmongFew(info, name);
+  if (!info.isInTable) {
+    for (CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) Insert(e);
+    info.isInTable = true;
+  }
   const std::uint32_t hash = HashOf(parent, name);
   const std::size_t mask = table_.size() - 1;
-  for (std::size_t i = hash & mask; table_[i].entry != nullptr; i = (i + 1) & mask) {
-    CompoundEntry* entry = table_[i].entry;
-    if (table_[i].hash == hash && entry->parent == parent && IsSameName(entry->name, name)) {
-      return entry;
-    }
+  for (std::size_t i = hash & mask; table_[i].number != 0; i = (i + 1) & mask) {
+    if (table_[i].hash != hash) continue;
+    CompoundEntry* entry = EntryOf(table_[i].number);
+    if (entry->parent == parent && IsSameName(entry->name, name)) return entry;
   }
   return nullptr;
 }
@@ -141,46 +154,31 @@ void CompoundDirectory::Move(CompoundEntry* entry, CompoundEntry* parent,
   Place(entry, parent);
 }
 
-/// Links an entry to its storage. The children of a storage are in the table when there are more
-/// than a few; there is room for them.
+/// Links an entry to its storage; in the table there is room for it.
 void CompoundDirectory::Place(CompoundEntry* entry, CompoundEntry* parent) {
   Link(entry, parent);
-  const StorageInfo& info = *parent->storage;
-  if (info.childCount == FewChildren + 1) {
-    for (CompoundEntry* child = info.firstChild; child != nullptr; child = child->next) {
-      Insert(child);
-    }
-  } else if (info.childCount > FewChildren) {
-    Insert(entry);
-  }
+  if (parent->storage->isInTable) Insert(entry);
 }
 
 void CompoundDirectory::Displace(CompoundEntry* entry) {
-  const StorageInfo& info = *entry->parent->storage;
-  if (info.childCount == FewChildren + 1) {
-    for (const CompoundEntry* child = info.firstChild; child != nullptr; child = child->next) {
-      Erase(child);
-    }
-  } else if (info.childCount > FewChildren) {
-    Erase(entry);
-  }
+  if (entry->parent->storage->isInTable) Erase(entry);
   Unlink(entry);
 }
 
-void CompoundDirectory::Insert(CompoundEntry* entry) {
+void CompoundDirectory::Insert(const CompoundEntry* entry) {
   const std::uint32_t hash = HashOf(entry->parent, entry->name);
   const std::size_t mask = table_.size() - 1;
   std::size_t i = hash & mask;
-  while (table_[i].entry != nullptr) i = (i + 1) & mask;
-  table_[i] = {entry, hash};
+  while (table_[i].number != 0) i = (i + 1) & mask;
+  table_[i] = {entry->number, hash};
 }
 
 void CompoundDirectory::Erase(const CompoundEntry* entry) {
   const std::size_t mask = table_.size() - 1;
   std::size_t hole = HashOf(entry->parent, entry->name) & mask;
-  while (table_[hole].entry != entry) hole = (hole + 1) & mask;
+  while (table_[hole].number != entry->number) hole = (hole + 1) & mask;
   // Later slots move back into the hole unless that would put them before their own place.
-  for (std::size_t i = (hole + 1) & mask; table_[i].entry != nullptr; i = (i + 1) & mask) {
+  for (std::size_t i = (hole + 1) & mask; table_[i].number != 0; i = (i + 1) & mask) {
     const std::size_t wanted = table_[i].hash & mask;
     if (((i - wanted) & mask) >= ((i - hole) & mask)) {
       table_[hole] = table_[i];
@@ -194,9 +192,9 @@ void CompoundDirectory::GrowTable() {
   std::vector<Slot> larger(table_.size() * 2);
   const std::size_t mask = larger.size() - 1;
   for (const Slot& slot : table_) {
-    if (slot.entry == nullptr) continue;
+    if (slot.number == 0) continue;
     std::size_t i = slot.hash & mask;
-    while (larger[i].entry != nullptr) i = (i + 1) & mask;
+    while (larger[i].number != 0) i = (i + 1) & mask;
     larger[i] = slot;
   }
   table_.swap(larger);
@@ -204,16 +202,17 @@ void CompoundDirectory::GrowTable() {
 
 CompoundEntry* CompoundDirectory::NewEntry() {
   if (unused_ != nullptr) return std::exchange(unused_, unused_->next);
-  if (blocks_.empty() || usedInBlock_ == BlockEntries) {
+  if (madeEntries_ == blocks_.size() * BlockEntries) {
     blocks_.push_back(std::make_unique<CompoundEntry[]>(BlockEntries));
-    usedInBlock_ = 0;
   }
-  return &blocks_.back()[usedInBlock_++];
+  CompoundEntry* entry = EntryOf(madeEntries_);
+  entry->number = madeEntries_++;
+  return entry;
 }
 
 std::vector<CompoundEntry*> SortedChildren(const CompoundEntry& storage) {
   const StorageInfo& info = *storage.storage;
-  if (info.childCount <= FewChildren) return SortedFew(info);
+  if (info.isAscending || info.childCount <= FewChildren) return SortedPlainly(info);
   std::size_t starts[MaxNameUnits + 2] = {};
   for (const CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) {
     ++starts[e->name.length + 1];

@@ -18,6 +18,8 @@ struct StorageInfo {
   CompoundEntry* firstChild = nullptr;
   CompoundEntry* lastChild = nullptr;
   std::uint32_t childCount = 0;
+  bool isAscending = true;  // the children are linked in the format's order
+  bool isInTable = false;   // the children are, since one was looked up among many
   std::uint32_t stateBits = 0;
   ClassId classId = {};
   std::uint64_t created = 0;
@@ -34,11 +36,13 @@ struct CompoundEntry {
   std::uint64_t size = 0;                // bytes
   SectorChain chain;                     // of the mini stream while `size` is below the cutoff
   CompoundName name;
+  std::uint32_t number = 0;  // in the directory's memory; nobody else's is the same
 
   bool IsStream() const { return storage == nullptr; }
 };
 
-/// All entries of a file. Finding one costs the same however many there are; their order and
+/// All entries of a file. Finding one costs the same however many there are: those of a storage
+/// with many are in a table from the first look on, which always has room for all. Their order and
 /// their place in the file are only made when the directory is written.
 class CompoundDirectory {
  public:
@@ -49,7 +53,7 @@ class CompoundDirectory {
   CompoundEntry* Root() const { return root_; }
   std::uint32_t Count() const { return count_; }  // the root included
 
-  CompoundEntry* Find(const CompoundEntry* parent, const CompoundName& name) const;
+  CompoundEntry* Find(const CompoundEntry* parent, const CompoundName& name);
 
   /// Adds an entry; may throw std::bad_alloc, then nothing has changed.
   CompoundEntry* Add(CompoundEntry* parent, const CompoundName& name, bool isStream);
@@ -62,21 +66,26 @@ class CompoundDirectory {
 
  private:
   struct Slot {
-    CompoundEntry* entry = nullptr;
+    std::uint32_t number = 0;  // of an entry; the root, which has no name to be found by, is 0
     std::uint32_t hash = 0;
   };
+
+  static constexpr std::uint32_t BlockEntries = 256;
 
   static std::uint32_t HashOf(const CompoundEntry* parent, const CompoundName& name);
   void Place(CompoundEntry* entry, CompoundEntry* parent);
   void Displace(CompoundEntry* entry);
-  void Insert(CompoundEntry* entry);
+  void Insert(const CompoundEntry* entry);
   void Erase(const CompoundEntry* entry);
   void GrowTable();
   CompoundEntry* NewEntry();
+  CompoundEntry* EntryOf(std::uint32_t number) const {
+    return &blocks_[number / BlockEntries][number % BlockEntries];
+  }
 
   std::vector<Slot> table_;  // open addressing; at most half full
   std::vector<std::unique_ptr<CompoundEntry[]>> blocks_;
-  std::size_t usedInBlock_ = 0;
+  std::uint32_t madeEntries_ = 0;
   CompoundEntry* unused_ = nullptr;  // removed entries, linked by `next`
   CompoundEntry* root_ = nullptr;
   std::uint32_t count_ = 0;

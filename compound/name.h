@@ -7,8 +7,8 @@
 
 /// The name of an element as the directory keeps it.
 struct CompoundName {
-  std::uint8_t length = 0;  // UTF-16 units
   std::uint32_t hash = 0;   // the same for names that differ only in case
+  std::uint8_t length = 0;  // UTF-16 units
   char16_t units[MaxNameUnits] = {};
 };
 

@@ -31,4 +31,4 @@ class OpenObject {
 };
 
 /// Reverts every object on an entry and beneath it.
-void RevertTree(CompoundEntry* entry);
+void RevertTree(const CompoundContents& contents, CompoundEntry* entry);

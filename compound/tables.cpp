@@ -57,6 +57,7 @@ class TableWriter {
   Outcome WriteDirectory();
   Outcome WriteBlock(const CompoundEntry& storage, std::vector<CompoundEntry*>* storages);
   Outcome WriteRecord(const CompoundEntry& entry, const TreeNode& node, std::uint32_t base);
+  Outcome PutRecord(const CompoundEntryRecord& record);
   Outcome PadDirectory();
   Outcome WriteMiniFat();
   Outcome WriteFat();
@@ -77,6 +78,7 @@ class TableWriter {
   std::vector<FatRun> chains_;
   std::vector<std::uint32_t> miniFat_;
   std::vector<std::uint32_t> fatSectors_;
+  std::vector<CompoundEntryRecord> records_;  // of the sector that is being filled
   std::uint32_t writtenEntries_ = 0;
   std::uint32_t nextBlock_ = 1;  // entry number of the next storage's first child
 };
@@ -209,17 +211,27 @@ Outcome TableWriter::WriteRecord(const CompoundEntry& entry, const TreeNode& nod
         contents_.miniStream.Count() == 0 ? MarkEndOfChain : contents_.miniStream.Start();
     AddChain(contents_.miniStream);
   }
-  const std::uint64_t offset = std::uint64_t{writtenEntries_++} * sizeof record;
-  return Put(directoryRuns_, offset, &record, sizeof record);
+  return PutRecord(record);
+}
+
+/// Records go out by the sector.
+Outcome TableWriter::PutRecord(const CompoundEntryRecord& record) {
+  ++writtenEntries_;
+  records_.push_back(record);
+  const std::size_t perSector = contents_.parameters.EntriesPerSector();
+  if (records_.size() < perSector) return Outcome::Done;
+  const std::uint64_t offset = (writtenEntries_ - perSector) * sizeof record;
+  const Outcome outcome = Put(directoryRuns_, offset, records_.data(), sectorSize_);
+  records_.clear();
+  return outcome;
 }
 
 Outcome TableWriter::PadDirectory() {
   CompoundEntryRecord unused = {};
   unused.left = unused.right = unused.child = NoStream;
   const std::uint32_t perSector = contents_.parameters.EntriesPerSector();
-  for (; writtenEntries_ < counts_.directory * perSector; ++writtenEntries_) {
-    const std::uint64_t offset = std::uint64_t{writtenEntries_} * sizeof unused;
-    const Outcome outcome = Put(directoryRuns_, offset, &unused, sizeof unused);
+  while (writtenEntries_ < counts_.directory * perSector) {
+    const Outcome outcome = PutRecord(unused);
     if (outcome != Outcome::Done) return outcome;
   }
   return Outcome::Done;

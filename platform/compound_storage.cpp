@@ -53,7 +53,7 @@ ULONG CompoundStorage::Release() {
   const ULONG left = --references_;
   if (left > 0) return left;
   if (owned_) {
-    RevertTree(owned_->Root());
+    RevertTree(*owned_, owned_->Root());
     owned_->Finish();
   }
   delete this;
@@ -109,11 +109,11 @@ HRESULT CompoundStorage::Create(const OLECHAR* text, DWORD createMode, Interface
   }
   // Nothing can fail any more, so the old element may go.
   if (old != nullptr) {
-    RevertTree(old);
+    RevertTree(*document_, old);
     document_->Written()->Destroy(old);
   }
-  Touch(*document_, *entry_);
-  if (!isStream) made->storage->created = Touch(*document_, *made).modified;
+  const std::uint64_t now = Touch(*document_, *entry_).modified;
+  if (!isStream) made->storage->created = made->storage->modified = now;
   *created = object;
   return S_OK;
 }
@@ -191,7 +191,7 @@ HRESULT CompoundStorage::DestroyElement(const OLECHAR* pwcsName) {
   const HRESULT result = Find(pwcsName, &name, &found);
   if (FAILED(result)) return result;
   if (!IsWritable()) return STG_E_ACCESSDENIED;
-  RevertTree(found);
+  RevertTree(*document_, found);
   document_->Written()->Destroy(found);
   Touch(*document_, *entry_);
   return S_OK;
