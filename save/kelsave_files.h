@@ -331,7 +331,8 @@ inline void CheckEnd(IStorage& parent, const Element& element) {
   Check(read == 1 ? S_OK : STG_E_DOCFILECORRUPT, *stream);
 }
 
-inline void CheckFile(IStorage& root) {
+/// `bytes` is the size of the file.
+inline void CheckFile(IStorage& root, std::uintmax_t bytes) {
   STATSTG status = {};
   if (SUCCEEDED(root.Stat(&status, STATFLAG_NONAME)) && status.clsid == Unfinished) {
     throw Error(STG_E_DOCFILECORRUPT, "a save of it was not finished");
@@ -351,6 +352,9 @@ inline void CheckFile(IStorage& root) {
       open.push_back(OpenStorage(storage, element.name));
       left.push_back(List(*open.back()));
     } else {
+      // Streams that share their bytes would also cost as much as all of them apart.
+      if (element.size > bytes) throw Error(STG_E_DOCFILECORRUPT, TextOf(STG_E_DOCFILECORRUPT));
+      bytes -= element.size;
       CheckEnd(storage, element);
     }
   }
@@ -359,7 +363,9 @@ inline void CheckFile(IStorage& root) {
 /// S_OK when the file is whole, else why it is not, and in words.
 inline HRESULT Examine(const std::string& path, DWORD sharing, std::string& reason) {
   try {
-    CheckFile(*OpenFile(path, sharing));
+    const Storage root = OpenFile(path, sharing);
+    std::error_code ignored;  // then the size is the largest there is
+    CheckFile(*root, std::filesystem::file_size(Native(path), ignored));
     return S_OK;
   } catch (const Error& error) {
     reason = error.what();

@@ -25,8 +25,9 @@
 /// - The file counts as whole only once the last writer has returned and everything is committed.
 /// - Whatever goes wrong first is kept as a text. A writer may throw.
 ///
-/// Headers over `kelsave.h`, in C++17, for every system; this is the one to include. Paths and
-/// texts are in the host's character set. Everything is called on the thread of the user interface.
+/// Headers over `kelsave.h`, in C++17, for every system. This is the one to include; it brings in
+/// `kelsave_files.h`, where what is in a file stands apart from saving one. Paths and texts are in
+/// the host's character set. Everything is called on the thread of the user interface.
 
 #include <cerrno>
 #include <cstdio>
@@ -313,7 +314,8 @@ inline std::string AsidePath(const std::string& backup) { return backup + ".inco
 
 inline std::string NotePath(const std::string& backup) { return backup + ".of"; }
 
-/// What keeps the file from being moved to the backup, as far as that shows beforehand.
+/// What keeps the file from being moved to the backup, as far as that shows beforehand; on Windows
+/// not whether another disk has space for it.
 inline std::error_code WhyNotMoved(const std::string& file, const std::string& backup) {
 #ifndef _WIN32
   namespace fs = std::filesystem;
@@ -332,8 +334,17 @@ inline std::error_code WhyNotMoved(const std::string& file, const std::string& b
   const bool fits = fs::space(to, error).available + given >= fs::file_size(Native(file));
   return fits ? error : std::make_error_code(std::errc::no_space_on_device);
 #else
-  static_cast<void>(file);
-  static_cast<void>(backup);
+  for (const std::string* path : {&file, &backup}) {
+    const HANDLE handle = CreateFileA(path->c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const DWORD error = handle == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_FILE_NOT_FOUND;
+    if (handle != INVALID_HANDLE_VALUE) CloseHandle(handle);
+    if (error != ERROR_FILE_NOT_FOUND) {
+      return std::make_error_code(error == ERROR_SHARING_VIOLATION
+                                      ? std::errc::device_or_resource_busy
+                                      : std::errc::permission_denied);
+    }
+  }
   return {};
 #endif
 }

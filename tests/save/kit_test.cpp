@@ -201,6 +201,38 @@ TEST_F(Kit, RefusesBeforeAnythingIsTouched) {
   for (const auto& row : rows) EXPECT_EQ(row.reason, kel::SaveScene(saver, row.path).reason);
 }
 
+// What an older backup in use would do to the next one shows beforehand where it matters.
+TEST_F(Kit, AsksWhetherTheOlderBackupCanGo) {
+  Save("one");
+  Save("two");
+  const std::ifstream user(folder.Path("scene.kel.backup/KelBackup.bak"));
+#ifdef _WIN32
+  EXPECT_NE(std::string::npos, Save("three").find("the old version cannot be kept: "));
+  EXPECT_EQ("two", Look(file));
+#else
+  EXPECT_EQ("saved", Save("three"));
+#endif
+}
+
+// Each stream alone is good; a file of such would take as long as all of them apart.
+TEST_F(Kit, FindsStreamsThatShareTheirBytes) {
+  saver.trouble = [](IStorage& root) {
+    for (const wchar_t* name : {L"A", L"B"}) kel::WriteAll(*kel::CreateStream(root, name), "b", 1);
+  };
+  Save(std::string(100000, 't'));
+  std::string bytes = folder.Text("scene.kel");
+  const auto entry = [&bytes](const char* name, std::size_t size) {
+    return bytes.find(std::string(name, size) + std::string(64 - size, '\0'));
+  };
+  const std::size_t text = entry("T\0e\0x\0t", 7);
+  for (const char* name : {"A", "B"}) {
+    bytes.replace(entry(name, 1) + 116, 12, bytes, text + 116, 12);
+    std::ofstream(file, std::ios::binary) << bytes;
+  }
+  EXPECT_FALSE(kel::IsWhole(file));
+  EXPECT_EQ(100000U, kel::ReadAll(*kel::OpenStream(*kel::OpenScene(file), L"B")).size());
+}
+
 TEST_F(Kit, SaysWhatAPathNamesInsteadOfAScene) {
   Save("good");
   EXPECT_TRUE(kel::IsWhole(file));
