@@ -102,6 +102,25 @@ class Nested {
 
 constexpr std::size_t LongestPath = 255;
 
+void SkipInterpreterLine(CaCharacterSource& source) {
+  if (!source.StartsWith("#!")) return;
+  int c = source.Read();
+  while (c != '\n' && c != CaCharacterSource::End) c = source.Read();
+}
+
+int OpenAndRun(CaInterpreter& interpreter, const char* path, bool isExecutable) {
+  interpreter.fileProblem = 0;
+  if (interpreter.nestDepth >= DeepestNesting) return ReportUnopenedFile(interpreter, path);
+  const std::unique_ptr<CaCharacterSource> source =
+      CaCharacterSource::OpenFile(path, interpreter.interruptRequested, interpreter.output);
+  if (source == nullptr) {
+    interpreter.fileProblem = errno;
+    return ReportUnopenedFile(interpreter, path);
+  }
+  if (isExecutable) SkipInterpreterLine(*source);
+  return RunSource(interpreter, *source);
+}
+
 }  // namespace
 
 std::string ProgramPath(std::string_view name) {
@@ -111,15 +130,11 @@ std::string ProgramPath(std::string_view name) {
 }
 
 int RunFile(CaInterpreter& interpreter, const char* path) {
-  interpreter.fileProblem = 0;
-  if (interpreter.nestDepth >= DeepestNesting) return ReportUnopenedFile(interpreter, path);
-  const std::unique_ptr<CaCharacterSource> source =
-      CaCharacterSource::OpenFile(path, interpreter.interruptRequested, interpreter.output);
-  if (source == nullptr) {
-    interpreter.fileProblem = errno;
-    return ReportUnopenedFile(interpreter, path);
-  }
-  return RunSource(interpreter, *source);
+  return OpenAndRun(interpreter, path, false);
+}
+
+int RunExecutableFile(CaInterpreter& interpreter, const char* path) {
+  return OpenAndRun(interpreter, path, true);
 }
 
 int RunText(CaInterpreter& interpreter, std::string_view text, const char* name) {

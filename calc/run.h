@@ -22,6 +22,10 @@ std::string ProgramPath(std::string_view name);
 /// skipping are left as the file left them; the input is as it was.
 int RunFile(CaInterpreter& interpreter, const char* path);
 
+/// The same for a file that somebody may have made executable: a first line that begins with "#!"
+/// names the program that runs it and is passed over.
+int RunExecutableFile(CaInterpreter& interpreter, const char* path);
+
 /// The same for a text in memory, which messages call `name`.
 int RunText(CaInterpreter& interpreter, std::string_view text, const char* name);
 

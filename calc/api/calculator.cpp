@@ -166,15 +166,18 @@ class Calculator::State::Running {
 template <typename RunIt>
 Outcome Calculator::State::Run(const RunIt& runIt) {
   Outcome outcome;
-  if (running) return {Outcome::End::Unreadable, 0, "a program is running already"};
+  if (running) return {Outcome::End::Refused, 0, "a program is running already"};
   failures = 0;
   readError = 0;
   interpreter.stepsLeft = stepLimit;
   try {
     const Running now(*this);
-    if (runIt() == 0) readError = interpreter.fileProblem;
+    if (runIt() == 0) {
+      outcome.end = Outcome::End::Unopened;
+      outcome.reason = std::generic_category().message(interpreter.fileProblem);
+    }
   } catch (const CaInterruption&) {
-    const bool outOfSteps = interruptRequested == 0;
+    const bool outOfSteps = interpreter.stepsLeft == 0 && interruptRequested == 0;
     outcome.end = outOfSteps ? Outcome::End::OutOfSteps : Outcome::End::Interrupted;
     outcome.reason = outOfSteps ? "the limit of steps was reached" : "interrupted";
     interruptRequested = 0;
@@ -190,6 +193,23 @@ Outcome Calculator::State::Run(const RunIt& runIt) {
   outcome.failures = failures;
   return outcome;
 }
+
+Source::Source(Read read, const std::string& name)
+    : source_(std::make_unique<CaCharacterSource>(
+          [read = std::move(read)](char* block, std::size_t size) {
+            try {
+              return read(block, size);
+            } catch (const Interruption&) {
+              throw CaInterruption();
+            }
+          })) {
+  source_->name = name;
+}
+Source::~Source() = default;
+Source::Source(Source&&) noexcept = default;
+Source& Source::operator=(Source&&) noexcept = default;
+
+void Source::Drop() noexcept { source_->Skip(source_->AtHand().size()); }
 
 std::string Outcome::Text() const {
   std::string text = reason;
@@ -239,7 +259,11 @@ Outcome Calculator::Run(std::string_view program, const std::string& name) {
 }
 
 Outcome Calculator::RunFile(const std::string& path) {
-  return state_->Run([&] { return ::RunFile(state_->interpreter, path.c_str()); });
+  return state_->Run([&] { return RunExecutableFile(state_->interpreter, path.c_str()); });
+}
+
+Outcome Calculator::Run(Source& source) {
+  return state_->Run([&] { return RunSource(state_->interpreter, *source.source_); });
 }
 
 void Calculator::Interrupt() noexcept { state_->interruptRequested = 1; }

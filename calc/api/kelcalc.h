@@ -27,6 +27,7 @@
 #include <string_view>
 #include <vector>
 
+class CaCharacterSource;
 struct CaInterpreter;
 
 namespace kel {
@@ -89,9 +90,11 @@ struct Failure {
 struct Outcome {
   enum class End {
     Complete,     // the program was read to its end
-    Interrupted,  // `Interrupt` was called
+    Interrupted,  // `Interrupt` was called, or `Interruption` was thrown
     OutOfSteps,   // `LimitSteps` had set the limit
-    Unreadable,   // the file cannot be opened, or not be read to its end
+    Unopened,     // the file cannot be opened
+    Unreadable,   // the program cannot be read to its end
+    Refused,      // a program is running already
   };
 
   End end = End::Complete;
@@ -104,6 +107,33 @@ struct Outcome {
   /// All of this as one line; empty when all is well.
   std::string Text() const;
 };
+
+/// A program that comes in pieces, as from a pipe or from a keyboard. A run takes from it what it
+/// needs; after an interruption the next run goes on where it was left.
+class Source {
+ public:
+  /// Fills up to `size` bytes at `block` and returns how many; 0 at the end, which is final; less
+  /// than 0 when it can read no further, the negative of the system's number (errno) for the
+  /// reason. Asked for more only when all before has been run.
+  using Read = std::function<std::ptrdiff_t(char* block, std::size_t size)>;
+
+  /// Messages call it `name`.
+  Source(Read read, const std::string& name);
+  ~Source();
+  Source(Source&&) noexcept;
+  Source& operator=(Source&&) noexcept;
+
+  /// Forgets what was read and has not been run.
+  void Drop() noexcept;
+
+ private:
+  friend class Calculator;
+  std::unique_ptr<CaCharacterSource> source_;
+};
+
+/// Thrown by a `Read`, ends the run as `Interrupt` does, but at once: a word, string or constant
+/// that the program has begun is dropped.
+struct Interruption {};
 
 class Calculator {
  public:
@@ -133,14 +163,18 @@ class Calculator {
   /// Is told of each failure, after all that was printed before it was handed over.
   void OnFailure(std::function<void(const Failure&)> receive);
 
-  // Runs. A second one within a callback is refused as unreadable. Stack, variables and skipping
-  // go on from one run to the next, as from one line of a session to the next.
+  // Runs. A second one within a callback is refused. Stack, variables and skipping go on from one
+  // run to the next, as from one line of a session to the next.
 
   /// Runs a program, which messages call `name`. Its last word counts without a blank behind it.
   Outcome Run(std::string_view program, const std::string& name = "<program>");
 
-  /// The same for the file at `path`.
+  /// The same for the file at `path`, in which the last word counts with a blank behind it only. A
+  /// first line that begins with "#!" is passed over.
   Outcome RunFile(const std::string& path);
+
+  /// The same for what `source` has left. What its `Read` throws passes through.
+  Outcome Run(Source& source);
 
   /// Ends the run, or else the next one, between two words. From any thread and from signal
   /// handlers; the calculator must live on meanwhile.

@@ -1,13 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <kelcalc.h>
-#include <cmath>
+#include <cerrno>
 #include <future>
 #include <limits>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "tests/folder.h"
 
 namespace {
 
@@ -140,7 +142,33 @@ TEST(Calculator, EndsWhereItIsTold) {
   EXPECT_EQ(2u, calculator.Depth());
 
   EXPECT_EQ("No such file or directory", calculator.RunFile("/no/such.3dc").Text());
-  EXPECT_EQ(Outcome::End::Unreadable, calculator.RunFile("/").end);
+  EXPECT_EQ(Outcome::End::Unopened, calculator.RunFile("/").end);
+}
+
+TEST(Calculator, RunsWhatComesInPieces) {
+  const char* const pieces[] = {"1 [", " a ] 2 # \n 3 ", nullptr, "\n nosuch(", "ERROR", "4 "};
+  const char* const* next = pieces;
+  kel::Source source(
+      [&](char* block, std::size_t) {
+        const std::string_view piece = *next == nullptr ? "" : *next;
+        ++next;
+        if (piece.empty()) throw kel::Interruption();
+        if (piece == "ERROR") return std::ptrdiff_t{-EIO};
+        return static_cast<std::ptrdiff_t>(piece.copy(block, piece.size()));
+      },
+      "pieces");
+  Recorder recorder;
+  EXPECT_EQ(Outcome::End::Interrupted, recorder.calculator.Run(source).end);
+  EXPECT_EQ(" 2.000000\n", recorder.told);
+  EXPECT_EQ(2u, recorder.calculator.Depth());
+  const Outcome outcome = recorder.calculator.Run(source);
+  EXPECT_EQ("Input/output error; 1 failure", outcome.Text());
+  EXPECT_EQ(3, recorder.failures.at(0).line);
+
+  const Folder folder;
+  const std::string script = folder.Put("script.3dc", "#!/usr/bin/env kelcalc\n5 x : \n");
+  EXPECT_TRUE(recorder.calculator.RunFile(script));
+  EXPECT_TRUE(recorder.calculator.Get("x") == Value::Real(5));
 }
 
 TEST(Calculator, PassesOnWhatACallbackThrows) {
@@ -151,7 +179,7 @@ TEST(Calculator, PassesOnWhatACallbackThrows) {
     throw std::runtime_error("enough");
   });
   EXPECT_THROW(calculator.Run("1 # 2"), std::runtime_error);
-  EXPECT_EQ(Outcome::End::Unreadable, inner.end);
+  EXPECT_EQ(Outcome::End::Refused, inner.end);
   calculator.OnOutput(nullptr);
   EXPECT_TRUE(calculator.Run("3 #"));
 }

@@ -11,7 +11,6 @@
 #include <unistd.h>
 #endif
 
-#include "calc/character_source.h"
 #include "tools/kelcalc/output.h"
 
 namespace kelcalc {
@@ -40,12 +39,6 @@ bool MayTryAgain(int reason) {
 }
 
 }  // namespace
-
-CaCharacterSource& WatchedInput() {
-  static CaCharacterSource source{CaCharacterSource::Fill(ReadStandardInput)};
-  source.name = StandardInputName;
-  return source;
-}
 
 std::ptrdiff_t ReadStandardInput(char* block, std::size_t size) {
   HandOnOutput();

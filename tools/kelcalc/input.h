@@ -3,19 +3,14 @@
 #include <cstddef>
 #include <string>
 
-class CaCharacterSource;
-
 namespace kelcalc {
 
 /// What messages call the standard input.
 inline constexpr const char* StandardInputName = "<stdin>";
 
-/// The standard input as a source. See `ReadStandardInput`.
-CaCharacterSource& WatchedInput();
-
-/// What is there, up to `size` bytes; of a terminal one line. 0 at the end, the negative of an
-/// errno when reading fails. Hands on the output before it waits, and waits where reading would
-/// not.
+/// What is there of the standard input, up to `size` bytes; of a terminal one line. 0 at the end,
+/// the negative of an errno when reading fails. Hands on the output before it waits, and waits
+/// where reading would not.
 std::ptrdiff_t ReadStandardInput(char* block, std::size_t size);
 
 /// Tells that the input that messages call `name` could not be read to its end; `reason` is an

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "calc/character_source.h"
 #include "calc/interpreter.h"
 #include "calc/run.h"
 #include "tools/kelcalc/exact_text.h"
@@ -28,9 +29,11 @@
 namespace kelcalc {
 namespace {
 
-/// Runs the interpreter's input to its end, which empties the interpreter.
+/// Runs the standard input as the language's top level, whose end empties the interpreter.
 void RunInput(CaInterpreter& interpreter) {
-  interpreter.input = &WatchedInput();
+  static CaCharacterSource source{CaCharacterSource::Fill(ReadStandardInput)};
+  source.name = StandardInputName;
+  interpreter.input = &source;
   RunTopLevel(interpreter);
 }
 
@@ -66,10 +69,10 @@ bool WantsSession(const Options& options) {
   return options.interactive || (options.programs.empty() && AtTerminal());
 }
 
-void HoldSession(CaInterpreter& interpreter, const Options& options, bool colour) {
+void HoldSession(kel::Calculator& calculator, const Options& options, bool colour) {
   DisplayStyle style{.colour = colour};
   if (options.digits > 0) style.digits = options.digits;
-  RunSession(interpreter, {.showStack = options.showStack, .picturesFrom = options.picturesFrom},
+  RunSession(calculator, {.showStack = options.showStack, .picturesFrom = options.picturesFrom},
              style);
 }
 
@@ -94,7 +97,7 @@ int Run(const Options& options) {
   int status = RunPrograms(calculator, programs, options.stop);
   const bool stopped = status != 0 && options.stop;
   if (!stopped && session) {
-    HoldSession(interpreter, options, colour);
+    HoldSession(calculator, options, colour);
   } else if (!stopped && programs.empty()) {
     RunInput(interpreter);
   }

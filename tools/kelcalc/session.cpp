@@ -1,5 +1,6 @@
 #include "tools/kelcalc/session.h"
 
+#include <kelcalc.h>
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
@@ -16,10 +17,8 @@
 #include <unistd.h>
 #endif
 
-#include "calc/character_source.h"
 #include "calc/dispatch.h"
 #include "calc/interpreter.h"
-#include "calc/run.h"
 #include "tools/kelcalc/completion.h"
 #include "tools/kelcalc/history.h"
 #include "tools/kelcalc/interrupt.h"
@@ -52,30 +51,25 @@ constexpr std::string_view InterpreterMark = "#!";
 
 class Session {
  public:
-  Session(CaInterpreter& engine, const SessionSettings& sessionSettings,
+  Session(kel::Calculator& itsCalculator, const SessionSettings& sessionSettings,
           const DisplayStyle& displayStyle)
-      : interpreter(engine), settings(sessionSettings), style(displayStyle) {
+      : calculator(itsCalculator), settings(sessionSettings), style(displayStyle) {
     if (settings.lineEditing) editor = OpenScreenEditor(history, completer);
     if (editor == nullptr) editor = OpenPlainEditor();
   }
 
   void Run() {
-    CaCharacterSource terminal([this](char* block, std::size_t size) { return Fill(block, size); });
-    terminal.name = TerminalName;
-    for (;;) {
-      try {
-        RunSource(interpreter, terminal);
-        return;
-      } catch (const CaInterruption&) {
-        terminal.Skip(terminal.AtHand().size());
-        StartAfresh();
-      }
+    kel::Source terminal([this](char* block, std::size_t size) { return Fill(block, size); },
+                         TerminalName);
+    while (calculator.Run(terminal).end == kel::Outcome::End::Interrupted) {
+      terminal.Drop();
+      StartAfresh();
     }
   }
 
  private:
   /// Hands the line that was typed to the reader, which asks for more only when all that came
-  /// before has been run. Throws CaInterruption when the line is dropped.
+  /// before has been run. Throws kel::Interruption when the line is dropped.
   std::ptrdiff_t Fill(char* block, std::size_t size) {
     while (rest.empty()) {
       ForgiveOutput();
@@ -100,7 +94,7 @@ class Session {
     const LineResult result = editor->ReadLine(Prompt(), line);
     InterruptRequested = 0;
     ForgiveOutput();
-    if (result == LineResult::Interrupted) throw CaInterruption();
+    if (result == LineResult::Interrupted) throw kel::Interruption();
     if (result == LineResult::Ended) return false;
     history.Add(line.substr(0, line.size() - 1));
     return true;
@@ -155,7 +149,8 @@ class Session {
     return Complete(beforeCursor, known);
   }
 
-  CaInterpreter& interpreter;
+  kel::Calculator& calculator;
+  CaInterpreter& interpreter = calculator.Engine();
   const SessionSettings& settings;
   const DisplayStyle& style;
   History history{HistoryPath()};
@@ -181,12 +176,12 @@ bool ColoursWanted() {
          *terminal != '\0' && std::strcmp(terminal, "dumb") != 0;
 }
 
-void RunSession(CaInterpreter& interpreter, const SessionSettings& settings,
+void RunSession(kel::Calculator& calculator, const SessionSettings& settings,
                 const DisplayStyle& style) {
   CatchInterrupts();
   if (IsTerminal(1)) std::puts("A calculator for 3-D geometry. :help tells how, :quit leaves.");
-  interpreter.interruptRequested = &InterruptRequested;
-  Session(interpreter, settings, style).Run();
+  calculator.Engine().interruptRequested = &InterruptRequested;
+  Session(calculator, settings, style).Run();
 }
 
 }  // namespace kelcalc

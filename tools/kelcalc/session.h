@@ -2,7 +2,9 @@
 
 #include <string>
 
-struct CaInterpreter;
+namespace kel {
+class Calculator;
+}
 
 namespace kelcalc {
 
@@ -27,7 +29,7 @@ bool ColoursWanted();
 /// Runs what a person types until the end of the input; stack and variables stay.
 /// Ctrl-C drops the line that is being typed, the string or comment that it goes on, the blocks
 /// that are being skipped, and files that are being read; stack and variables stay.
-void RunSession(CaInterpreter& interpreter, const SessionSettings& settings,
+void RunSession(kel::Calculator& calculator, const SessionSettings& settings,
                 const DisplayStyle& style);
 
 }  // namespace kelcalc

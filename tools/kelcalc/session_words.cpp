@@ -12,7 +12,6 @@
 #include "tools/kelcalc/file_writing.h"
 #include "tools/kelcalc/help_topics.h"
 #include "tools/kelcalc/picture.h"
-#include "tools/kelcalc/programs.h"
 #include "tools/kelcalc/reference.h"
 #include "tools/kelcalc/snapshots.h"
 #include "tools/kelcalc/stack_display.h"
@@ -68,7 +67,7 @@ void Save(SessionState& state, const std::string& name) {
 
 void Load(SessionState& state, const std::string& name) {
   state.snapshots.Take(state.interpreter);
-  RunNamedFile(state.interpreter, ProgramPath(name));
+  RunExecutableFile(state.interpreter, ProgramPath(name).c_str());
 }
 
 void View(SessionState& state, const std::string& name) {
