@@ -17,6 +17,7 @@ class CaItemObserver {
   /// stack now, or is gone.
   virtual void ItemRan(const CaInterpreter& interpreter, const CaItem& item) = 0;
 
-  /// A byte that begins nothing was passed over. It stands at the marked position.
+  /// A byte that begins nothing was passed over: one without a class, or a blank above 7F, which
+  /// people take for a sign. It stands at the marked position.
   virtual void BytePassedOver(const CaInterpreter& interpreter, unsigned char byte) = 0;
 };

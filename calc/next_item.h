@@ -124,7 +124,8 @@ inline CaItem ReadItem(CaInterpreter& interpreter, int c) {
 /// see reader.h.
 [[gnu::always_inline]] inline CaItem NextItem(CaInterpreter& interpreter) {
   for (;;) {
-    const int c = ReadPastBlanks(interpreter);
+    const int c = interpreter.itemObserver == nullptr ? ReadPastBlanks(interpreter)
+                                                      : ReadPastToldBlanks(interpreter);
     interpreter.input->MarkLast();
     try {
       const CaItem item = ReadItem(interpreter, c);

@@ -8,6 +8,17 @@ constexpr int LastByte = 0xFF;
 
 }  // namespace
 
+int ReadPastToldBlanks(CaInterpreter& interpreter) {
+  for (;;) {
+    const int c = interpreter.input->Read();
+    if (c == CaCharacterSource::End) throw EndOfInput();
+    if (TokenStartOf(c) != CaTokenStart::Blank) return c;
+    if (c < 0x80) continue;
+    interpreter.input->MarkLast();
+    TellPassedOver(interpreter, c);
+  }
+}
+
 void SkipBlanks(CaInterpreter& interpreter) {
   for (;;) {
     const CaTokenStart start = TokenStartOf(ReadPastBlanks(interpreter));

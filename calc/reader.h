@@ -60,6 +60,9 @@ inline int ReadPastBlanks(CaInterpreter& interpreter) {
   return c;
 }
 
+/// The same between two tokens, where the item observer is told of blanks above 7F.
+int ReadPastToldBlanks(CaInterpreter& interpreter);
+
 /// Consumes blanks and comments; the byte behind them stays unread.
 void SkipBlanks(CaInterpreter& interpreter);
 

@@ -101,6 +101,7 @@ class CheckedTest(ProcessTest):
                                             "1:28: ÷ is passed over: did you mean /",
                                             "1:31: \xa0 is passed over: did you mean a blank"]),
             (b"1 \xe9 # ", ["1:3: the byte E9 is passed over"]),
+            (b"5 \x96 3 [ \x96 ] v(1\x962 3) ", ["1:3: the byte 96 is passed over"]),
             ("0.5 a : 1 3 / b : \"f\" ;write 1e-7 c : \"f\" ;write ",
              ["1:23: not every digit of b was written; --exact keeps them"]),
             ("m(0.0005,0,0,0,0,1,0,0,0,0,1,0) b : \"f\" ;write ", ["1:41: not every digit of b"]),

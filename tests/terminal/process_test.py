@@ -129,6 +129,10 @@ class OptionsTest(ProcessTest):
         self.assertEqual(json.loads(pathlib.Path("out.json").read_text())["stack"][0]["value"], 2)
         self.assertEqual(run("-i", "--json", "out.json", text="3\n")[0], 0)
         self.assertEqual(json.loads(pathlib.Path("out.json").read_text())["stack"][0]["value"], 3)
+        os.remove("out.json")
+        for stopped in ["missing"], ["-e", "1 -"]:
+            self.assertEqual(run("--stop", "--json", "out.json", *stopped)[0], 1)
+            self.assertFalse(os.path.exists("out.json"))
         self.assertEqual(run("--json", "no/file", text=""),
                          (1, "", "kelcalc: cannot write no/file: No such file or directory\n"))
 

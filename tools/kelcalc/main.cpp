@@ -95,10 +95,10 @@ int Run(const Options& options) {
 
   const std::vector<Program> programs = ProgramsOf(options, session);
   int status = RunPrograms(calculator, programs, options.stop);
-  const bool stopped = status != 0 && options.stop;
-  if (!stopped && session) {
+  if (status != 0 && options.stop) return status;
+  if (session) {
     HoldSession(calculator, options, colour);
-  } else if (!stopped && programs.empty()) {
+  } else if (programs.empty()) {
     RunInput(interpreter);
   }
   if (ShowPictures(interpreter, options) != 0) status = 1;

@@ -82,7 +82,9 @@ constexpr Option AllOptions[] = {
      [](Options& options, const char*) { options.warn = Choice::Off; }},
     {"", "--strict", nullptr, "exit with status 1 when anything failed",
      [](Options& options, const char*) { options.strict = true; }},
-    {"", "--stop", nullptr, "the same, and end at the first failure",
+    {"", "--stop", nullptr,
+     "the same, and end at the first failure; no picture or JSON is written\n"
+     "then",
      [](Options& options, const char*) { options.stop = true; }},
     {"", "--digits", "N", "print numbers with N significant digits (1 to 17)", SetDigits},
     {"", "--view", "FILE",
@@ -95,8 +97,8 @@ constexpr Option AllOptions[] = {
     {"", "--exact", nullptr, "let ;write keep every digit of a number",
      [](Options& options, const char*) { options.exact = true; }},
     {"", "--json", "FILE",
-     "when the programs have ended, write stack and variables to FILE\n"
-     "(-: standard output)",
+     "when the programs have ended, write stack and variables with their\n"
+     "types as JSON to FILE (-: standard output)",
      SetJson},
     {"", "--list", nullptr, "list all operators and functions",
      [](Options& options, const char*) { SetTask(options, Task::List); }},

@@ -192,7 +192,7 @@ void Warnings::Remember(const CaInterpreter& interpreter) {
 
 void Warnings::BytePassedOver(const CaInterpreter& interpreter, unsigned char byte) {
   if (byte < 0x80) return;
-  // The bytes between may have been blanks or operators.
+  // The bytes between may have been operators.
   if (const auto at = passedOver.find(static_cast<char>(byte)); at != std::string::npos) {
     passedOver.erase(0, at + 1);
     return;
