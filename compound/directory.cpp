@@ -97,8 +97,7 @@ std::vector<CompoundEntry*> SortedPlainly(const StorageInfo& storage) {
 }  // namespace
 
 CompoundDirectory::CompoundDirectory() : table_(SmallestTable) {
-  root_ = NewEntry();
-  root_->storage = std::make_unique<StorageInfo>();
+  root_ = NewEntry(false);
   count_ = 1;
 }
 
@@ -120,7 +119,7 @@ CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent, const Compou
   const std::size_t mask = table_.size() - 1;
   for (std::size_t i = hash & mask; table_[i].number != 0; i = (i + 1) & mask) {
     if (table_[i].hash != hash) continue;
-    CompoundEntry* entry = EntryOf(table_[i].number);
+    CompoundEntry* entry = &entries_[table_[i].number];
     if (entry->parent == parent && IsSameName(entry->name, name)) return entry;
   }
   return nullptr;
@@ -129,9 +128,7 @@ CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent, const Compou
 CompoundEntry* CompoundDirectory::Add(CompoundEntry* parent, const CompoundName& name,
                                       bool isStream) {
   if ((count_ + 1) * std::size_t{2} > table_.size()) GrowTable();
-  std::unique_ptr<StorageInfo> info = isStream ? nullptr : std::make_unique<StorageInfo>();
-  CompoundEntry* entry = NewEntry();
-  entry->storage = std::move(info);
+  CompoundEntry* entry = NewEntry(isStream);
   entry->name = name;
   Place(entry, parent);
   ++count_;
@@ -140,10 +137,9 @@ CompoundEntry* CompoundDirectory::Add(CompoundEntry* parent, const CompoundName&
 
 void CompoundDirectory::Remove(CompoundEntry* entry) {
   Displace(entry);
-  entry->storage.reset();
+  if (!entry->IsStream()) *entry->storage = {};
   entry->size = 0;
-  entry->next = unused_;
-  unused_ = entry;
+  entry->next = std::exchange(unused_[entry->IsStream() ? 1 : 0], entry);
   --count_;
 }
 
@@ -200,13 +196,14 @@ void CompoundDirectory::GrowTable() {
   table_.swap(larger);
 }
 
-CompoundEntry* CompoundDirectory::NewEntry() {
-  if (unused_ != nullptr) return std::exchange(unused_, unused_->next);
-  if (madeEntries_ == blocks_.size() * BlockEntries) {
-    blocks_.push_back(std::make_unique<CompoundEntry[]>(BlockEntries));
-  }
-  CompoundEntry* entry = EntryOf(madeEntries_);
-  entry->number = madeEntries_++;
+CompoundEntry* CompoundDirectory::NewEntry(bool isStream) {
+  CompoundEntry*& unused = unused_[isStream ? 1 : 0];
+  if (unused != nullptr) return std::exchange(unused, unused->next);
+  StorageInfo* info = isStream ? nullptr : &infos_[infos_.Make()];
+  const std::uint32_t number = entries_.Make();
+  CompoundEntry* entry = &entries_[number];
+  entry->number = number;
+  entry->storage = info;
   return entry;
 }
 

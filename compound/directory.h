@@ -2,9 +2,9 @@
 
 #include <bit>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
+#include "compound/blocks.h"
 #include "compound/format.h"
 #include "compound/name.h"
 #include "compound/sector_chain.h"
@@ -31,10 +31,10 @@ struct CompoundEntry {
   CompoundEntry* parent = nullptr;
   CompoundEntry* next = nullptr;
   CompoundEntry* previous = nullptr;
-  OpenObject* opened = nullptr;          // the objects that look at it
-  std::unique_ptr<StorageInfo> storage;  // null for a stream
-  std::uint64_t size = 0;                // bytes
-  SectorChain chain;                     // of the mini stream while `size` is below the cutoff
+  OpenObject* opened = nullptr;    // the objects that look at it
+  StorageInfo* storage = nullptr;  // null for a stream
+  std::uint64_t size = 0;          // bytes
+  SectorChain chain;               // of the mini stream while `size` is below the cutoff
   CompoundName name;
   std::uint32_t number = 0;  // in the directory's memory; nobody else's is the same
 
@@ -70,23 +70,18 @@ class CompoundDirectory {
     std::uint32_t hash = 0;
   };
 
-  static constexpr std::uint32_t BlockEntries = 256;
-
   static std::uint32_t HashOf(const CompoundEntry* parent, const CompoundName& name);
   void Place(CompoundEntry* entry, CompoundEntry* parent);
   void Displace(CompoundEntry* entry);
   void Insert(const CompoundEntry* entry);
   void Erase(const CompoundEntry* entry);
   void GrowTable();
-  CompoundEntry* NewEntry();
-  CompoundEntry* EntryOf(std::uint32_t number) const {
-    return &blocks_[number / BlockEntries][number % BlockEntries];
-  }
+  CompoundEntry* NewEntry(bool isStream);
 
   std::vector<Slot> table_;  // open addressing; at most half full
-  std::vector<std::unique_ptr<CompoundEntry[]>> blocks_;
-  std::uint32_t madeEntries_ = 0;
-  CompoundEntry* unused_ = nullptr;  // removed entries, linked by `next`
+  Blocks<CompoundEntry> entries_;
+  Blocks<StorageInfo> infos_;
+  CompoundEntry* unused_[2] = {};  // removed storages and streams, linked by `next`
   CompoundEntry* root_ = nullptr;
   std::uint32_t count_ = 0;
 };

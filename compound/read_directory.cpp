@@ -38,7 +38,8 @@ bool TakeName(const CompoundEntryRecord& record, CompoundName* name) {
 /// of a red-black tree. Altium Designer gives storages a first sector, Word also a size, and
 /// streams a class; Excel gives streams times. LibreOffice and OpenMcdf 2 put red under red. None
 /// is looked at.
-bool TakeRecord(const CompoundEntryRecord& record, bool isVersion3, ReadEntry* entry) {
+bool TakeRecord(const CompoundEntryRecord& record, bool isVersion3, Blocks<StorageInfo>& infos,
+                ReadEntry* entry) {
   if (record.type == EntryStream || record.type == EntryRoot) {
     entry->start = record.start;
     entry->size = record.size;
@@ -48,7 +49,7 @@ bool TakeRecord(const CompoundEntryRecord& record, bool isVersion3, ReadEntry* e
   }
   if (record.type == EntryStream) return TakeName(record, &entry->name);
   entry->top = record.child;
-  entry->storage = std::make_unique<StorageInfo>();
+  entry->storage = &infos[infos.Make()];
   entry->storage->classId = record.classId;
   entry->storage->stateBits = record.stateBits;
   entry->storage->created = record.created;
@@ -60,8 +61,8 @@ bool TakeRecord(const CompoundEntryRecord& record, bool isVersion3, ReadEntry* e
 /// The records as they are numbered, and which of them were reached.
 class Records {
  public:
-  Records(SectorSource& source, Fat& fat)
-      : source_(source), fat_(fat), chain_(source.Header().directoryStart) {}
+  Records(SectorSource& source, Fat& fat, Blocks<StorageInfo>& infos)
+      : source_(source), fat_(fat), infos_(infos), chain_(source.Header().directoryStart) {}
 
   Outcome Get(std::uint32_t number, CompoundEntryRecord* record) {
     const unsigned shift = source_.SectorShift() - RecordShift;
@@ -104,7 +105,8 @@ class Records {
     const bool isKnown = number == 0 ? record.type == EntryRoot
                                      : record.type == EntryStorage || record.type == EntryStream;
     const bool isVersion3 = source_.Header().majorVersion == 3;
-    return isKnown && TakeRecord(record, isVersion3, entry) ? Outcome::Done : Outcome::Corrupt;
+    return isKnown && TakeRecord(record, isVersion3, infos_, entry) ? Outcome::Done
+                                                                    : Outcome::Corrupt;
   }
 
  private:
@@ -113,6 +115,7 @@ class Records {
 
   SectorSource& source_;
   Fat& fat_;
+  Blocks<StorageInfo>& infos_;
   FoundChain chain_;
   SectorSet reached_;
 };
@@ -163,7 +166,7 @@ Outcome ReadChildren(Records& records, ReadEntry* storage, Block* children,
 }  // namespace
 
 Outcome ReadDirectory::Read(SectorSource& source, Fat& fat) {
-  Records records(source, fat);
+  Records records(source, fat, infos_);
   Outcome outcome = records.Take(0, &root_);
   // Storages wait in a list, so that their nesting costs no depth of calls.
   std::vector<ReadEntry*> waiting = {&root_};

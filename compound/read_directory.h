@@ -33,4 +33,5 @@ class ReadDirectory {
  private:
   ReadEntry root_;
   std::vector<std::unique_ptr<ReadEntry[]>> blocks_;  // the children of one storage each
+  Blocks<StorageInfo> infos_;
 };
