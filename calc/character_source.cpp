@@ -144,12 +144,12 @@ void CaCharacterSource::Close() {
 bool CaCharacterSource::Refill() {
   if (!fill_) return false;
   LetGoOfBlock();
-  if (block_ == nullptr) block_.reset(new char[BlockSize + 2]);
+  if (block_ == nullptr) block_.reset(new char[1 + BlockSize + BytesAtOnce]);
   // There is none before the first block, and still none when the first `fill_` threw.
   if (end_ != Nothing) block_[0] = end_[-1];
   char* first = block_.get() + 1;
   begin_ = next_ = end_ = first;
-  *first = '\0';
+  std::fill_n(first, BytesAtOnce, '\0');
   return FillFrom(first);
 }
 
@@ -166,8 +166,8 @@ bool CaCharacterSource::FillFrom(char* from) {
     fill_ = nullptr;
     return false;
   }
-  from[count] = '\0';
   end_ = from + count;
+  std::fill_n(from + count, BytesAtOnce, '\0');
   return true;
 }
 
@@ -177,16 +177,14 @@ void CaCharacterSource::LetGoOfBlock() {
   markedPosition_ = MarkedPosition();
   markedBefore_ = MarkedText();
   mark_ = nullptr;
-  CountLines(end_, beginPosition_);
-  begin_ = end_;
+  CountLines(end_);
 }
 
 /// Counts on from the last time it was asked, so that asking often costs no more than reading.
 CaPosition CaCharacterSource::MarkedPosition() {
   if (mark_ == nullptr) return markedPosition_;
   if (mark_ >= begin_) {
-    CountLines(mark_, beginPosition_);
-    begin_ = mark_;
+    CountLines(mark_);
     markedPosition_ = beginPosition_;
   }
   return markedPosition_;
@@ -202,20 +200,15 @@ std::string CaCharacterSource::MarkedText() const {
   return text;
 }
 
-CaPosition CaCharacterSource::Position() const {
-  CaPosition position = beginPosition_;
-  CountLines(next_, position);
-  return position;
-}
-
-void CaCharacterSource::CountLines(const char* until, CaPosition& position) const {
-  const char* at = begin_;
-  while (at < until) {
-    const void* newline = std::memchr(at, '\n', static_cast<std::size_t>(until - at));
+/// What stands before `until` is counted then.
+void CaCharacterSource::CountLines(const char* until) {
+  while (begin_ < until) {
+    const void* newline = std::memchr(begin_, '\n', static_cast<std::size_t>(until - begin_));
     if (newline == nullptr) break;
-    at = static_cast<const char*>(newline) + 1;
-    ++position.line;
-    position.column = 1;
+    begin_ = static_cast<const char*>(newline) + 1;
+    ++beginPosition_.line;
+    beginPosition_.column = 1;
   }
-  position.column += until - at;
+  beginPosition_.column += until - begin_;
+  begin_ = until;
 }

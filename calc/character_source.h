@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "calc/char_class.h"
+
 /// Where the reader is, counted from 1. A column is a byte.
 struct CaPosition {
   std::int64_t line;
@@ -74,25 +76,15 @@ class CaCharacterSource {
   /// which nothing was read yet; `text` is shorter than a block.
   bool StartsWith(std::string_view text);
 
-  /// The bytes that are at hand without reading on; `Skip` consumes some of them.
+  /// The bytes that are at hand without reading on; `Skip` consumes some of them. Behind the last
+  /// stand as many NULs as are looked at at once (char_class.h).
   std::string_view AtHand() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
   void Skip(std::size_t count) { next_ += count; }
-
-  /// As many of them as `accept` takes, which takes no NUL: one stands behind the last.
-  template <typename Accept>
-  std::string_view RunAtHand(Accept accept) const {
-    // Four at a time, which takes two thirds of the instructions.
-    for (const char* at = next_;; at += 4) {
-      for (std::size_t more = 0; more < 4; ++more) {
-        if (!accept(at[more])) return {next_, static_cast<std::size_t>(at - next_) + more};
-      }
-    }
-  }
 
   /// Whether no more than `run` is at hand.
   bool EndsWith(std::string_view run) const { return run.data() + run.size() == end_; }
 
-  /// Consumes the bytes that `accept`, as in `RunAtHand`, takes and the byte behind them, which it
+  /// Consumes the bytes that `accept` takes, which takes no NUL, and the byte behind them, which it
   /// returns. When the block ends first, it returns the first byte of the next one, of which
   /// `accept` was not asked, or `End`.
   template <typename Accept>
@@ -110,14 +102,11 @@ class CaCharacterSource {
   /// 0 when it has not ended or has ended as it should.
   int Error() const { return error_; }
 
-  /// Where the next byte stands. Counted from the bytes at hand when asked for, so reading pays
-  /// only once a block.
-  CaPosition Position() const;
-
   /// Remembers where the last byte that was read stands, until the next call.
   void MarkLast() { mark_ = next_ - 1; }
 
-  /// Where that is, and what was read from there on, up to `LongestMarked` bytes.
+  /// Where that is, counted when asked for, so reading pays only once a block; and what was read
+  /// from there on, up to `LongestMarked` bytes.
   CaPosition MarkedPosition();
   std::string MarkedText() const;
   static constexpr std::size_t LongestMarked = 40;
@@ -130,15 +119,15 @@ class CaCharacterSource {
   bool Extend();
   bool FillFrom(char* from);
   void LetGoOfBlock();
-  void CountLines(const char* until, CaPosition& position) const;
+  void CountLines(const char* until);
 
-  static constexpr char Nothing[1] = {};
+  static constexpr char Nothing[BytesAtOnce] = {};
 
   Fill fill_;                      // empty once the end was met
   std::unique_ptr<char[]> block_;  // its first byte keeps the last byte of the block before
   const char* begin_ = Nothing;    // of what is counted in no line yet
   const char* next_ = Nothing;
-  const char* end_ = Nothing;  // here stands a NUL that is no part of the source
+  const char* end_ = Nothing;  // here stand the NULs, which are no part of the source
   int error_ = 0;
   CaPosition beginPosition_{1, 1};
   const char* mark_ = nullptr;  // null once its block is gone

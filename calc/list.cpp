@@ -1,5 +1,13 @@
 #include "calc/list.h"
 
+#include <utility>
+
+namespace {
+
+constexpr std::size_t BlockSize = 64;  // nodes
+
+}  // namespace
+
 CaObject* CaList::PopBack() {
   if (tail == nullptr) return nullptr;
   CaObject* payload = tail->payload;
@@ -20,11 +28,17 @@ int CaList::Remove(CaListNode* node) {
 void CaList::Unlink(CaListNode* node) {
   (node->previous == nullptr ? head : node->previous->next) = node->next;
   (node->next == nullptr ? tail : node->next->previous) = node->previous;
-  delete node;
+  GiveBack(node);
   --count;
   ++changes;
 }
 
 void CaList::Clear() {
   while (head != nullptr) PopFront();
+}
+
+void CaList::AddNodes() {
+  auto nodes = std::make_unique<CaListNode[]>(BlockSize);
+  blocks_.push_back(std::move(nodes));
+  for (std::size_t i = 0; i < BlockSize; ++i) GiveBack(&blocks_.back()[i]);
 }

@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <new>
+#include <vector>
 
 #include "calc/recycler.h"
 
@@ -13,14 +15,11 @@ struct CaListNode {
   CaObject* payload;
   CaListNode* next;      // towards the tail; null at the tail
   CaListNode* previous;  // towards the head; null at the head
-
-  static void* operator new(std::size_t) { return CaRecycler<CaListNode>::Take(); }
-  static void operator delete(void* storage) { CaRecycler<CaListNode>::GiveBack(storage); }
 };
 
-/// A doubly linked list of object pointers. It owns its nodes and never the objects: whoever
-/// removes an entry decides what becomes of the object. `head` and `tail` are null exactly when
-/// `count` is 0.
+/// A doubly linked list of object pointers. It owns its nodes, made many at a time and used again
+/// until the list goes, and never the objects: whoever removes an entry decides what becomes of the
+/// object. `head` and `tail` are null exactly when `count` is 0.
 class CaList {
  public:
   CaList() = default;
@@ -51,6 +50,27 @@ class CaList {
   CaListNode* tail = nullptr;
   std::int32_t count = 0;
   std::uint64_t changes = 0;  // grows with every node that comes, goes or moves
+
+ private:
+  /// Throws std::bad_alloc.
+  CaListNode* Take() {
+    if (free_ == nullptr) AddNodes();
+    CaListNode* node = free_;
+    KEL_USED(node);
+    free_ = node->next;
+    return node;
+  }
+
+  void GiveBack(CaListNode* node) {
+    node->next = free_;
+    free_ = node;
+    KEL_UNUSED(node);
+  }
+
+  void AddNodes();
+
+  CaListNode* free_ = nullptr;  // the nodes that are in no use, each with the next one
+  std::vector<std::unique_ptr<CaListNode[]>> blocks_;
 };
 
 // Those that run with every token or every assignment.
@@ -58,10 +78,11 @@ class CaList {
 inline int CaList::PushFront(CaObject* object) {
   CaListNode* node = nullptr;
   try {
-    node = new CaListNode{object, head, nullptr};
+    node = Take();
   } catch (const std::bad_alloc&) {
     return -1;
   }
+  *node = {object, head, nullptr};
   (head == nullptr ? tail : head->previous) = node;
   head = node;
   ++count;
@@ -77,7 +98,7 @@ inline CaObject* CaList::PopFront() {
   (head == nullptr ? tail : head->previous) = nullptr;
   --count;
   ++changes;
-  delete node;
+  GiveBack(node);
   return payload;
 }
 

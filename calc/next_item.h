@@ -67,10 +67,9 @@ inline CaItem NumberItem(CaInterpreter& interpreter, bool negate) {
 
 /// Most operators are one byte, which tells the entry by itself.
 inline CaItem SignItem(CaInterpreter& interpreter, char first) {
-  const std::string_view text = interpreter.input->AtHand();
+  const auto next = static_cast<unsigned char>(*interpreter.input->AtHand().data());
   const CaOperatorEntry* entry = ShortOperator(first);
-  if (text.empty() || HasClass(text[0], OpChar) || text[0] == EndOfTransmission ||
-      entry == nullptr) {
+  if (HasClass(next, OpChar) || MayBeTheEnd(next) || entry == nullptr) {
     return CaItem(OperatorCalled(interpreter, ReadOpName(interpreter, {&first, 1})));
   }
   return CaItem(entry);

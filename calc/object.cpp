@@ -128,7 +128,4 @@ static_assert(sizeof(CaValue) <= sizeof(CaObjectStorage) &&
               sizeof(CaOperator) <= sizeof(CaObjectStorage));
 static_assert(std::is_trivially_destructible_v<CaValue>);
 
-void ReleaseAtThreadEnd() {
-  CaRecycler<CaObjectStorage>::ReleaseAtThreadEnd();
-  CaRecycler<CaListNode>::ReleaseAtThreadEnd();
-}
+void ReleaseAtThreadEnd() { CaRecycler<CaObjectStorage>::ReleaseAtThreadEnd(); }

@@ -206,7 +206,7 @@ extern const CyVector Origin;
 /// purpose (see above); the leak checker is told so by this name.
 char* DuplicateText(const char* text);
 
-/// Lets the storage of objects and nodes that is not in use go when the calling thread ends.
+/// Lets the storage of objects that is not in use go when the calling thread ends.
 void ReleaseAtThreadEnd();
 
 // Those that run with every token.

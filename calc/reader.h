@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -42,10 +43,13 @@ inline int ReadChar(CaInterpreter& interpreter) {
 /// Makes `ReadChar` deliver its last byte once more.
 inline void PushBackChar(CaInterpreter& interpreter) { interpreter.input->PushBack(); }
 
+/// Whether a byte that stands at hand, or behind that, may be the end of the input or of the block.
+inline bool MayBeTheEnd(unsigned char c) { return c <= EndOfTransmission; }
+
 /// The next byte, which stays unread.
 inline int PeekChar(CaInterpreter& interpreter) {
-  const std::string_view text = interpreter.input->AtHand();
-  if (!text.empty() && text[0] != EndOfTransmission) return static_cast<unsigned char>(text[0]);
+  const auto next = static_cast<unsigned char>(*interpreter.input->AtHand().data());
+  if (!MayBeTheEnd(next)) return next;
   const int c = ReadChar(interpreter);
   PushBackChar(interpreter);
   return c;
@@ -78,13 +82,14 @@ std::string_view CollectRun(CaInterpreter& interpreter, CaCharBit bits, std::str
 inline std::string_view ReadRun(CaInterpreter& interpreter, CaCharBit bits,
                                 std::string_view prefix) {
   CaCharacterSource& input = *interpreter.input;
-  const std::string_view text = input.RunAtHand([bits](char c) { return HasClass(c, bits); });
+  const char* text = input.AtHand().data();
+  const std::size_t length = RunLength(text, bits);
   // Only a run whose end is seen is complete.
-  if (!prefix.empty() || input.EndsWith(text) || text.data()[text.size()] == EndOfTransmission) {
+  if (!prefix.empty() || MayBeTheEnd(static_cast<unsigned char>(text[length]))) {
     return CollectRun(interpreter, bits, prefix);
   }
-  input.Skip(text.size());
-  return text.substr(0, CaTokenText::LongestName);
+  input.Skip(length);
+  return {text, std::min(length, CaTokenText::LongestName)};
 }
 
 inline std::string_view ReadName(CaInterpreter& interpreter) {

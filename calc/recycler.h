@@ -11,6 +11,16 @@
 #endif
 #endif
 
+// What is in no use must not be touched; the address sanitizer watches over it.
+#ifdef KEL_CHECKS_ADDRESSES
+#include <sanitizer/asan_interface.h>
+#define KEL_UNUSED(object) ASAN_POISON_MEMORY_REGION(object, sizeof *(object))
+#define KEL_USED(object) ASAN_UNPOISON_MEMORY_REGION(object, sizeof *(object))
+#else
+#define KEL_UNUSED(object) static_cast<void>(0)
+#define KEL_USED(object) static_cast<void>(0)
+#endif
+
 /// Storage for objects that come and go with every token: what is given back is handed out again
 /// first, on the thread that gave it back. Holds as much as was ever in use at once, and releases
 /// it at the end of a thread that called `ReleaseAtThreadEnd`, as every run of a program does.

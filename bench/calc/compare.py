@@ -14,6 +14,7 @@ import os
 import re
 import resource
 import shutil
+import string
 import subprocess
 import sys
 import tempfile
@@ -225,8 +226,8 @@ def letters(first, number, length):
     """A name of so many letters, another one for every number."""
     name = first
     while len(name) < length:
-        name += chr(ord("a") + number % 26)
-        number //= 26
+        name += string.ascii_letters[number % 52]
+        number //= 52
     return name
 
 
@@ -243,9 +244,8 @@ def names(kelcalc):
             lines = "".join(f"1.5 {a} : 2.25 {b} : {a} {b} + \\\n" for a, b in used)
             base, more = [instructions([kelcalc, write("program", text)])
                           for text in (define, define + lines)]
-            different = len({name for pair in pairs for name in pair})
-            print(f"  {length:2} letters, {different:7,} names {(more - base) / len(used):8,.0f} "
-                  f"{(base - start) / different:8,.0f}", flush=True)
+            print(f"  {length:2} letters, {count:7,} names {(more - base) / len(used):8,.0f} "
+                  f"{(base - start) / count:8,.0f}", flush=True)
 
 
 def growth(kelcalc):

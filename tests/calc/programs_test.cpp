@@ -139,8 +139,8 @@ TEST(CharacterSource, BlocksMayEndAnywhere) {
               "\nUnrecognized operator --\n"
               "\nType mismatch for operator -\n\a \n 125.000000\n 5.000000\n")
         << size;
-    EXPECT_EQ(source.Position().line, 2);
-    EXPECT_EQ(source.Position().column, 66);
+    EXPECT_EQ(source.MarkedPosition().line, 2);
+    EXPECT_EQ(source.MarkedPosition().column, 63);
   }
 }
 
