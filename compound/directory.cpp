@@ -83,15 +83,34 @@ CompoundEntry* FindAmongFew(const StorageInfo& storage, const CompoundName& name
   return child;
 }
 
-std::vector<CompoundEntry*> SortedPlainly(const StorageInfo& storage) {
-  std::vector<CompoundEntry*> sorted;
+std::vector<SortItem> SortedFew(const StorageInfo& storage) {
+  std::vector<SortItem> sorted;
   sorted.reserve(storage.childCount);
-  for (CompoundEntry* e = storage.firstChild; e != nullptr; e = e->next) sorted.push_back(e);
-  if (storage.isAscending) return sorted;
-  std::sort(sorted.begin(), sorted.end(), [](const CompoundEntry* a, const CompoundEntry* b) {
-    return CompareNames(a->name, b->name) < 0;
-  });
+  for (CompoundEntry* e = storage.firstChild; e != nullptr; e = e->next) sorted.push_back({0, e});
+  std::sort(sorted.begin(), sorted.end(), IsBefore);
   return sorted;
+}
+
+std::vector<SortItem> SortedMany(const StorageInfo& info) {
+  std::size_t starts[MaxNameUnits + 2] = {};
+  for (const CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) {
+    ++starts[e->name.length + 1];
+  }
+  for (std::size_t length = 1; length < MaxNameUnits + 2; ++length) {
+    starts[length] += starts[length - 1];
+  }
+  std::vector<SortItem> items(info.childCount);
+  std::size_t ends[MaxNameUnits + 1];
+  std::copy_n(starts, MaxNameUnits + 1, ends);
+  for (CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) {
+    items[ends[e->name.length]++] = {0, e};
+  }
+  for (std::size_t length = 1; length <= MaxNameUnits; ++length) {
+    if (starts[length] < ends[length]) {
+      SortSameLength(items.data() + starts[length], items.data() + ends[length]);
+    }
+  }
+  return items;
 }
 
 }  // namespace
@@ -207,29 +226,26 @@ CompoundEntry* CompoundDirectory::NewEntry(bool isStream) {
   return entry;
 }
 
+void SortChildren(StorageInfo& storage) {
+  if (storage.isAscending) return;
+  const std::vector<SortItem> sorted =
+      storage.childCount <= FewChildren ? SortedFew(storage) : SortedMany(storage);
+  CompoundEntry* last = nullptr;
+  for (const SortItem& item : sorted) {
+    item.entry->previous = last;
+    (last != nullptr ? last->next : storage.firstChild) = item.entry;
+    last = item.entry;
+  }
+  last->next = nullptr;
+  storage.lastChild = last;
+  storage.isAscending = true;
+}
+
 std::vector<CompoundEntry*> SortedChildren(const CompoundEntry& storage) {
-  const StorageInfo& info = *storage.storage;
-  if (info.isAscending || info.childCount <= FewChildren) return SortedPlainly(info);
-  std::size_t starts[MaxNameUnits + 2] = {};
-  for (const CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) {
-    ++starts[e->name.length + 1];
-  }
-  for (std::size_t length = 1; length < MaxNameUnits + 2; ++length) {
-    starts[length] += starts[length - 1];
-  }
-  std::vector<SortItem> items(info.childCount);
-  std::size_t ends[MaxNameUnits + 1];
-  std::copy_n(starts, MaxNameUnits + 1, ends);
-  for (CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) {
-    items[ends[e->name.length]++] = {0, e};
-  }
-  for (std::size_t length = 1; length <= MaxNameUnits; ++length) {
-    if (starts[length] < ends[length]) {
-      SortSameLength(items.data() + starts[length], items.data() + ends[length]);
-    }
-  }
-  std::vector<CompoundEntry*> sorted(items.size());
-  std::transform(items.begin(), items.end(), sorted.begin(),
-                 [](const SortItem& item) { return item.entry; });
+  StorageInfo& info = *storage.storage;
+  SortChildren(info);
+  std::vector<CompoundEntry*> sorted;
+  sorted.reserve(info.childCount);
+  for (CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) sorted.push_back(e);
   return sorted;
 }

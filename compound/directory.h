@@ -86,13 +86,16 @@ class CompoundDirectory {
   std::uint32_t count_ = 0;
 };
 
-/// The children of a storage in the format's order. May throw std::bad_alloc.
+/// Links the children of a storage in the format's order. May throw std::bad_alloc; then they are
+/// as they were.
+void SortChildren(StorageInfo& storage);
+
+/// The same, and lists them.
 std::vector<CompoundEntry*> SortedChildren(const CompoundEntry& storage);
 
-/// One node of a search tree over positions 0 to count - 1. `left` and `right` are positions, or
+/// One node of a search tree over positions 0 to count - 1: the positions of those beneath it, or
 /// NoStream.
 struct TreeNode {
-  std::uint32_t position;
   std::uint32_t left;
   std::uint32_t right;
   CompoundColor color;
@@ -112,7 +115,7 @@ void VisitTree(std::uint32_t begin, std::uint32_t end, unsigned blackLevels, con
   const std::uint32_t middle = TreeRoot(begin, end);
   const unsigned below = blackLevels == 0 ? 0 : blackLevels - 1;
   VisitTree(begin, middle, below, visit);
-  visit(TreeNode{middle, TreeRoot(begin, middle), TreeRoot(middle + 1, end),
+  visit(TreeNode{TreeRoot(begin, middle), TreeRoot(middle + 1, end),
                  blackLevels == 0 ? ColorRed : ColorBlack});
   VisitTree(middle + 1, end, below, visit);
 }

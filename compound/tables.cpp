@@ -145,7 +145,7 @@ void TableWriter::AddMiniChain(const SectorChain& chain) {
 
 Outcome TableWriter::WriteDirectory() {
   const CompoundEntry& root = *contents_.directory.Root();
-  Outcome outcome = WriteRecord(root, {0, NoStream, NoStream, ColorBlack}, 0);
+  Outcome outcome = WriteRecord(root, {NoStream, NoStream, ColorBlack}, 0);
   std::vector<CompoundEntry*> level;
   if (outcome == Outcome::Done) outcome = WriteBlock(root, &level);
   while (outcome == Outcome::Done && !level.empty()) {
@@ -162,14 +162,15 @@ Outcome TableWriter::WriteDirectory() {
 /// Writes the children of a storage; appends those that have children themselves to `storages`.
 Outcome TableWriter::WriteBlock(const CompoundEntry& storage,
                                 std::vector<CompoundEntry*>* storages) {
-  const std::vector<CompoundEntry*> children = SortedChildren(storage);
-  const auto count = static_cast<std::uint32_t>(children.size());
+  SortChildren(*storage.storage);
+  const std::uint32_t count = storage.storage->childCount;
+  CompoundEntry* entry = storage.storage->firstChild;
   const std::uint32_t base = writtenEntries_;
   Outcome outcome = Outcome::Done;
   VisitTree(0, count, FullLevels(count), [&](const TreeNode& node) {
-    CompoundEntry* entry = children[node.position];
     if (outcome == Outcome::Done) outcome = WriteRecord(*entry, node, base);
     if (!entry->IsStream() && entry->storage->childCount > 0) storages->push_back(entry);
+    entry = entry->next;
   });
   return outcome;
 }
@@ -220,7 +221,7 @@ Outcome TableWriter::PutRecord(const CompoundEntryRecord& record) {
   records_.push_back(record);
   const std::size_t perSector = contents_.parameters.EntriesPerSector();
   if (records_.size() < perSector) return Outcome::Done;
-  const std::uint64_t offset = (writtenEntries_ - perSector) * sizeof record;
+  const std::uint64_t offset = std::uint64_t{writtenEntries_ - perSector} * sizeof record;
   const Outcome outcome = Put(directoryRuns_, offset, records_.data(), sectorSize_);
   records_.clear();
   return outcome;
