@@ -231,12 +231,13 @@ void SortChildren(StorageInfo& storage) {
   const std::vector<SortItem> sorted =
       storage.childCount <= FewChildren ? SortedFew(storage) : SortedMany(storage);
   CompoundEntry* last = nullptr;
+  CompoundEntry** link = &storage.firstChild;
   for (const SortItem& item : sorted) {
     item.entry->previous = last;
-    (last != nullptr ? last->next : storage.firstChild) = item.entry;
-    last = item.entry;
+    *link = last = item.entry;
+    link = &last->next;
   }
-  last->next = nullptr;
+  *link = nullptr;
   storage.lastChild = last;
   storage.isAscending = true;
 }

@@ -221,12 +221,14 @@ TEST_F(Kit, FindsStreamsThatShareTheirBytes) {
   };
   Save(std::string(100000, 't'));
   std::string bytes = folder.Text("scene.kel");
-  const auto entry = [&bytes](const char* name, std::size_t size) {
-    return bytes.find(std::string(name, size) + std::string(64 - size, '\0'));
+  const auto entry = [&bytes](const char* name) {
+    std::string units;
+    for (; *name != 0; ++name) units.append(1, *name).append(1, 0);
+    return bytes.find(units.append(64 - units.size(), 0));
   };
-  const std::size_t text = entry("T\0e\0x\0t", 7);
+  const std::size_t text = entry("Text");
   for (const char* name : {"A", "B"}) {
-    bytes.replace(entry(name, 1) + 116, 12, bytes, text + 116, 12);
+    bytes.replace(entry(name) + 116, 12, bytes, text + 116, 12);
     std::ofstream(file, std::ios::binary) << bytes;
   }
   EXPECT_FALSE(kel::IsWhole(file));
