@@ -90,6 +90,12 @@ const Change Changes[] = {
        list.head->payload = nullptr;
      },
      {1, 2, 0, 0}},
+    {[](CaList& list) {
+       Delete(list.head->payload);
+       const CaValue value(4.0);
+       list.head->payload = new CaVariable("q", &value);
+     },
+     {1, 2, 0, 4}},
 };
 
 TEST(Interpreter, FindsVariablesAfterAnyChangeOfTheirList) {

@@ -51,6 +51,8 @@ TEST(ExactBits, OfEveryOperation) {
          {1.1726039399558574, 0.08528028654224418, -0.021320071635561037, -0.021320071635561037});
   expect(After(CyRotation(), &CyRotation::FromQuaternion, P),
          {0.13608276348795434, -0.2721655269759087, 0.9525793444156803, 135.58469140280704});
+  expect(After(CyRotation(), &CyRotation::FromQuaternion, CyQuaternion(0.6, {0.8, 0, 0})),
+         {1, 0, 0, 106.26020470831197});
   expect(G.XformPoint(V), {0.8400000000000001, 1.5, 0.7900000000000001});
   expect(About({1, 0, 0}, 1e6).XformPoint(V), {0.1, 0.26071269037074624, 0.24905600390202884});
   expect(About({0, 1, 0}, 1e6).XformPoint(V), {-0.27807750813725346, -0.2, 0.15057522860077527});
