@@ -43,7 +43,9 @@ std::size_t MeasuredMemory::Most() const { return most - before_; }
 // The linker leads every malloc of this program's own objects here.
 extern "C" {
 void* __real_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
-void* __wrap_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+// Seen by all, as the linker demands it where a shared library of the program calls malloc, too.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
+[[gnu::visibility("default")]] void* __wrap_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) { return Fails() ? nullptr : __real_malloc(size); }
 }
 
