@@ -19,7 +19,7 @@ constexpr std::uint64_t LimitOfBytes = 8 << 20;  // growth stops here, for the t
 struct OpenStream {
   IStream* stream;
   std::shared_ptr<Node> node;
-  std::uint64_t position;
+  std::size_t position;
 };
 
 struct OpenStorage {
@@ -119,7 +119,7 @@ class Run {
 
   std::shared_ptr<Node> NewNode(bool isStorage) { return std::make_shared<Node>(Node{isStorage}); }
 
-  void Hold(IStream* stream, const std::shared_ptr<Node>& node, std::uint64_t position = 0) {
+  void Hold(IStream* stream, const std::shared_ptr<Node>& node, std::size_t position = 0) {
     ++node->opened;
     streams.push_back({stream, node, position});
   }
@@ -253,13 +253,13 @@ class Run {
   void PutBytes(OpenStream& open, const std::string& bytes) {
     std::string& all = open.node->bytes;
     if (!bytes.empty()) {
-      all.resize(std::max<std::size_t>(all.size(), open.position + bytes.size()));
+      all.resize(std::max(all.size(), open.position + bytes.size()));
       all.replace(open.position, bytes.size(), bytes);
     }
     open.position += bytes.size();
   }
 
-  std::string Rest(const OpenStream& open, std::uint64_t size) {
+  std::string Rest(const OpenStream& open, std::size_t size) {
     const std::string& all = open.node->bytes;
     return open.position < all.size() ? all.substr(open.position, size) : std::string();
   }
@@ -290,16 +290,17 @@ class Run {
     ASSERT_EQ(target < 0 ? STG_E_INVALIDFUNCTION : S_OK, result);
     if (target < 0) return;
     ASSERT_EQ(static_cast<std::uint64_t>(target), position.QuadPart);
-    open.position = position.QuadPart;
+    open.position = static_cast<std::size_t>(target);
   }
 
   void SetSize() {
     OpenStream& open = AnyStream();
     ULARGE_INTEGER size;
-    size.QuadPart = Size();
-    if (!Fits(size.QuadPart)) return;
+    const std::size_t bytes = Size();
+    if (!Fits(bytes)) return;
+    size.QuadPart = bytes;
     ASSERT_EQ(S_OK, open.stream->SetSize(size));
-    open.node->bytes.resize(size.QuadPart);
+    open.node->bytes.resize(bytes);
   }
 
   void Clone() {
@@ -313,9 +314,10 @@ class Run {
     OpenStream& from = AnyStream();
     OpenStream& to = AnyStream();
     ULARGE_INTEGER size, bytesRead, bytesWritten;
-    size.QuadPart = Size();
-    if (from.node == to.node || !Fits(size.QuadPart)) return;
-    const std::string bytes = Rest(from, size.QuadPart);
+    const std::size_t most = Size();
+    if (from.node == to.node || !Fits(most)) return;
+    size.QuadPart = most;
+    const std::string bytes = Rest(from, most);
     ASSERT_EQ(S_OK, from.stream->CopyTo(to.stream, size, &bytesRead, &bytesWritten));
     ASSERT_EQ(bytes.size(), bytesRead.QuadPart);
     ASSERT_EQ(bytes.size(), bytesWritten.QuadPart);
