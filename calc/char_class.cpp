@@ -54,7 +54,8 @@ struct TokenRange {
   CaTokenStart start;
 };
 
-// The bytes whose class does not tell alone. The rest of the name characters begins nothing.
+// The bytes whose class does not tell alone. The rest of the name characters begins nothing, nor do
+// blanks above 7F, which people take for signs.
 constexpr TokenRange TokenRanges[] = {
     {'0', '9', CaTokenStart::Number},
     {'.', '.', CaTokenStart::Number},
@@ -70,7 +71,7 @@ constexpr TokenRange TokenRanges[] = {
 constexpr std::array<CaTokenStart, 256> StartsFrom(const std::array<std::uint8_t, 256>& classes) {
   std::array<CaTokenStart, 256> starts{};
   for (std::size_t byte = 0; byte < starts.size(); ++byte) {
-    if (classes[byte] == BlankChar) starts[byte] = CaTokenStart::Blank;
+    if (classes[byte] == BlankChar && byte < 0x80) starts[byte] = CaTokenStart::Blank;
     if (classes[byte] == OpChar) starts[byte] = CaTokenStart::Operator;
   }
   for (const TokenRange& range : TokenRanges) {

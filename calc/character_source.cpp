@@ -144,12 +144,12 @@ void CaCharacterSource::Close() {
 bool CaCharacterSource::Refill() {
   if (!fill_) return false;
   LetGoOfBlock();
-  if (block_ == nullptr) block_.reset(new char[1 + BlockSize + BytesAtOnce]);
+  if (block_ == nullptr) block_.reset(new char[BlockSize + 2]);
   // There is none before the first block, and still none when the first `fill_` threw.
   if (end_ != Nothing) block_[0] = end_[-1];
   char* first = block_.get() + 1;
   begin_ = next_ = end_ = first;
-  std::fill_n(first, BytesAtOnce, '\0');
+  *first = '\0';
   return FillFrom(first);
 }
 
@@ -167,7 +167,7 @@ bool CaCharacterSource::FillFrom(char* from) {
     return false;
   }
   end_ = from + count;
-  std::fill_n(from + count, BytesAtOnce, '\0');
+  from[count] = '\0';
   return true;
 }
 

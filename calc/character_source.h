@@ -9,8 +9,6 @@
 #include <string>
 #include <string_view>
 
-#include "calc/char_class.h"
-
 /// Where the reader is, counted from 1. A column is a byte.
 struct CaPosition {
   std::int64_t line;
@@ -76,8 +74,8 @@ class CaCharacterSource {
   /// which nothing was read yet; `text` is shorter than a block.
   bool StartsWith(std::string_view text);
 
-  /// The bytes that are at hand without reading on; `Skip` consumes some of them. Behind the last
-  /// stand as many NULs as are looked at at once (char_class.h).
+  /// The bytes that are at hand without reading on; `Skip` consumes some of them. A NUL stands
+  /// behind the last.
   std::string_view AtHand() const { return {next_, static_cast<std::size_t>(end_ - next_)}; }
   void Skip(std::size_t count) { next_ += count; }
 
@@ -121,13 +119,13 @@ class CaCharacterSource {
   void LetGoOfBlock();
   void CountLines(const char* until);
 
-  static constexpr char Nothing[BytesAtOnce] = {};
+  static constexpr char Nothing[1] = {};
 
   Fill fill_;                      // empty once the end was met
   std::unique_ptr<char[]> block_;  // its first byte keeps the last byte of the block before
   const char* begin_ = Nothing;    // of what is counted in no line yet
   const char* next_ = Nothing;
-  const char* end_ = Nothing;  // here stand the NULs, which are no part of the source
+  const char* end_ = Nothing;  // here stands a NUL that is no part of the source
   int error_ = 0;
   CaPosition beginPosition_{1, 1};
   const char* mark_ = nullptr;  // null once its block is gone

@@ -100,7 +100,8 @@ struct CaInterpreter {
   const std::atomic<int>* interruptRequested;
 
   /// How many more items a run may take before it stops as when interrupted.
-  std::uint64_t stepsLeft = std::numeric_limits<std::uint64_t>::max();
+  std::uint64_t stepsLeft = NoLimit;
+  static constexpr std::uint64_t NoLimit = std::numeric_limits<std::uint64_t>::max();
 
   /// What `variables` holds by name, and all names that were met.
   mutable CaVariables table{variables};

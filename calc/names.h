@@ -102,7 +102,7 @@ class CaNames {
   CaName* Find(std::string_view name) const;
 
   /// The same; a name that was never met is added.
-  CaName& Intern(std::string_view name) {
+  [[gnu::always_inline]] CaName& Intern(std::string_view name) {
     const CaNameKey key(name);
     CaName* const* slot = SlotOf(key);
     return *slot != nullptr ? **slot : Add(name, key.First(), key.Hash());

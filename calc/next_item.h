@@ -89,7 +89,7 @@ inline CaItem NameItem(CaInterpreter& interpreter) {
 }
 
 /// Reads what begins with `c`.
-inline CaItem ReadItem(CaInterpreter& interpreter, int c) {
+[[gnu::always_inline]] inline CaItem ReadItem(CaInterpreter& interpreter, int c) {
   switch (TokenStartOf(c)) {
     case CaTokenStart::Number:
       PushBackChar(interpreter);
@@ -123,8 +123,7 @@ inline CaItem ReadItem(CaInterpreter& interpreter, int c) {
 /// see reader.h.
 [[gnu::always_inline]] inline CaItem NextItem(CaInterpreter& interpreter) {
   for (;;) {
-    const int c = interpreter.itemObserver == nullptr ? ReadPastBlanks(interpreter)
-                                                      : ReadPastToldBlanks(interpreter);
+    const int c = ReadPastBlanks(interpreter);
     interpreter.input->MarkLast();
     try {
       const CaItem item = ReadItem(interpreter, c);

@@ -115,7 +115,7 @@ constexpr std::ptrdiff_t ExactDigits = std::size(PowersOfTen) - 1;
 /// Up to 15 digits without an exponent, at hand with a byte behind them. The digits and the power
 /// of ten are exact doubles, so that one division rounds once, just as the full conversion does.
 bool ReadShort(CaCharacterSource& source, double& number) {
-  // Digits end at the NULs behind what is at hand at the latest.
+  // Digits end at the NUL behind what is at hand at the latest.
   const char* const text = source.AtHand().data();
   const char* at = text;
   std::uint64_t digits = 0;

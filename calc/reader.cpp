@@ -8,24 +8,13 @@ constexpr int LastByte = 0xFF;
 
 }  // namespace
 
-int ReadPastToldBlanks(CaInterpreter& interpreter) {
-  for (;;) {
-    const int c = interpreter.input->Read();
-    if (c == CaCharacterSource::End) throw EndOfInput();
-    if (TokenStartOf(c) != CaTokenStart::Blank) return c;
-    if (c < 0x80) continue;
-    interpreter.input->MarkLast();
-    TellPassedOver(interpreter, c);
-  }
-}
-
 void SkipBlanks(CaInterpreter& interpreter) {
   for (;;) {
-    const CaTokenStart start = TokenStartOf(ReadPastBlanks(interpreter));
-    if (start == CaTokenStart::End) throw EndOfInput();
-    if (start == CaTokenStart::Comment) {
+    const int c = ReadPastBlanks(interpreter);
+    if (c == EndOfTransmission) throw EndOfInput();
+    if (TokenStartOf(c) == CaTokenStart::Comment) {
       SkipComment(interpreter);
-    } else if (start != CaTokenStart::Blank) {
+    } else if (!HasClass(c, BlankChar)) {
       return PushBackChar(interpreter);
     }
   }

@@ -55,17 +55,14 @@ inline int PeekChar(CaInterpreter& interpreter) {
   return c;
 }
 
-/// Consumes blanks and the byte behind them, which it returns: at the start of a block it may be
-/// another blank, and it may be the byte 04.
+/// Consumes blanks and the byte behind them, which it returns: it may be another blank, at the start
+/// of a block or above 7F, and it may be the byte 04.
 inline int ReadPastBlanks(CaInterpreter& interpreter) {
   const int c = interpreter.input->ReadPast(
       [](char byte) { return TokenStartOf(byte) == CaTokenStart::Blank; });
   if (c == CaCharacterSource::End) throw EndOfInput();
   return c;
 }
-
-/// The same between two tokens, where the item observer is told of blanks above 7F.
-int ReadPastToldBlanks(CaInterpreter& interpreter);
 
 /// Consumes blanks and comments; the byte behind them stays unread.
 void SkipBlanks(CaInterpreter& interpreter);

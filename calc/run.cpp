@@ -50,15 +50,23 @@ void RunOperator(CaInterpreter& interpreter, const CaOperatorEntry& entry) {
   if (done == 0) ReportFailure(interpreter, entry);
 }
 
+/// Whether one more item may run.
+bool TakeStep(CaInterpreter& interpreter) {
+  if (interpreter.stepsLeft == 0) return false;
+  --interpreter.stepsLeft;
+  return true;
+}
+
 void RunItems(CaInterpreter& interpreter) {
+  const bool isWatched =
+      interpreter.itemObserver != nullptr || interpreter.stepsLeft != CaInterpreter::NoLimit;
   for (;;) {
     if (IsRaised(*interpreter.interruptRequested)) throw CaInterruption();
     const CaItem item = NextItem(interpreter);
-    if (interpreter.stepsLeft == 0) {
+    if (isWatched && !TakeStep(interpreter)) {
       Drop(item);
       throw CaInterruption();
     }
-    --interpreter.stepsLeft;
     if (item.kind == CaItemKind::Operator) {
       RunOperator(interpreter, *item.entry);
     } else if (interpreter.skipLevel < 0) {
@@ -66,7 +74,7 @@ void RunItems(CaInterpreter& interpreter) {
     } else {
       Drop(item);
     }
-    if (interpreter.itemObserver != nullptr) interpreter.itemObserver->ItemRan(interpreter, item);
+    if (isWatched && interpreter.itemObserver != nullptr) interpreter.itemObserver->ItemRan(interpreter, item);
   }
 }
 
