@@ -30,7 +30,8 @@ struct CaName {
 /// bytes.
 class CaNameKey {
  public:
-  explicit CaNameKey(std::string_view name) : name_(name), first_(FirstOf(name)) {
+  [[gnu::always_inline]] explicit CaNameKey(std::string_view name)
+      : name_(name), first_(FirstOf(name)) {
     std::uint64_t hash = (first_ ^ name.size()) * Spread;
     if (name.size() > 8) {
       for (std::size_t at = 8; at + 8 < name.size(); at += 8) hash = Mixed(hash, WordAt(name, at));

@@ -55,8 +55,8 @@ inline int PeekChar(CaInterpreter& interpreter) {
   return c;
 }
 
-/// Consumes blanks and the byte behind them, which it returns: it may be another blank, at the start
-/// of a block or above 7F, and it may be the byte 04.
+/// Consumes blanks and the byte behind them, which it returns: it may be another blank, at the
+/// start of a block or above 7F, and it may be the byte 04.
 inline int ReadPastBlanks(CaInterpreter& interpreter) {
   const int c = interpreter.input->ReadPast(
       [](char byte) { return TokenStartOf(byte) == CaTokenStart::Blank; });

@@ -74,7 +74,8 @@ void RunItems(CaInterpreter& interpreter) {
     } else {
       Drop(item);
     }
-    if (isWatched && interpreter.itemObserver != nullptr) interpreter.itemObserver->ItemRan(interpreter, item);
+    if (isWatched && interpreter.itemObserver != nullptr)
+      interpreter.itemObserver->ItemRan(interpreter, item);
   }
 }
 
