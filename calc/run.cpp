@@ -40,7 +40,8 @@ void Drop(const CaItem& item) {
 }
 
 /// Runs an operator. Skipping one item ends with it, unless it was a block that began.
-void RunOperator(CaInterpreter& interpreter, const CaOperatorEntry& entry) {
+[[gnu::always_inline]] inline void RunOperator(CaInterpreter& interpreter,
+                                               const CaOperatorEntry& entry) {
   const std::int32_t before = interpreter.skipLevel;
   const int done = interpreter.Apply(entry.function, entry.alwaysRun);
   if (before == 0 && interpreter.skipLevel == 0) interpreter.skipLevel = -1;
@@ -57,13 +58,13 @@ bool TakeStep(CaInterpreter& interpreter) {
   return true;
 }
 
+/// A run that is watched has a limit of steps or somebody who is told of its items.
+template <bool IsWatched>
 void RunItems(CaInterpreter& interpreter) {
-  const bool isWatched =
-      interpreter.itemObserver != nullptr || interpreter.stepsLeft != CaInterpreter::NoLimit;
   for (;;) {
     if (IsRaised(*interpreter.interruptRequested)) throw CaInterruption();
     const CaItem item = NextItem(interpreter);
-    if (isWatched && !TakeStep(interpreter)) {
+    if (IsWatched && !TakeStep(interpreter)) {
       Drop(item);
       throw CaInterruption();
     }
@@ -74,8 +75,9 @@ void RunItems(CaInterpreter& interpreter) {
     } else {
       Drop(item);
     }
-    if (isWatched && interpreter.itemObserver != nullptr)
+    if (IsWatched && interpreter.itemObserver != nullptr) {
       interpreter.itemObserver->ItemRan(interpreter, item);
+    }
   }
 }
 
@@ -83,7 +85,9 @@ void RunToTheEnd(CaInterpreter& interpreter) {
   ReleaseAtThreadEnd();
   const CyMessageScope messages(ReportWarning, &interpreter);
   try {
-    RunItems(interpreter);
+    const bool isWatched =
+        interpreter.itemObserver != nullptr || interpreter.stepsLeft != CaInterpreter::NoLimit;
+    isWatched ? RunItems<true>(interpreter) : RunItems<false>(interpreter);
   } catch (const EndOfInput& end) {
     if (interpreter.observer != nullptr) interpreter.observer->InputEnded(interpreter, end.within);
   }
