@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -37,7 +38,7 @@ class CaNameKey {
       for (std::size_t at = 8; at + 8 < name.size(); at += 8) hash = Mixed(hash, WordAt(name, at));
       hash = Mixed(hash, WordAt(name, name.size() - 8));
     }
-    hash_ = static_cast<std::uint32_t>((hash ^ hash >> 32) * LastSpread >> 32);
+    hash_ = static_cast<std::uint32_t>(hash >> 32);
   }
 
   std::uint64_t First() const { return first_; }
@@ -54,9 +55,8 @@ class CaNameKey {
   }
 
  private:
-  // Odd numbers that spread each bit over all higher ones.
+  // An odd number, near 2^64 over the golden ratio, that spreads each bit over all higher ones.
   static constexpr std::uint64_t Spread = 0x9E3779B97F4A7C15U;
-  static constexpr std::uint64_t LastSpread = 0xD6E8FEB86659FD93U;
 
   template <typename Word>
   static std::uint64_t Load(const char* from) {
@@ -70,7 +70,7 @@ class CaNameKey {
   }
 
   static std::uint64_t Mixed(std::uint64_t hash, std::uint64_t word) {
-    return (hash ^ hash >> 32 ^ word) * Spread;
+    return (std::rotl(hash, 32) ^ word) * Spread;
   }
 
   /// Different for different names of one length up to eight.
