@@ -1,75 +1,57 @@
-"""A headless Chromium, driven through its WebDriver: as much of it as the tests need."""
+"""A headless Chromium, as the tests use it."""
 
-import json
-import re
-import subprocess
-import tempfile
-import urllib.request
+from selenium.webdriver import ActionChains, Chrome, ChromeOptions, Keys
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.actions.action_builder import ActionBuilder
+from selenium.webdriver.common.actions.wheel_input import ScrollOrigin
 
 FLAGS = ("--headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
          "--disable-background-networking --disable-component-update --disable-sync "
          "--window-size=1200,800").split()
 
 
-class Browser:
+class Browser(Chrome):
     """Use it in a `with` statement; it ends with its block."""
 
-    def __enter__(self):
-        self.profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
-        self.driver = subprocess.Popen(["chromedriver", "--port=0"], stdout=subprocess.PIPE,
-                                       stderr=subprocess.STDOUT, text=True)
-        port = None
-        while port is None:
-            port = re.search(r"on port (\d+)\.", self.driver.stdout.readline())
-        self.address = f"http://127.0.0.1:{port[1]}/session"
-        options = {"args": [*FLAGS, f"--user-data-dir={self.profile.name}"]}
-        answer = self.call("", capabilities={"alwaysMatch": {
-            "goog:chromeOptions": options, "goog:loggingPrefs": {"browser": "ALL"}}})
-        self.address += "/" + answer["sessionId"]
-        return self
+    run = Chrome.execute_script
 
-    def __exit__(self, *_):
-        urllib.request.urlopen(urllib.request.Request(self.address, method="DELETE")).close()
-        self.driver.terminate()
-        self.driver.wait()
-        self.driver.stdout.close()
-        self.profile.cleanup()
-
-    def call(self, command, **body):
-        request = urllib.request.Request(self.address + command, json.dumps(body).encode())
-        with urllib.request.urlopen(request, timeout=120) as answer:
-            return json.load(answer)["value"]
+    def __init__(self):
+        options = ChromeOptions()
+        for flag in FLAGS:
+            options.add_argument(flag)
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+        super().__init__(service=Service("chromedriver"), options=options)
 
     def open(self, path):
-        self.call("/url", url=f"file://{path}")
+        self.get(f"file://{path}")
         self.settle()
-
-    def run(self, script):
-        """What `script` returns."""
-        return self.call("/execute/sync", script=script, args=[])
 
     def settle(self):
         """Waits until two frames have been drawn."""
-        self.call("/execute/async", args=[], script="""
+        self.execute_async_script("""
             const done = arguments[0];
             requestAnimationFrame(() => requestAnimationFrame(() => done(0)));""")
 
-    def act(self, *sources):
-        self.call("/actions", actions=list(sources))
+    def press(self, *keys):
+        ActionChains(self).send_keys(*keys).perform()
         self.settle()
 
-    def pointer(self, *steps, kind="mouse", name="mouse"):
-        """Steps: (x, y) moves there, "down" and "up" press and release."""
-        actions = [{"type": "pointerMove", "x": step[0], "y": step[1], "duration": 0}
-                   if isinstance(step, tuple) else
-                   {"type": {"down": "pointerDown", "up": "pointerUp"}[step], "button": 0}
-                   for step in steps]
-        return {"type": "pointer", "id": name, "parameters": {"pointerType": kind},
-                "actions": actions}
+    def drag(self, *ways, kind="mouse", shift=False):
+        """Moves one pointer for each way, all at once: pressed from its first place to its last."""
+        actions = ActionBuilder(self, duration=0)
+        if shift:
+            ActionChains(self).key_down(Keys.SHIFT).perform()
+        for number, (begin, *_, end) in enumerate(ways):
+            pointer = actions.add_pointer_input(kind, f"{kind}{number}")
+            pointer.create_pointer_move(0, *begin)
+            pointer.create_pointer_down(button=0)
+            pointer.create_pointer_move(0, *end)
+            pointer.create_pointer_up(0)
+        actions.perform()
+        ActionChains(self).key_up(Keys.SHIFT).perform()
+        self.settle()
 
-    def press(self, *keys):
-        self.act({"type": "key", "id": "keys", "actions": [
-            {"type": kind, "value": key} for key in keys for kind in ("keyDown", "keyUp")]})
-
-    def messages(self):
-        return self.call("/se/log", type="browser")
+    def scroll(self, place, lines):
+        origin = ScrollOrigin.from_viewport(*place)
+        ActionChains(self).scroll_from_origin(origin, 0, lines).perform()
+        self.settle()

@@ -10,6 +10,8 @@ import sys
 import tempfile
 import unittest
 
+from selenium.webdriver import Keys
+
 from browser import Browser
 
 KELCALC = os.path.abspath(sys.argv[1])
@@ -45,7 +47,7 @@ class PageTest(unittest.TestCase):
         cls.browser = cls.enterClassContext(Browser())
 
     def setUp(self):
-        self.addCleanup(lambda: self.assertEqual(self.browser.messages(), []))
+        self.addCleanup(lambda: self.assertEqual(self.browser.get_log("browser"), []))
 
     def open(self, program):
         path = os.path.join(self.folder, "picture.html")
@@ -105,25 +107,16 @@ class PageTest(unittest.TestCase):
         middle = (int(width / 2), int(height / 2))
         aside = (middle[0] + 80, middle[1] + 20)
         browser = self.browser
-        shift = {"type": "key", "id": "keys", "actions": [
-            {"type": "keyDown", "value": "\uE008"}, *[{"type": "pause"}] * 3,
-            {"type": "keyUp", "value": "\uE008"}]}
-        fingers = [browser.pointer((middle[0] + side * 40, middle[1]), "down",
-                                   (middle[0] + side * 90, middle[1]), "up", kind="touch",
-                                   name=f"finger{side}") for side in (-1, 1)]
-        wheel = {"type": "wheel", "id": "wheel", "actions": [
-            {"type": "scroll", "x": middle[0], "y": middle[1], "deltaX": 0, "deltaY": -300}]}
-        drag = browser.pointer(middle, "down", aside, "up")
+        fingers = [((middle[0] + side * 40, middle[1]), (middle[0] + side * 90, middle[1]))
+                   for side in (-1, 1)]
         rows = [
             # what a person does, what it changes, what it leaves
-            (lambda: browser.act(drag), "around", "target"),
-            (lambda: browser.act(browser.pointer(middle, "down", aside, "up", kind="touch",
-                                                 name="finger")), "above", "zoom"),
-            (lambda: browser.act(shift, browser.pointer(middle, "down", aside, "up")),
-             "target", "around"),
-            (lambda: browser.act(wheel), "zoom", "around"),
-            (lambda: browser.act(*fingers), "zoom", "above"),
-            (lambda: browser.press("\uE012"), "around", "target"),
+            (lambda: browser.drag((middle, aside)), "around", "target"),
+            (lambda: browser.drag((middle, aside), kind="touch"), "above", "zoom"),
+            (lambda: browser.drag((middle, aside), shift=True), "target", "around"),
+            (lambda: browser.scroll(middle, -300), "zoom", "around"),
+            (lambda: browser.drag(*fingers, kind="touch"), "zoom", "above"),
+            (lambda: browser.press(Keys.ARROW_LEFT), "around", "target"),
             (lambda: browser.press("+"), "zoom", "around"),
             (lambda: browser.press("p"), "perspective", "target"),
         ]
@@ -152,7 +145,7 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.browser.run(CHOSEN), "high")
         self.browser.press("0")
         east = [int(c) for c in self.spot(4, 0, 0)]
-        self.browser.act(self.browser.pointer(tuple(east), "down", "up"))
+        self.browser.drag((east, east))
         self.assertEqual(self.browser.run(CHOSEN), "east")
         self.browser.run("""const search = document.getElementById("search");
             search.value = "o"; search.dispatchEvent(new Event("input"));""")
