@@ -93,39 +93,51 @@ constexpr CaSpecifierEntry CaSpecifierTable[] = {
 
 namespace {
 
-/// Not for the compiler: it stops here and shows the calls that led here, with the name.
-void Refuse(const char* /*name*/, const char* /*reason*/) {}
+/// What is wrong with an entry of a table; nothing without a reason.
+struct Fault {
+  constexpr Fault() = default;
+  constexpr Fault(std::string_view entry, std::string_view why) {
+    entry.copy(name, CaTokenText::LongestName);
+    why.copy(reason, sizeof reason - 1);
+  }
 
-constexpr void CheckName(const char* name, bool isLong, bool isDouble) {
-  if (isLong) Refuse(name, "too long a name");
-  if (isDouble) Refuse(name, "a name that the table has already");
+  char name[CaTokenText::LongestName + 1] = {};
+  char reason[32] = {};
+};
+
+constexpr Fault FaultOf(const CaSpecifierEntry&) { return {}; }
+
+constexpr Fault FaultOf(const CaOperatorEntry& entry) {
+  if (!NamesEachTypeOnce(entry.forms)) return {entry.name, "two forms for one type"};
+  if (*entry.help.summary == '\0' || *entry.help.example == '\0') return {entry.name, "no help"};
+  return {};
 }
 
-/// Ends compilation, and shows its name, at an entry whose name cannot be read or is there already.
+/// The first fault of an entry, or one whose name cannot be read or is there already.
 template <typename Entry>
-constexpr bool CheckNames(std::span<const Entry> table) {
+constexpr Fault FirstFault(std::span<const Entry> table) {
   for (std::size_t i = 0; i + 1 < table.size(); ++i) {
     const std::string_view name = table[i].name;
-    bool isDouble = false;
-    for (std::size_t k = 0; k < i; ++k) isDouble = isDouble || name == table[k].name;
-    CheckName(table[i].name, name.size() > CaTokenText::LongestName, isDouble);
+    if (const Fault fault = FaultOf(table[i]); *fault.reason != '\0') return fault;
+    if (name.size() > CaTokenText::LongestName) return {name, "too long a name"};
+    for (std::size_t k = 0; k < i; ++k) {
+      if (name == table[k].name) return {name, "a name that is there already"};
+    }
   }
-  return *table.back().name == '\0';
+  return *table.back().name == '\0' ? Fault()
+                                    : Fault(table.back().name, "no empty name at the end");
 }
 
-constexpr void CheckEntry(const char* name, const CaOperatorEntry& entry) {
-  if (!NamesEachTypeOnce(entry.forms)) Refuse(name, "two forms for one type");
-  if (*entry.help.summary == '\0' || *entry.help.example == '\0') Refuse(name, "no help");
+/// The compiler's message shows the fault, which is a part of the check's own name.
+template <Fault Found>
+constexpr bool IsWithoutFault() {
+  static_assert(*Found.reason == '\0', "a table of names is wrong");
+  return true;
 }
 
-constexpr bool CheckEntries(std::span<const CaOperatorEntry> table) {
-  for (const CaOperatorEntry& entry : table.first(table.size() - 1)) CheckEntry(entry.name, entry);
-  return CheckNames(table);
-}
-
-static_assert(CheckEntries(CaOperatorTable));
-static_assert(CheckEntries(CaFunctionTable));
-static_assert(CheckNames<CaSpecifierEntry>(CaSpecifierTable));
+static_assert(IsWithoutFault<FirstFault<CaOperatorEntry>(CaOperatorTable)>());
+static_assert(IsWithoutFault<FirstFault<CaOperatorEntry>(CaFunctionTable)>());
+static_assert(IsWithoutFault<FirstFault<CaSpecifierEntry>(CaSpecifierTable)>());
 
 }  // namespace
 
