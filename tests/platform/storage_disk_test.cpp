@@ -1,7 +1,8 @@
 /// The disk fails at one call or from one call on, for every call that there is, and a disk is
 /// really full. What is demanded each time:
 /// - A creation that is refused leaves an old file as it was, and no new one.
-/// - A failed call has changed nothing but for the bytes that it reports as written.
+/// - A failed call has changed nothing but for the bytes that it reports as written, and those that
+///   it was to write over.
 /// - When Commit succeeds the file is valid and holds all that was accepted. So it does at the end,
 ///   unless the disk still fails then; for lack of space it never does.
 /// - Commit waits for the file and, the first time, for its folder; once waiting has failed it
@@ -25,137 +26,17 @@
 
 namespace {
 
-constexpr DWORD Exclusive = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
 using model::Piece;
+constexpr unsigned Seed = 1;
+constexpr int Steps = 80;
 
-enum Action { MakeStorage, MakeStream, Write, GoTo, Resize, Rename, Destroy, Commit };
-
-struct Step {
-  Action action;
-  std::uint32_t size = 0;
-  int times = 1;
-};
-
-// Each step acts on the stream made last, or the one before it.
-constexpr Step Script[] = {
-    {MakeStream},        {Write, 100},       {MakeStream},      {Write, 1000, 9},
-    {MakeStream},        {Resize, 70000},    {Resize, 10},      {Resize, 40000},
-    {MakeStorage},       {MakeStream, 0, 9}, {Write, 64, 3},    {Resize, 90000},
-    {Resize, 10},        {Commit},           {Resize, 90000},   {MakeStream, 0, 3},
-    {MakeStream},        {Write, 5 * 65536}, {Rename},          {GoTo, 0},
-    {Write, 4095},       {Write, 2 * Piece}, {GoTo, 700},       {Write, 3 * Piece},
-    {MakeStream},        {Write, Piece / 2}, {GoTo, Piece / 4}, {Write, Piece * 2},
-    {GoTo, 5 * Piece},   {Write, 1},         {Write, 900},      {GoTo, 5 * Piece + 500},
-    {Write, 65536},      {Resize, 4095},     {Resize, Piece},   {Destroy},
-    {MakeStream, 0, 40}, {Write, 300000},    {Commit},
-};
-
-/// The script on a file, and the same on a model as far as calls succeed.
-class ScriptRun {
- public:
-  ScriptRun(const std::string& file, ULONG sectorSize) : file_(file) {
-    // Files in memory count as large early.
-    const CompoundParameters parameters{sectorSize, 4096, 0x7FFFFF00, 2 * Piece};
-    static_cast<void>(CreateCompoundFile(file.c_str(), L"x", parameters, &root_));
-    model_.isStorage = true;
-  }
-
-  bool IsCreated() const { return root_ != nullptr; }
-  const model::Node& Model() const { return model_; }
-  int Failures() const { return failures_; }
-  HRESULT Last() const { return last_; }
-
-  /// Goes as far as `calls` calls.
-  void Steps(int calls = 1000) {
-    for (const Step& step : Script) {
-      for (int i = 0; i < step.times && calls-- > 0; ++i) Apply(step);
-    }
-  }
-
-  HRESULT CommitAll(DWORD flags = STGC_DEFAULT) {
-    const HRESULT result = root_->Commit(flags);
-    if (Note(result)) model::ExpectFileHolds(file_, model_);
-    return result;
-  }
-
-  void NewStream() {
-    if (stream_ != nullptr) stream_->Release();
-    stream_ = nullptr;
-    const std::wstring name = L"stream " + std::to_wstring(++made_);
-    if (!Note(root_->CreateStream(name.c_str(), Exclusive, 0, 0, &stream_))) return;
-    node_ = model_.children[model::Utf16(name)] = std::make_shared<model::Node>();
-    position_ = 0;
-  }
-
-  void End() {
-    if (stream_ != nullptr) stream_->Release();
-    root_->Release();
-  }
-
- private:
-  bool Note(HRESULT result) {
-    if (FAILED(result)) ++failures_, last_ = result;
-    return SUCCEEDED(result);
-  }
-
-  void Apply(const Step& step) {
-    if (step.action == MakeStorage) NewStorage();
-    if (step.action == MakeStream) NewStream();
-    if (step.action == Commit) CommitAll(STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE);
-    if (step.action == Rename || step.action == Destroy) Older(step.action);
-    if (stream_ == nullptr) return;
-    if (step.action == Write) WriteBytes(step.size);
-    if (step.action == GoTo && Note(stream_->Seek({{step.size, 0}}, STREAM_SEEK_SET, nullptr))) {
-      position_ = step.size;
-    }
-    if (step.action == Resize && Note(stream_->SetSize({{step.size, 0}}))) {
-      node_->bytes.resize(step.size);
-    }
-  }
-
-  void NewStorage() {
-    IStorage* made = nullptr;
-    if (!Note(root_->CreateStorage(L"storage", Exclusive, 0, 0, &made))) return;
-    made->Release();
-    (model_.children[u"storage"] = std::make_shared<model::Node>())->isStorage = true;
-  }
-
-  /// Renames or destroys the stream before the last one, so that its sectors are used again.
-  void Older(Action action) {
-    const std::wstring name = L"stream " + std::to_wstring(made_ - 1);
-    const auto found = model_.children.find(model::Utf16(name));
-    if (found == model_.children.end()) return;
-    const auto node = found->second;
-    const bool done = Note(action == Rename ? root_->RenameElement(name.c_str(), L"other")
-                                            : root_->DestroyElement(name.c_str()));
-    if (!done) return;
-    model_.children.erase(found);
-    if (action == Rename) model_.children[u"other"] = node;
-  }
-
-  void WriteBytes(std::uint32_t size) {
-    std::string bytes(size, '\0');
-    for (char& byte : bytes) byte = static_cast<char>((state_ = state_ * 69069 + 1) >> 24);
-    ULONG written = 0;
-    const bool isDone = Note(stream_->Write(bytes.data(), size, &written));
-    EXPECT_EQ(isDone, size == written);
-    std::string& all = node_->bytes;
-    if (written > 0) all.resize(std::max<std::size_t>(all.size(), position_ + written));
-    all.replace(written > 0 ? position_ : 0, written, bytes, 0, written);
-    position_ += written;
-  }
-
-  const std::string file_;
-  IStorage* root_ = nullptr;
-  IStream* stream_ = nullptr;
-  std::shared_ptr<model::Node> node_;
-  std::size_t position_ = 0;
-  model::Node model_;
-  int made_ = 0;
-  int failures_ = 0;
-  HRESULT last_ = S_OK;
-  std::uint32_t state_ = 1;
-};
+/// Opens a new file; null when that fails. Files in memory count as large early.
+IStorage* Create(const std::string& file, ULONG sectorSize) {
+  IStorage* root = nullptr;
+  const CompoundParameters parameters{sectorSize, 4096, 0x7FFFFF00, 2 * Piece};
+  static_cast<void>(CreateCompoundFile(file.c_str(), L"x", parameters, &root));
+  return root;
+}
 
 class StorageDisk : public testing::TestWithParam<ULONG> {
  protected:
@@ -166,32 +47,38 @@ INSTANTIATE_TEST_SUITE_P(SectorSizes, StorageDisk, testing::Values(512, 4096));
 
 TEST_P(StorageDisk, EveryCallFails) {
   const bool isLarge = GetParam() == 4096;
-  const int error = isLarge ? ENOSPC : EIO;
-  for (const FailingDisk::Mode mode : {FailingDisk::Mode::Once, FailingDisk::Mode::FromThenOn}) {
+  for (unsigned seed = 1; seed <= 12; ++seed) {
+    const bool once = seed % 2 == 0;
     bool hasFailed = true;
     for (int n = 1; hasFailed && !HasFailure(); ++n) {
-      SCOPED_TRACE("call " + std::to_string(n));
+      SCOPED_TRACE("seed " + std::to_string(seed) + ", call " + std::to_string(n));
       const std::string old(n % 2 == 0 ? 700 : 100000, 'o');
       const std::string file = folder.Put("scene", old);
-      FailingDisk disk(n, error, mode);
-      ScriptRun run(file, GetParam());
-      if (!run.IsCreated()) {
+      FailingDisk disk(n, isLarge ? ENOSPC : EIO,
+                       once ? FailingDisk::Mode::Once : FailingDisk::Mode::FromThenOn);
+      IStorage* root = Create(file, GetParam());
+      if (root == nullptr) {
         EXPECT_EQ(old, folder.Text("scene"));
         continue;
       }
-      run.Steps();
-      if (isLarge && run.Failures() > 0) {
-        EXPECT_TRUE(run.Last() == STG_E_MEDIUMFULL || run.Last() == STG_E_READFAULT);
+      model::Faults faults{once};
+      HRESULT first = S_OK;
+      HRESULT second = S_OK;
+      const auto commit = [&](IStorage& open, const model::Node& node) {
+        first = open.Commit(STGC_DEFAULT);
+        if (SUCCEEDED(first)) model::ExpectFileHolds(file, node);
+        second = open.Commit(STGC_DEFAULT);
+        hasFailed = disk.HasFailed();
+      };
+      const auto model = model::RandomRun(root, file, seed, Steps, &faults, commit);
+      for (const HRESULT fault : faults.results) {
+        EXPECT_NE(isLarge ? STG_E_WRITEFAULT : STG_E_MEDIUMFULL, fault);
       }
-      const HRESULT first = run.CommitAll();
-      const HRESULT second = run.CommitAll();
-      hasFailed = disk.HasFailed();
       const std::string failed = hasFailed ? disk.Calls()[static_cast<std::size_t>(n) - 1] : "";
       const bool waited = failed == "Sync" || failed == "SyncFolder";
-      EXPECT_EQ(SUCCEEDED(second), !hasFailed || (mode == FailingDisk::Mode::Once && !waited));
+      EXPECT_EQ(SUCCEEDED(second), !hasFailed || (once && !waited));
       EXPECT_TRUE(SUCCEEDED(first) || hasFailed);
-      run.End();
-      if (SUCCEEDED(second)) model::ExpectFileHolds(file, run.Model());
+      if (SUCCEEDED(second)) model::ExpectFileHolds(file, *model);
     }
   }
 }
@@ -200,25 +87,27 @@ TEST_P(StorageDisk, NewFileIsRefusedWithoutATrace) {
   bool hasFailed = true;
   for (int n = 1; hasFailed; ++n) {
     FailingDisk disk(n, EIO);
-    ScriptRun run(folder.Path("new"), GetParam());
-    if (run.IsCreated()) run.End();
-    EXPECT_EQ(run.IsCreated(), std::filesystem::remove(folder.Path("new"))) << "call " << n;
+    IStorage* root = Create(folder.Path("new"), GetParam());
+    if (root != nullptr) root->Release();
+    EXPECT_EQ(root != nullptr, std::filesystem::remove(folder.Path("new"))) << "call " << n;
     hasFailed = disk.HasFailed();
   }
 }
 
 TEST_P(StorageDisk, CommitWaitsOnceForEachChange) {
   FailingDisk disk;
-  ScriptRun run(folder.Path("scene"), GetParam());
   const auto count = [&](const char* name) {
     return std::count(disk.Calls().begin(), disk.Calls().end(), name);
   };
-  run.Steps();
-  EXPECT_EQ(0, count("Sync"));
-  run.CommitAll();
-  const auto writes = count("WriteAt");
-  run.CommitAll();
-  run.End();
+  const std::string file = folder.Path("scene");
+  std::ptrdiff_t writes = 0;
+  model::RandomRun(Create(file, GetParam()), file, Seed, Steps, nullptr,
+                   [&](IStorage& root, const model::Node&) {
+                     EXPECT_EQ(0, count("Sync"));
+                     EXPECT_EQ(S_OK, root.Commit(STGC_DEFAULT));
+                     writes = count("WriteAt");
+                     EXPECT_EQ(S_OK, root.Commit(STGC_DEFAULT));
+                   });
   EXPECT_EQ(2, count("Sync"));
   EXPECT_EQ(1, count("SyncFolder"));
   EXPECT_EQ(writes, count("WriteAt"));
@@ -233,10 +122,11 @@ TEST_P(StorageDisk, AnotherSaveMovesTheFile) {
   disk.before = [&](const std::string& call) {
     if (call == "Lock") std::filesystem::rename(file, backup);
   };
-  EXPECT_FALSE(ScriptRun(file, GetParam()).IsCreated());
+  EXPECT_EQ(nullptr, Create(file, GetParam()));
   disk.before = [&](const std::string& call) {
-    if (call != "Rename") return;
-    EXPECT_FALSE(ScriptRun(backup, GetParam()).IsCreated());
+    if (call == "Rename") {
+      EXPECT_EQ(nullptr, Create(backup, GetParam()));
+    }
   };
   EXPECT_EQ(0, files::rename(backup.c_str(), other.c_str()));
   EXPECT_EQ("old", folder.Text("other"));
@@ -247,30 +137,6 @@ TEST_P(StorageDisk, AnotherSaveMovesTheFile) {
   };
   EXPECT_EQ(-1, files::rename(other.c_str(), file.c_str()));
   EXPECT_EQ("new", folder.Text("other"));
-}
-
-// The part of a failed write that reached the file is not seen again.
-TEST_P(StorageDisk, ZerosAfterAFailedWrite) {
-  for (int n = 1;; ++n) {
-    FailingDisk disk(n, ENOSPC);
-    IStorage* root = model::CreateFile(folder.Path("zeros"), GetParam());
-    if (root == nullptr) continue;
-    IStream* stream = nullptr;
-    const std::string bytes(3 * Piece, 'x');
-    ULONG done = 0;
-    if (SUCCEEDED(root->CreateStream(L"stream", Exclusive, 0, 0, &stream)) &&
-        FAILED(stream->Write(bytes.data(), 3 * Piece, &done))) {
-      std::string read(3 * Piece, 'y');
-      ULONG got = 0;
-      EXPECT_EQ(S_OK, stream->SetSize({{3 * Piece, 0}}));
-      EXPECT_EQ(S_OK, stream->Seek({{done, 0}}, STREAM_SEEK_SET, nullptr));
-      EXPECT_EQ(S_OK, stream->Read(read.data(), 3 * Piece, &got));
-      EXPECT_EQ(std::string(got, '\0'), read.substr(0, got)) << "call " << n;
-    }
-    if (stream != nullptr) stream->Release();
-    root->Release();
-    if (!disk.HasFailed()) break;
-  }
 }
 
 /// Lets this process mount what only it sees, as its own superuser if it is nobody's.
@@ -319,27 +185,34 @@ void Fill(const std::string& fileName) {
 TEST_P(StorageDisk, ReallyFull) {
   const std::string place = folder.Path("full");
   if (!FileSystem(place, 1 << 16).isMounted) GTEST_SKIP() << "mounting is not permitted here";
-  for (int calls = 0; calls < 100 && !HasFailure(); calls += 3) {
-    SCOPED_TRACE(std::to_string(calls) + " calls");
+  const std::string file = place + "/scene";
+  for (unsigned steps = 0; steps < 100 && !HasFailure(); steps += 3) {
+    SCOPED_TRACE(std::to_string(steps) + " steps");
     const FileSystem disk(place, 16 << 20);
-    ScriptRun run(place + "/scene", GetParam());
-    run.Steps(calls);
-    if (calls % 2 == 0) run.CommitAll(STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE);
-    for (int i = 0; i < calls % 8; ++i) run.NewStream();
-    Fill(place + "/filler");
-    run.End();
-    EXPECT_EQ(0, run.Failures());
-    model::ExpectFileHolds(place + "/scene", run.Model());
+    const auto model = model::RandomRun(
+        Create(file, GetParam()), file, Seed, static_cast<int>(steps), nullptr,
+        [&](IStorage& root, model::Node& node) {
+          if (steps % 2 == 0) root.Commit(STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE);
+          for (unsigned i = 0; i < steps % 8; ++i) {
+            EXPECT_EQ(S_OK, model::Put(root, node, model::Numbered(u"new", i), ""));
+          }
+          Fill(place + "/filler");
+        });
+    model::ExpectFileHolds(file, *model);
   }
   std::uint64_t needed = 16 << 20;
   for (const std::uint64_t less : {0U, 0U, 4096U}) {
     const FileSystem disk(place, needed - less);
-    ScriptRun run(place + "/scene", GetParam());
-    run.Steps(14);
-    EXPECT_EQ(less > 0 ? STG_E_MEDIUMFULL : S_OK, run.Last());
-    run.End();
-    model::ExpectFileHolds(place + "/scene", run.Model());
-    needed = (std::filesystem::file_size(place + "/scene") + 4095) / 4096 * 4096;
+    model::Node model{true};
+    IStorage* root = Create(file, GetParam());
+    HRESULT result = S_OK;
+    for (unsigned i = 0; i < 9 && result == S_OK; ++i) {
+      result = model::Put(*root, model, model::Numbered(u"s", i), std::string(100 << i, 's'));
+    }
+    root->Release();
+    EXPECT_EQ(less > 0 ? STG_E_MEDIUMFULL : S_OK, result);
+    model::ExpectFileHolds(file, model);
+    needed = (std::filesystem::file_size(file) + 4095) / 4096 * 4096;
   }
 }
 

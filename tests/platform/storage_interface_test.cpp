@@ -1,71 +1,78 @@
-/// What each call answers: names, modes, states, lifetimes and targets, in tables.
+/// What each call answers: names, modes, states, lifetimes and targets, in tables; who may open
+/// which file, and why not.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
+#include <memory>
 #include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "platform/files.h"
+#include "save/kelsave_files.h"
 #include "tests/folder.h"
+#include "tests/platform/read_storage.h"
 #include "tests/platform/storage_model.h"
 
 namespace {
 
 constexpr DWORD Exclusive = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+constexpr DWORD Reading = STGM_READ | STGM_SHARE_DENY_WRITE;
+constexpr DWORD Making = STGM_CREATE | Exclusive;
 constexpr GUID OtherId = {0x12345678, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
 
-/// The only reference to an object, which is gone when this is.
-template <class Interface>
-class Held {
- public:
-  Held() = default;
-  Held(const Held&) = delete;
-  Held& operator=(const Held&) = delete;
-  ~Held() { Release(); }
+using List = std::unique_ptr<IEnumSTATSTG, kel::detail::Release>;
 
-  void Release() {
-    if (object != nullptr) {
-      EXPECT_EQ(0U, std::exchange(object, nullptr)->Release());
-    }
-  }
-  Interface** Place() {
-    Release();
-    return &object;
-  }
-  Interface* operator->() const { return object; }
-  // NOLINTNEXTLINE(google-explicit-constructor): stands for the pointer that it holds
-  operator Interface*() const { return object; }
-
- private:
-  Interface* object = nullptr;
-};
-
+/// A file that is being written, with a stream and a storage that has a stream, too.
 class StorageInterface : public testing::Test {
  protected:
   void SetUp() override {
-    *root.Place() = model::CreateFile(file, 4096);
+    root.reset(model::CreateFile(file, 512));
     ASSERT_NE(nullptr, root);
+    kel::WriteAll(*kel::CreateStream(*root, L"stream"), "bytes", 5);
+    kel::CreateStream(*kel::CreateStorage(*root, L"storage"), L"inner");
   }
   void TearDown() override {
-    root.Release();
+    root.reset();
     EXPECT_EQ("", compound::CheckFile(file).Text());
   }
-
-  static void Make(IStorage* parent, const wchar_t* name, Held<IStream>& stream) {
-    ASSERT_EQ(S_OK, parent->CreateStream(name, Exclusive, 0, 0, stream.Place()));
-  }
-  static void Make(IStorage* parent, const wchar_t* name, Held<IStorage>& storage) {
-    ASSERT_EQ(S_OK, parent->CreateStorage(name, Exclusive, 0, 0, storage.Place()));
-  }
-  static void MakeStream(IStorage* parent, const wchar_t* name) {
-    Held<IStream> stream;
-    Make(parent, name, stream);
+  List NewList() {
+    IEnumSTATSTG* list = nullptr;
+    EXPECT_EQ(S_OK, root->EnumElements(0, nullptr, 0, &list));
+    return List(list);
   }
 
   const Folder folder;
   const std::string file = folder.Path("file.cfb");
-  Held<IStorage> root;
+  kel::Storage root;
 };
+
+/// What the calls answer that change something.
+std::vector<HRESULT> Changes(IStorage& storage, IStream& stream) {
+  const FILETIME time{1, 2};
+  IStream* newStream = nullptr;
+  IStorage* newStorage = nullptr;
+  return {stream.Write("x", 1, nullptr),
+          stream.SetSize({}),
+          storage.CreateStream(L"new", Exclusive, 0, 0, &newStream),
+          storage.CreateStorage(L"new", Exclusive, 0, 0, &newStorage),
+          storage.OpenStream(L"stream", nullptr, Exclusive, 0, &newStream),
+          storage.OpenStorage(L"storage", nullptr, Exclusive, nullptr, 0, &newStorage),
+          storage.MoveElementTo(L"stream", &storage, L"other", STGMOVE_MOVE),
+          storage.Commit(STGC_DEFAULT),
+          storage.DestroyElement(L"stream"),
+          storage.RenameElement(L"stream", L"other"),
+          storage.SetElementTimes(L"storage", &time, &time, &time),
+          storage.SetClass(OtherId),
+          storage.SetStateBits(1, 1)};
+}
+
+void ExpectEach(HRESULT expected, const std::vector<HRESULT>& results) {
+  for (const HRESULT& result : results) EXPECT_EQ(expected, result) << &result - results.data();
+}
 
 TEST_F(StorageInterface, Names) {
   const std::wstring thirtyOne(31, L'n');
@@ -85,36 +92,27 @@ TEST_F(StorageInterface, Names) {
       {L"a!b", STG_E_INVALIDNAME},
       {L"\x0005 \"*?<>|.", S_OK},
   };
-  Held<IStream> stream;
-  Held<IStorage> storage;
-  MakeStream(root, L"old");
   for (const auto& row : rows) {
     SCOPED_TRACE(compound::Utf8(model::Utf16(row.name)));
     const wchar_t* name = row.name.c_str();
-    EXPECT_EQ(row.result, root->CreateStream(name, Exclusive, 0, 0, stream.Place()));
-    stream.Release();
+    IStorage* made = nullptr;
+    EXPECT_EQ(row.result, root->CreateStorage(name, Exclusive, 0, 0, &made));
+    if (made != nullptr) made->Release();
     EXPECT_EQ(row.result == S_OK, SUCCEEDED(root->DestroyElement(name)));
-    EXPECT_EQ(row.result, root->CreateStorage(name, Exclusive, 0, 0, storage.Place()));
-    storage.Release();
-    EXPECT_EQ(row.result == S_OK, SUCCEEDED(root->DestroyElement(name)));
-    EXPECT_EQ(row.result, root->RenameElement(L"old", name));
-    EXPECT_EQ(row.result == S_OK, SUCCEEDED(root->RenameElement(name, L"old")));
+    EXPECT_EQ(row.result, root->RenameElement(L"stream", name));
+    EXPECT_EQ(row.result == S_OK, SUCCEEDED(root->RenameElement(name, L"stream")));
   }
 }
 
 // What is left over when the root is gone only counts its references.
 TEST_F(StorageInterface, RevertedWhenTheRootIsGone) {
-  Held<IStream> stream, clone;
-  Held<IStorage> storage;
-  Held<IEnumSTATSTG> list;
-  Make(root, L"stream", stream);
-  ASSERT_EQ(S_OK, stream->Clone(clone.Place()));
-  Make(root, L"storage", storage);
-  ASSERT_EQ(S_OK, root->EnumElements(0, nullptr, 0, list.Place()));
-  const std::pair<IUnknown*, IID> objects[] = {{stream, IID_IStream},
-                                               {clone, IID_ISequentialStream},
-                                               {storage, IID_IStorage},
-                                               {list, IID_IEnumSTATSTG}};
+  const kel::Stream stream = kel::CreateStream(*root, L"open");
+  const kel::Storage storage = kel::CreateStorage(*root, L"open too");
+  const List list = NewList();
+  const std::pair<IUnknown*, IID> objects[] = {{stream.get(), IID_IStream},
+                                               {stream.get(), IID_ISequentialStream},
+                                               {storage.get(), IID_IStorage},
+                                               {list.get(), IID_IEnumSTATSTG}};
   for (const auto& [object, own] : objects) {
     for (const IID& id : {own, IID_IUnknown}) {
       void* same = nullptr;
@@ -126,122 +124,79 @@ TEST_F(StorageInterface, RevertedWhenTheRootIsGone) {
     EXPECT_EQ(E_NOINTERFACE, object->QueryInterface(OtherId, &other));
     EXPECT_EQ(nullptr, other);
   }
-  root.Release();
+  root.reset();
 
   char bytes[8] = {};
   STATSTG stat{};
   const ULARGE_INTEGER size{};
   IStream* newStream = nullptr;
-  IStorage* newStorage = nullptr;
   IEnumSTATSTG* newList = nullptr;
-  const FILETIME time{1, 2};
-  const HRESULT results[] = {
-      stream->Read(bytes, 4, nullptr),
-      stream->Write(bytes, 4, nullptr),
-      clone->Write(bytes, 4, nullptr),
-      stream->Seek({}, STREAM_SEEK_SET, nullptr),
-      stream->SetSize(size),
-      stream->CopyTo(clone, size, nullptr, nullptr),
-      stream->Commit(STGC_DEFAULT),
-      stream->Revert(),
-      stream->LockRegion(size, size, 1),
-      stream->UnlockRegion(size, size, 1),
-      stream->Stat(&stat, STATFLAG_NONAME),
-      stream->Clone(&newStream),
-      storage->CreateStream(L"n", Exclusive, 0, 0, &newStream),
-      storage->OpenStream(L"n", nullptr, Exclusive, 0, &newStream),
-      storage->CreateStorage(L"n", Exclusive, 0, 0, &newStorage),
-      storage->OpenStorage(L"n", nullptr, Exclusive, nullptr, 0, &newStorage),
-      storage->CopyTo(0, nullptr, nullptr, storage),
-      storage->MoveElementTo(L"n", storage, L"m", STGMOVE_MOVE),
-      storage->Commit(STGC_DEFAULT),
-      storage->Revert(),
-      storage->EnumElements(0, nullptr, 0, &newList),
-      storage->DestroyElement(L"n"),
-      storage->RenameElement(L"n", L"m"),
-      storage->SetElementTimes(L"n", &time, &time, &time),
-      storage->SetClass(OtherId),
-      storage->SetStateBits(1, 1),
-      storage->Stat(&stat, STATFLAG_NONAME),
-      list->Next(1, &stat, nullptr),
-      list->Skip(1),
-      list->Reset(),
-      list->Clone(&newList)};
-  for (const HRESULT& result : results) EXPECT_EQ(STG_E_REVERTED, result) << &result - results;
+  ExpectEach(STG_E_REVERTED, Changes(*storage, *stream));
+  ExpectEach(
+      STG_E_REVERTED,
+      {stream->Read(bytes, 4, nullptr), stream->Seek({}, STREAM_SEEK_SET, nullptr),
+       stream->CopyTo(stream.get(), size, nullptr, nullptr), stream->Commit(STGC_DEFAULT),
+       stream->Revert(), stream->LockRegion(size, size, 1), stream->UnlockRegion(size, size, 1),
+       stream->Stat(&stat, STATFLAG_NONAME), stream->Clone(&newStream),
+       storage->CopyTo(0, nullptr, nullptr, storage.get()), storage->Revert(),
+       storage->EnumElements(0, nullptr, 0, &newList), storage->Stat(&stat, STATFLAG_NONAME),
+       list->Next(1, &stat, nullptr), list->Skip(1), list->Reset(), list->Clone(&newList)});
 }
 
 TEST_F(StorageInterface, EnumeratorsSkipResetAndClone) {
-  for (const wchar_t* name : {L"a", L"b", L"c", L"d"}) MakeStream(root, name);
-  Held<IEnumSTATSTG> list, clone;
-  ASSERT_EQ(S_OK, root->EnumElements(0, nullptr, 0, list.Place()));
-  const auto next = [](IEnumSTATSTG* from) {
-    STATSTG stat;
-    if (from->Next(1, &stat, nullptr) != S_OK) return L'-';
-    const wchar_t name = *stat.pwcsName;
-    CoTaskMemFree(stat.pwcsName);
-    return name;
+  const List list = NewList();
+  IEnumSTATSTG* clone = nullptr;
+  const auto next = [](IEnumSTATSTG& from) {
+    STATSTG stat{};
+    return from.Next(1, &stat, nullptr) == S_OK ? kel::detail::TakeName(stat) : L"";
   };
-  EXPECT_EQ(S_OK, list->Skip(2));
-  ASSERT_EQ(S_OK, list->Clone(clone.Place()));
-  EXPECT_EQ(L'c', next(list));
+  EXPECT_EQ(S_OK, list->Skip(1));
+  ASSERT_EQ(S_OK, list->Clone(&clone));
   EXPECT_EQ(S_FALSE, list->Skip(2));
-  EXPECT_EQ(L'-', next(list));
-  EXPECT_EQ(L'c', next(clone));
+  EXPECT_EQ(L"", next(*list));
+  EXPECT_EQ(L"storage", next(*clone));
   EXPECT_EQ(S_OK, list->Reset());
-  EXPECT_EQ(L'a', next(list));
+  EXPECT_EQ(L"stream", next(*list));
+  clone->Release();
 }
 
 // Read-only openings, second openings, and what becomes of an open element that is taken away.
 TEST_F(StorageInterface, OpenElements) {
-  constexpr DWORD reading = STGM_READ | STGM_SHARE_EXCLUSIVE;
-  Held<IStream> reader, second, inner;
-  Held<IStorage> storage;
-  MakeStream(root, L"stream");
-  Make(root, L"storage", storage);
-  MakeStream(storage, L"inner");
-  ASSERT_EQ(S_OK, root->OpenStream(L"stream", nullptr, reading, 0, reader.Place()));
-  ASSERT_EQ(S_OK, root->OpenStorage(L"storage", nullptr, reading, nullptr, 0, storage.Place()));
-  EXPECT_EQ(STG_E_ACCESSDENIED,
-            storage->OpenStream(L"inner", nullptr, Exclusive, 0, inner.Place()));
-  ASSERT_EQ(S_OK, storage->OpenStream(L"inner", nullptr, reading, 0, inner.Place()));
-
+  const kel::Stream reader = kel::OpenStream(*root, L"stream");
+  const kel::Storage storage = kel::OpenStorage(*root, L"storage");
+  const kel::Stream inner = kel::OpenStream(*storage, L"inner");
+  IStream* refused = nullptr;
+  STATSTG stat;
   const LARGE_INTEGER farthest{{0xFFFFFFFF, 0x7FFFFFFF}};
   const auto seek = [&] { return reader->Seek(farthest, STREAM_SEEK_CUR, nullptr); };
-  EXPECT_EQ(STG_E_ACCESSDENIED, reader->Write("x", 1, nullptr));
-  EXPECT_EQ(STG_E_ACCESSDENIED, reader->SetSize({}));
+  ExpectEach(STG_E_ACCESSDENIED, {reader->Write("x", 1, nullptr), reader->SetSize({}),
+                                  root->OpenStream(L"stream", nullptr, Exclusive, 0, &refused),
+                                  storage->CreateStream(L"new", Exclusive, 0, 0, &refused),
+                                  root->RenameElement(L"stream", L"other")});
   EXPECT_EQ(STG_E_INVALIDFUNCTION, reader->LockRegion({}, {}, 1));
   EXPECT_TRUE(seek() == S_OK && seek() == S_OK);
   EXPECT_EQ(STG_E_INVALIDFUNCTION, seek()) << "beyond 64 bits";
-  EXPECT_EQ(STG_E_ACCESSDENIED, root->OpenStream(L"stream", nullptr, Exclusive, 0, second.Place()));
-  EXPECT_EQ(STG_E_ACCESSDENIED, root->RenameElement(L"stream", L"other"));
-
-  STATSTG stat;
   EXPECT_EQ(S_OK, root->DestroyElement(L"storage"));
-  EXPECT_EQ(S_OK, root->CreateStream(L"stream", Exclusive | STGM_CREATE, 0, 0, second.Place()));
-  EXPECT_EQ(STG_E_REVERTED, reader->Stat(&stat, STATFLAG_NONAME));
-  EXPECT_EQ(STG_E_REVERTED, storage->Stat(&stat, STATFLAG_NONAME));
-  EXPECT_EQ(STG_E_REVERTED, inner->Stat(&stat, STATFLAG_NONAME));
+  kel::CreateStream(*root, L"stream");
+  ExpectEach(STG_E_REVERTED,
+             {reader->Stat(&stat, STATFLAG_NONAME), storage->Stat(&stat, STATFLAG_NONAME),
+              inner->Stat(&stat, STATFLAG_NONAME)});
 }
 
 // A stream whose copy would replace the storage it lies in stays where it is.
 TEST_F(StorageInterface, CopyOntoItsOwnStorage) {
-  Held<IStorage> storage;
-  Held<IStream> stream;
-  Make(root, L"same", storage);
-  MakeStream(storage, L"same");
-  EXPECT_EQ(STG_E_ACCESSDENIED, storage->MoveElementTo(L"same", root, L"SAME", STGMOVE_MOVE));
-  EXPECT_EQ(STG_E_ACCESSDENIED, storage->CopyTo(0, nullptr, nullptr, root));
-  EXPECT_EQ(S_OK, storage->OpenStream(L"same", nullptr, Exclusive, 0, stream.Place()));
+  const kel::Storage storage = kel::CreateStorage(*root, L"same");
+  kel::CreateStream(*storage, L"same");
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->MoveElementTo(L"same", root.get(), L"SAME", STGMOVE_MOVE));
+  EXPECT_EQ(STG_E_ACCESSDENIED, storage->CopyTo(0, nullptr, nullptr, root.get()));
+  kel::OpenStream(*storage, L"same");
 }
 
 // Whole kinds of elements are left out at every depth, named ones at the first only.
 TEST_F(StorageInterface, CopiesWithoutWhatIsExcluded) {
-  Held<IStorage> from, inner;
-  Make(root, L"from", from);
-  Make(from, L"inner", inner);
-  MakeStream(from, L"stream");
-  MakeStream(inner, L"stream");
-  inner.Release();
+  kel::Storage from = kel::CreateStorage(*root, L"from");
+  kel::CreateStream(*kel::CreateStorage(*from, L"inner"), L"stream");
+  kel::CreateStream(*from, L"stream");
   OLECHAR name[] = L"STREAM";
   LPOLESTR names[] = {name, nullptr};
   const struct {
@@ -251,13 +206,14 @@ TEST_F(StorageInterface, CopiesWithoutWhatIsExcluded) {
   } rows[] = {
       {L"1", &IID_IStream, nullptr}, {L"2", &IID_IStorage, nullptr}, {L"3", nullptr, names}};
   for (const auto& row : rows) {
-    Held<IStorage> to;
-    Make(root, row.target, to);
-    EXPECT_EQ(S_OK, from->CopyTo(row.ids != nullptr ? 1 : 0, row.ids, row.names, to));
-    EXPECT_EQ(S_OK, from->CopyTo(row.ids != nullptr ? 1 : 0, row.ids, row.names, to)) << "merged";
+    const kel::Storage to = kel::CreateStorage(*root, row.target);
+    for (const char* what : {"copied", "merged"}) {
+      EXPECT_EQ(S_OK, from->CopyTo(row.ids != nullptr ? 1 : 0, row.ids, row.names, to.get()))
+          << what;
+    }
   }
-  from.Release();
-  EXPECT_EQ(S_OK, root->DestroyElement(L"from"));
+  from.reset();
+  for (const wchar_t* other : {L"from", L"stream", L"storage"}) root->DestroyElement(other);
   ASSERT_EQ(S_OK, root->Commit(STGC_DEFAULT));
   std::set<std::u16string> paths;
   for (const auto& entry : compound::CheckFile(file).entries) paths.insert(entry.path);
@@ -282,37 +238,132 @@ TEST_F(StorageInterface, ArgumentsOfElements) {
   EXPECT_EQ(STG_E_FILENOTFOUND, root->DestroyElement(L"n"));
 }
 
-TEST_F(StorageInterface, ArgumentsOfCreation) {
+// Of creating a file and of opening one.
+TEST_F(StorageInterface, ArgumentsOfFiles) {
   STGOPTIONS odd{1, 0, 1024, nullptr}, old{0, 0, 4096, nullptr}, small{1, 0, 512, nullptr};
-  const DWORD mode = STGM_CREATE | Exclusive;
+  STGOPTIONS told{2, 0, 0, nullptr}, later{3, 0, 0, nullptr};
+  constexpr auto Create = StgCreateStorageEx, Open = StgOpenStorageEx;
   const struct {
-    STGOPTIONS* options;
+    decltype(Create) call;
     DWORD mode, format, attributes;
-    HRESULT result;
+    STGOPTIONS* options;
     IID id;
+    HRESULT result;
   } rows[] = {
-      {&small, mode, STGFMT_DOCFILE, 0, S_OK, IID_IUnknown},
-      {nullptr, mode, STGFMT_DOCFILE, 0, S_OK, IID_IStorage},
-      {nullptr, mode, STGFMT_FILE, 0, STG_E_INVALIDPARAMETER, IID_IStorage},
-      {nullptr, mode, STGFMT_DOCFILE, 1, STG_E_INVALIDPARAMETER, IID_IStorage},
-      {&odd, mode, STGFMT_DOCFILE, 0, STG_E_INVALIDPARAMETER, IID_IStorage},
-      {&old, mode, STGFMT_DOCFILE, 0, STG_E_INVALIDPARAMETER, IID_IStorage},
-      {nullptr, mode, STGFMT_DOCFILE, 0, E_NOINTERFACE, IID_IStream},
-      {nullptr, mode | STGM_TRANSACTED, STGFMT_DOCFILE, 0, STG_E_INVALIDFLAG, IID_IStorage},
+      {Create, Making, STGFMT_DOCFILE, 0, &small, IID_IUnknown, S_OK},
+      {Create, Making, STGFMT_DOCFILE, 0, nullptr, IID_IStorage, S_OK},
+      {Create, Making, STGFMT_FILE, 0, nullptr, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {Create, Making, STGFMT_DOCFILE, 1, nullptr, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {Create, Making, STGFMT_DOCFILE, 0, &odd, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {Create, Making, STGFMT_DOCFILE, 0, &old, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {Create, Making, STGFMT_DOCFILE, 0, nullptr, IID_IStream, E_NOINTERFACE},
+      {Create, Making | STGM_TRANSACTED, STGFMT_DOCFILE, 0, nullptr, IID_IStorage,
+       STG_E_INVALIDFLAG},
+      {Open, Reading, STGFMT_DOCFILE, 0, &told, IID_IStorage, S_OK},
+      {Open, Reading, STGFMT_STORAGE, 0, nullptr, IID_IUnknown, S_OK},
+      {Open, STGM_TRANSACTED | STGM_SHARE_DENY_NONE, STGFMT_ANY, 0, nullptr, IID_IStorage, S_OK},
+      {Open, Reading | STGM_CREATE, STGFMT_ANY, 0, nullptr, IID_IStorage, STG_E_INVALIDFLAG},
+      {Open, Exclusive, STGFMT_DOCFILE, 0, nullptr, IID_IStorage, STG_E_ACCESSDENIED},
+      {Open, Reading, STGFMT_FILE, 0, nullptr, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {Open, Reading, STGFMT_DOCFILE, 0, &later, IID_IStorage, STG_E_INVALIDPARAMETER},
+      {Open, Reading, STGFMT_DOCFILE, 0, nullptr, IID_IStream, E_NOINTERFACE},
   };
-  const std::string name = file + ".second";
-  const std::wstring wide(name.begin(), name.end());
   for (const auto& row : rows) {
     SCOPED_TRACE(&row - rows);
+    const std::string path = row.call == Create ? folder.Path("new") : file;
+    if (row.call == Open) root.reset();
     void* made = this;
-    EXPECT_EQ(row.result, StgCreateStorageEx(wide.c_str(), row.mode, row.format, row.attributes,
-                                             row.options, nullptr, row.id, &made));
+    EXPECT_EQ(row.result, row.call(kel::Wide(path).c_str(), row.mode, row.format, row.attributes,
+                                   row.options, nullptr, row.id, &made));
     EXPECT_EQ(row.result, KelLastStorageResult());
     EXPECT_EQ(row.result == S_OK, made != nullptr);
     if (made != nullptr) static_cast<IUnknown*>(made)->Release();
-    EXPECT_EQ(row.result == S_OK, std::filesystem::remove(name));
+    EXPECT_EQ(row.call == Create && row.result == S_OK,
+              std::filesystem::remove(folder.Path("new")));
   }
-  EXPECT_EQ(nullptr, model::CreateFile(file, 4096)) << "the file is open already";
+  EXPECT_EQ(512U, told.ulSectorSize);
+}
+
+TEST_F(StorageInterface, OpeningRefusesWithTheReason) {
+  root.reset();
+  const std::string whole = folder.Text("file.cfb");
+  const auto with = [&](std::size_t at, const std::string& bytes) {
+    return folder.Put(std::to_string(at) + "-" + std::to_string(bytes[0]),
+                      std::string(whole).replace(at, bytes.size(), bytes));
+  };
+  ASSERT_EQ(0, mkfifo(folder.Path("pipe").c_str(), 0600));
+  const std::string text = "A text of more than a few bytes.\n";
+  const struct {
+    std::string path;
+    HRESULT result, isStorage;
+  } rows[] = {
+      {file, S_OK, S_OK},
+      {folder.Put("text", text), STG_E_FILEALREADYEXISTS, S_FALSE},
+      {with(0, "\x0E\x11\xFC\x0D\xD0\xCF\x11\x0E"), STG_E_OLDFORMAT, S_FALSE},
+      {folder.Put("cut header", whole.substr(0, 511)), STG_E_INVALIDHEADER, S_OK},
+      {with(26, "\2"), STG_E_OLDFORMAT, S_OK},
+      {with(26, "\5"), STG_E_OLDDLL, S_OK},
+      {with(28, "\xFF\xFE"), STG_E_INVALIDHEADER, S_OK},
+      {with(32, "\7"), STG_E_INVALIDHEADER, S_OK},
+      {with(49, "\1"), STG_E_DOCFILECORRUPT, S_OK},
+      {folder.Path("none"), STG_E_FILENOTFOUND, STG_E_FILENOTFOUND},
+      {folder.Path("none/none"), STG_E_PATHNOTFOUND, STG_E_PATHNOTFOUND},
+      {folder.Root(), STG_E_ACCESSDENIED, STG_E_ACCESSDENIED},
+      {folder.Path("pipe"), STG_E_ACCESSDENIED, STG_E_ACCESSDENIED},
+      {folder.Path(std::string(300, 'n')), STG_E_INVALIDNAME, STG_E_INVALIDNAME},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.path);
+    HRESULT result = S_OK;
+    const kel::Storage opened(OpenForReading(row.path, &result));
+    EXPECT_EQ(row.result, result);
+    EXPECT_EQ(row.isStorage, StgIsStorageFile(kel::Wide(row.path).c_str()));
+  }
+}
+
+/// Who may have a file that another has open. What is refused loses nothing. Through a reader
+/// nothing is written.
+TEST_F(StorageInterface, ReadersAndWritersOfOneFile) {
+  const std::wstring path = kel::Wide(file);
+  HRESULT result = S_OK;
+  EXPECT_EQ(nullptr, OpenForReading(file, &result)) << "while it is written";
+  EXPECT_EQ(STG_E_SHAREVIOLATION, result);
+  EXPECT_EQ(nullptr, model::CreateFile(file, 512)) << "a save over it";
+  EXPECT_EQ(-1, files::remove(file.c_str()));
+  root.reset();
+
+  const std::string whole = folder.Text("file.cfb");
+  kel::Storage reader(OpenForReading(file, &result));
+  const kel::Stream stream = kel::OpenStream(*reader, L"STREAM");
+  kel::Storage(OpenForReading(file, &result));
+  EXPECT_EQ(S_OK, result) << "two readers";
+  IStorage* refused = nullptr;
+  EXPECT_EQ(STG_E_SHAREVIOLATION,
+            StgOpenStorage(path.c_str(), nullptr, STGM_SHARE_EXCLUSIVE, nullptr, 0, &refused));
+  EXPECT_EQ(nullptr, model::CreateFile(file, 512)) << "a save over it";
+  EXPECT_EQ(STG_E_SHAREVIOLATION, KelLastStorageResult());
+  EXPECT_EQ(-1, files::rename(file.c_str(), folder.Path("backup").c_str()));
+  EXPECT_EQ(-1, files::remove(file.c_str()));
+  ExpectEach(STG_E_ACCESSDENIED, Changes(*reader, *stream));
+  EXPECT_EQ(whole, folder.Text("file.cfb"));
+  reader.reset();
+  EXPECT_EQ(STG_E_REVERTED, stream->Revert());
+  EXPECT_EQ(0, files::rename(file.c_str(), folder.Path("backup").c_str()));
+  EXPECT_EQ(0, files::remove(folder.Path("backup").c_str()));
+  kel::Storage(model::CreateFile(file, 512));
+}
+
+/// From a file that is read to one that is being written, of the other sector size.
+TEST_F(StorageInterface, CopiesToAFileThatIsWritten) {
+  const auto model = model::RandomRun(folder.Path("from"), 7, 4096, 1000);
+  HRESULT result = S_OK;
+  const kel::Storage from(OpenForReading(folder.Path("from"), &result));
+  for (const wchar_t* own : {L"stream", L"storage"}) root->DestroyElement(own);
+  EXPECT_EQ(S_OK, from->CopyTo(0, nullptr, nullptr, root.get()));
+  EXPECT_EQ(STG_E_ACCESSDENIED, root->CopyTo(0, nullptr, nullptr, from.get()));
+  root.reset();
+  for (auto& [name, child] : model->children) child->created = 0;  // copies have times of their own
+  model::ExpectReads(file, *model);
 }
 
 }  // namespace

@@ -14,7 +14,6 @@ namespace model {
 namespace {
 
 constexpr DWORD Exclusive = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
-constexpr std::uint64_t LimitOfBytes = 8 << 20;  // growth stops here, for the time it takes
 
 struct OpenStream {
   IStream* stream;
@@ -46,41 +45,46 @@ std::shared_ptr<Node> Copy(const Node& node) {
 }
 
 // Some differ only in case; readers change blanks and dots at the ends.
-constexpr const wchar_t* Names[] = {L"a",
-                                    L"A",
-                                    L"b",
-                                    L"bX",
-                                    L"Bx",
-                                    L"c .-_c",
-                                    L"d0",
-                                    L"\x00E9",
-                                    L"\x00C9\x0101",
-                                    L"\x00FF",
-                                    L"\x03C9\x03A3",
-                                    L"\x03C9\x03C2",
-                                    L"\x0434\x042F\x0451",
-                                    L"\x0434\x044F\x0401",
-                                    L"\x6F22",
-                                    L"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnn",
-                                    L"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn",
-                                    L"NNNNNNNNNNNNNNNNNNNNNNNNNNNNNNN"};
+const std::wstring Names[] = {L"a",
+                              L"A",
+                              L"b",
+                              L"bX",
+                              L"c .-_c",
+                              L"\x00C9\x0101",
+                              L"\x00FF",
+                              L"\x03C9\x03A3",
+                              L"\x03C9\x03C2",
+                              L"\x6F22",
+                              L"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn",
+                              L"NNNNNNNNNNNNNNNNNNNNNNNNNNNNNNN"};
+
+const std::string& Noise() {
+  static const std::string noise = [] {
+    std::minstd_rand random;
+    std::string bytes(4 * Piece, '\0');
+    for (char& byte : bytes) byte = static_cast<char>(random() >> 16);
+    return bytes;
+  }();
+  return noise;
+}
 
 /// A storage, one of the names, and what has it there, if anything.
 struct Place {
   const OpenStorage parent;
-  const wchar_t* name;
+  const std::wstring name;
   const std::shared_ptr<Node> node;
 };
 
 class Run {
  public:
-  Run(IStorage* root, const std::string& file, unsigned seed) : random(seed), fileName(file) {
+  Run(IStorage* root, const std::string& file, unsigned seed, Faults* theFaults)
+      : random(seed), fileName(file), faults(theFaults) {
     rootNode->isStorage = true;
     storages.push_back({root, rootNode});
     rootNode->opened = 1;
   }
 
-  std::shared_ptr<Node> Steps(int steps) {
+  std::shared_ptr<Node> Steps(int steps, const Ending& atEnd) {
     static constexpr struct {
       int weight;
       void (Run::*apply)();
@@ -93,11 +97,12 @@ class Run {
     std::vector<int> weights;
     for (const auto& operation : operations) weights.push_back(operation.weight);
     std::discrete_distribution<std::size_t> choose(weights.begin(), weights.end());
-    for (step = 0; step < steps && !testing::Test::HasFailure(); ++step) {
+    for (step = 0; step < steps && GoesOn(); ++step) {
       SCOPED_TRACE("step " + std::to_string(step));
-      while (streams.empty()) CreateStream();
-      (this->*operations[choose(random)].apply)();
+      (this->*(streams.empty() ? &Run::CreateStream : operations[choose(random)].apply))();
     }
+    SetTimes();
+    atEnd(*storages[0].storage, *rootNode);
     return Finish();
   }
 
@@ -108,11 +113,14 @@ class Run {
   std::uint32_t Size() { return Sizes[Below(std::size(Sizes))]; }
   OpenStorage& AnyStorage() { return storages[Below(storages.size())]; }
   OpenStream& AnyStream() { return streams[Below(streams.size())]; }
-  bool Fits(std::uint64_t size) { return BytesIn(*rootNode) + size <= LimitOfBytes; }
+  /// Growth stops somewhere, for the time it takes.
+  bool Fits(std::uint64_t size) {
+    return BytesIn(*rootNode) + size <= (faults == nullptr ? 16 : 4) * Piece;
+  }
 
   Place AnyPlace() {
     const OpenStorage& parent = AnyStorage();
-    const wchar_t* name = Names[Below(std::size(Names))];
+    const std::wstring& name = Names[Below(std::size(Names))];
     const auto found = parent.node->children.find(Utf16(name));
     return {parent, name, found == parent.node->children.end() ? nullptr : found->second};
   }
@@ -124,6 +132,23 @@ class Run {
     streams.push_back({stream, node, position});
   }
 
+  /// Whether a call succeeded. It does what the model says unless the disk fails.
+  bool Succeeds(HRESULT expected, HRESULT result) {
+    if (faults != nullptr && result != expected) {
+      EXPECT_TRUE(result == STG_E_MEDIUMFULL || result == STG_E_WRITEFAULT ||
+                  result == STG_E_READFAULT);
+      faults->results.push_back(result);
+    } else {
+      EXPECT_EQ(expected, result);
+    }
+    return result == expected && SUCCEEDED(result);
+  }
+
+  bool GoesOn() const {
+    return !testing::Test::HasFailure() &&
+           (faults == nullptr || faults->goesOn || faults->results.empty());
+  }
+
   // --- Elements ---
 
   void CreateStream() {
@@ -131,10 +156,9 @@ class Run {
     const bool replace = Below(4) == 0;
     if (old && replace && AnyOpen(*old)) return;
     IStream* stream = nullptr;
-    const HRESULT result =
-        parent.storage->CreateStream(name, Exclusive | (replace ? STGM_CREATE : 0), 0, 0, &stream);
-    ASSERT_EQ(old && !replace ? STG_E_FILEALREADYEXISTS : S_OK, result);
-    if (FAILED(result)) return;
+    const HRESULT result = parent.storage->CreateStream(
+        name.c_str(), Exclusive | (replace ? STGM_CREATE : 0), 0, 0, &stream);
+    if (!Succeeds(old && !replace ? STG_E_FILEALREADYEXISTS : S_OK, result)) return;
     parent.node->children.erase(Utf16(name));
     Hold(stream, parent.node->children[Utf16(name)] = NewNode(false));
   }
@@ -142,9 +166,8 @@ class Run {
   void CreateStorage() {
     const auto& [parent, name, old] = AnyPlace();
     IStorage* storage = nullptr;
-    const HRESULT result = parent.storage->CreateStorage(name, Exclusive, 0, 0, &storage);
-    ASSERT_EQ(old ? STG_E_FILEALREADYEXISTS : S_OK, result);
-    if (old) return;
+    const HRESULT result = parent.storage->CreateStorage(name.c_str(), Exclusive, 0, 0, &storage);
+    if (!Succeeds(old ? STG_E_FILEALREADYEXISTS : S_OK, result)) return;
     const std::shared_ptr<Node> node = parent.node->children[Utf16(name)] = NewNode(true);
     ++node->opened;
     storages.push_back({storage, node});
@@ -156,11 +179,12 @@ class Run {
     IStorage* storage = nullptr;
     IStream* stream = nullptr;
     const HRESULT result =
-        asStorage ? parent.storage->OpenStorage(name, nullptr, Exclusive, nullptr, 0, &storage)
-                  : parent.storage->OpenStream(name, nullptr, Exclusive, 0, &stream);
+        asStorage
+            ? parent.storage->OpenStorage(name.c_str(), nullptr, Exclusive, nullptr, 0, &storage)
+            : parent.storage->OpenStream(name.c_str(), nullptr, Exclusive, 0, &stream);
     const bool missing = !node || node->isStorage != asStorage;
-    ASSERT_EQ(missing ? STG_E_FILENOTFOUND : node->opened != 0 ? STG_E_ACCESSDENIED : S_OK, result);
-    if (FAILED(result)) return;
+    const HRESULT refused = missing ? STG_E_FILENOTFOUND : STG_E_ACCESSDENIED;
+    if (!Succeeds(missing || node->opened != 0 ? refused : S_OK, result)) return;
     if (!asStorage) return Hold(stream, node);
     ++node->opened;
     storages.push_back({storage, node});
@@ -169,17 +193,18 @@ class Run {
   void Destroy() {
     const auto& [parent, name, node] = AnyPlace();
     if (node && AnyOpen(*node)) return;
-    ASSERT_EQ(node ? S_OK : STG_E_FILENOTFOUND, parent.storage->DestroyElement(name));
-    parent.node->children.erase(Utf16(name));
+    if (Succeeds(node ? S_OK : STG_E_FILENOTFOUND, parent.storage->DestroyElement(name.c_str()))) {
+      parent.node->children.erase(Utf16(name));
+    }
   }
 
   void Rename() {
     const auto& [parent, name, node] = AnyPlace();
     const auto& [target, other, taken] = AnyPlace();
     if (target.node != parent.node || (node && AnyOpen(*node)) || node == taken) return;
-    const HRESULT result = parent.storage->RenameElement(name, other);
-    ASSERT_EQ(node && !taken, result == S_OK) << std::hex << result;
-    if (!node || taken) return;
+    const HRESULT refused = node ? STG_E_FILEALREADYEXISTS : STG_E_FILENOTFOUND;
+    const HRESULT result = parent.storage->RenameElement(name.c_str(), other.c_str());
+    if (!Succeeds(node && !taken ? S_OK : refused, result)) return;
     parent.node->children.erase(Utf16(name));
     parent.node->children[Utf16(other)] = node;
   }
@@ -187,9 +212,9 @@ class Run {
   void Move() {
     const auto& [parent, name, node] = AnyPlace();
     const auto& [target, other, taken] = AnyPlace();
-    const bool copy = Below(2) == 0;
+    const bool copy = faults == nullptr && Below(2) == 0;  // one that fails leaves a part
     if (!node || AnyOpen(*node) || taken || (copy && !Fits(BytesIn(*node)))) return;
-    ASSERT_EQ(S_OK, parent.storage->MoveElementTo(name, target.storage, other,
+    ASSERT_EQ(S_OK, parent.storage->MoveElementTo(name.c_str(), target.storage, other.c_str(),
                                                   copy ? STGMOVE_COPY : STGMOVE_MOVE));
     const auto moved = Copy(*node);
     if (!copy) parent.node->children.erase(Utf16(name));
@@ -230,23 +255,22 @@ class Run {
 
   /// After a commit the file is complete as it stands.
   void Commit() {
-    ASSERT_EQ(S_OK, AnyStorage().storage->Commit(STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE));
-    ExpectFileHolds(fileName, *rootNode);
+    const DWORD flags = STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE;
+    if (Succeeds(S_OK, AnyStorage().storage->Commit(flags))) ExpectFileHolds(fileName, *rootNode);
   }
 
   // --- Bytes ---
 
   void Write() {
     OpenStream& open = AnyStream();
-    std::string bytes(Size(), '\0');
+    const std::string bytes = Noise().substr(Below(Piece), Size());
     if (!Fits(bytes.size())) return;
-    std::uint32_t state = static_cast<std::uint32_t>(random());
-    for (char& byte : bytes) byte = static_cast<char>((state = state * 69069 + 1) >> 24);
     ULONG written = 0;
     const ULONG size = static_cast<ULONG>(bytes.size());
-    ASSERT_EQ(S_OK, open.stream->Write(bytes.data(), size, &written));
-    ASSERT_EQ(size, written);
-    PutBytes(open, bytes);
+    const bool isDone = Succeeds(S_OK, open.stream->Write(bytes.data(), size, &written));
+    ASSERT_TRUE(isDone == (size == written) || !GoesOn());
+    PutBytes(open, bytes.substr(0, written));
+    if (!isDone) WriteAgain(open, bytes.substr(written));
   }
 
   /// A gap before the bytes reads as zeros.
@@ -259,6 +283,13 @@ class Run {
     open.position += bytes.size();
   }
 
+  /// After a failed write: what was to be written over may have been, in part.
+  void WriteAgain(OpenStream& open, const std::string& bytes) {
+    if (!GoesOn() || open.position >= open.node->bytes.size()) return;
+    ASSERT_EQ(S_OK, open.stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr));
+    PutBytes(open, bytes);
+  }
+
   std::string Rest(const OpenStream& open, std::size_t size) {
     const std::string& all = open.node->bytes;
     return open.position < all.size() ? all.substr(open.position, size) : std::string();
@@ -268,9 +299,9 @@ class Run {
     OpenStream& open = AnyStream();
     std::string bytes(Size(), '\0');
     ULONG got = 0;
-    const HRESULT result = open.stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &got);
-    ASSERT_TRUE(SUCCEEDED(result)) << result;
-    const std::string expected = Rest(open, bytes.size());
+    const ULONG size = static_cast<ULONG>(bytes.size());
+    const bool isDone = Succeeds(S_OK, open.stream->Read(bytes.data(), size, &got));
+    const std::string expected = Rest(open, isDone ? size : got);
     bytes.resize(got);
     ASSERT_EQ(expected.size(), bytes.size());
     ASSERT_TRUE(expected == bytes);
@@ -299,8 +330,7 @@ class Run {
     const std::size_t bytes = Size();
     if (!Fits(bytes)) return;
     size.QuadPart = bytes;
-    ASSERT_EQ(S_OK, open.stream->SetSize(size));
-    open.node->bytes.resize(bytes);
+    if (Succeeds(S_OK, open.stream->SetSize(size))) open.node->bytes.resize(bytes);
   }
 
   void Clone() {
@@ -318,11 +348,14 @@ class Run {
     if (from.node == to.node || !Fits(most)) return;
     size.QuadPart = most;
     const std::string bytes = Rest(from, most);
-    ASSERT_EQ(S_OK, from.stream->CopyTo(to.stream, size, &bytesRead, &bytesWritten));
-    ASSERT_EQ(bytes.size(), bytesRead.QuadPart);
-    ASSERT_EQ(bytes.size(), bytesWritten.QuadPart);
-    from.position += bytes.size();
-    PutBytes(to, bytes);
+    const bool isDone =
+        Succeeds(S_OK, from.stream->CopyTo(to.stream, size, &bytesRead, &bytesWritten));
+    const auto read = static_cast<std::size_t>(bytesRead.QuadPart);
+    const auto written = static_cast<std::size_t>(bytesWritten.QuadPart);
+    ASSERT_TRUE(!isDone || (read == bytes.size() && written == bytes.size()));
+    from.position += read;
+    PutBytes(to, bytes.substr(0, written));
+    if (!isDone) WriteAgain(to, bytes.substr(written));
   }
 
   // --- Ends ---
@@ -363,13 +396,13 @@ class Run {
     for (; storages.size() > 1; storages.pop_back()) {
       EXPECT_EQ(0U, storages.back().storage->Release());
     }
-    SetTimes();
     EXPECT_EQ(0U, storages[0].storage->Release());
     return rootNode;
   }
 
   std::mt19937 random;
   const std::string fileName;
+  Faults* const faults;
   int step = 0;
   std::vector<OpenStorage> storages;
   std::vector<OpenStream> streams;
@@ -436,11 +469,33 @@ IStorage* CreateFile(const std::string& fileName, ULONG sectorSize) {
   return FAILED(result) ? nullptr : static_cast<IStorage*>(storage);
 }
 
+HRESULT Put(IStorage& parent, Node& node, const std::u16string& name, const std::string& bytes) {
+  IStream* stream = nullptr;
+  ULONG written = 0;
+  const std::wstring wide(name.begin(), name.end());
+  HRESULT result = parent.CreateStream(wide.c_str(), Exclusive, 0, 0, &stream);
+  if (FAILED(result)) return result;
+  result = stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written);
+  stream->Release();
+  node.children[name] = std::make_shared<Node>(Node{false, bytes.substr(0, written)});
+  return result;
+}
+
+std::u16string Numbered(std::u16string name, unsigned number) {
+  const std::string digits = std::to_string(number);
+  return name.append(digits.begin(), digits.end());
+}
+
+std::shared_ptr<Node> RandomRun(IStorage* root, const std::string& fileName, unsigned seed,
+                                int steps, Faults* faults, const Ending& atEnd) {
+  return Run(root, fileName, seed, faults).Steps(steps, atEnd);
+}
+
 std::shared_ptr<Node> RandomRun(const std::string& fileName, unsigned seed, ULONG sectorSize,
                                 int steps) {
   IStorage* root = CreateFile(fileName, sectorSize);
   EXPECT_NE(nullptr, root);
-  return root ? Run(root, fileName, seed).Steps(steps) : std::make_shared<Node>();
+  return root ? RandomRun(root, fileName, seed, steps) : std::make_shared<Node>();
 }
 
 void ExpectReads(const std::string& fileName, const Node& root) {

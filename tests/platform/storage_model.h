@@ -4,10 +4,12 @@
 /// storage and the model side by side.
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "compound/gathering_file.h"
 #include "platform/storage.h"
@@ -45,8 +47,27 @@ std::u16string Utf16(std::wstring_view text);
 /// Creates an empty docfile for reading and writing; null when that fails.
 IStorage* CreateFile(const std::string& fileName, ULONG sectorSize);
 
-/// Applies `steps` random operations, comparing each result with the model's, and releases
-/// everything. Failures are reported to GoogleTest. Returns the model of what the file now holds.
+/// Makes a stream of these bytes, and the same in the model as far as they were written.
+HRESULT Put(IStorage& parent, Node& node, const std::u16string& name, const std::string& bytes);
+
+std::u16string Numbered(std::u16string name, unsigned number);
+
+struct Faults {
+  bool goesOn;                        // whether the run does after one
+  std::vector<HRESULT> results = {};  // of the calls that failed
+};
+
+using Ending = std::function<void(IStorage& root, Node& model)>;
+
+/// Applies `steps` random operations, comparing each result with the model's, calls `atEnd`, and
+/// releases everything. Failures are reported to GoogleTest. Returns the model of what the file
+/// now holds. With `faults` the disk may fail: a call that fails must have changed nothing but the
+/// bytes that it was to write over.
+std::shared_ptr<Node> RandomRun(
+    IStorage* root, const std::string& fileName, unsigned seed, int steps, Faults* faults = nullptr,
+    const Ending& atEnd = [](IStorage&, Node&) {});
+
+/// The same in a new file, on a disk that does not fail.
 std::shared_ptr<Node> RandomRun(const std::string& fileName, unsigned seed, ULONG sectorSize,
                                 int steps);
 

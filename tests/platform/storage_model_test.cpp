@@ -50,22 +50,6 @@ TEST_P(StorageModel, RandomRuns) {
   }
 }
 
-void Put(IStorage* parent, model::Node& node, const std::u16string& name, std::string bytes) {
-  IStream* stream = nullptr;
-  const std::wstring wide(name.begin(), name.end());
-  ASSERT_EQ(S_OK, parent->CreateStream(wide.c_str(), STGM_READWRITE | STGM_SHARE_EXCLUSIVE, 0, 0,
-                                       &stream));
-  EXPECT_EQ(S_OK, stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr));
-  EXPECT_EQ(0U, stream->Release());
-  node.children[name] = std::make_shared<model::Node>();
-  node.children[name]->bytes = std::move(bytes);
-}
-
-std::u16string Numbered(std::u16string name, unsigned number) {
-  const std::string digits = std::to_string(number);
-  return name.append(digits.begin(), digits.end());
-}
-
 // Many small streams in one storage, more than 109 FAT sectors (with 512-byte sectors), and
 // storages within storages.
 TEST_P(StorageModel, WideTallAndDeep) {
@@ -74,9 +58,10 @@ TEST_P(StorageModel, WideTallAndDeep) {
   IStorage* storage = model::CreateFile(file.path, GetParam());
   ASSERT_NE(nullptr, storage);
   for (unsigned i = 0; i < 300; ++i) {
-    Put(storage, root, Numbered(u"Stream ", i * 7919 % 1000), std::string(i, 's'));
+    const auto name = model::Numbered(u"Stream ", i * 7919 % 1000);
+    EXPECT_EQ(S_OK, model::Put(*storage, root, name, std::string(i, 's')));
   }
-  Put(storage, root, u"tall", std::string(8 << 20, 't'));
+  EXPECT_EQ(S_OK, model::Put(*storage, root, u"tall", std::string(8 << 20, 't')));
   std::vector<IStorage*> storages{storage};
   model::Node* node = &root;
   for (unsigned depth = 0; depth < 40; ++depth) {
@@ -86,7 +71,7 @@ TEST_P(StorageModel, WideTallAndDeep) {
     node = (node->children[u"in"] = std::make_shared<model::Node>()).get();
     node->isStorage = true;
     storages.push_back(inner);
-    Put(inner, *node, Numbered(u"d", depth), std::string(depth, 'd'));
+    EXPECT_EQ(S_OK, model::Put(*inner, *node, u"d", std::string(depth, 'd')));
   }
   for (; !storages.empty(); storages.pop_back()) EXPECT_EQ(0U, storages.back()->Release());
   file.ExpectHolds(root);
