@@ -38,6 +38,9 @@ class FailingDisk final : public Disk {
   /// Whether files without a name are to be had, as on most file systems.
   bool hasNameless = true;
 
+  /// Whether space is taken without being taken, for files that no disk could hold.
+  bool isSparse = false;
+
   bool HasFailed() const { return failing_ > 0 && Count() >= failing_; }
 
   /// The names of the calls so far.
@@ -77,6 +80,7 @@ class FailingDisk final : public Disk {
     return fails ? error_ : outcome;
   }
   int TakeSpace(int file, std::uint64_t from, std::uint64_t to, Length length) override {
+    if (isSparse) return Try("TakeSpace", &Disk::Cut, file, to);
     return Try("TakeSpace", &Disk::TakeSpace, file, from, to, length);
   }
   bool IsInMemory(int file) override { return SystemDisk().IsInMemory(file); }

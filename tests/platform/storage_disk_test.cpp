@@ -19,6 +19,7 @@
 
 #include "platform/compound_storage.h"
 #include "platform/files.h"
+#include "save/kelsave_files.h"
 #include "tests/failing_disk.h"
 #include "tests/folder.h"
 #include "tests/platform/read_storage.h"
@@ -233,6 +234,27 @@ TEST_P(StorageDisk, EveryCallFailsWhileReading) {
     EXPECT_TRUE(read.size() == whole.size() || read[0].result != S_OK);
     if (!disk.HasFailed()) break;
   }
+}
+
+TEST(StorageDiskSize, BeyondFourGigabytes) {
+  const Folder folder;
+  const std::string file = folder.Path("large");
+  constexpr std::uint64_t Size = 5ULL << 30;
+  FailingDisk disk;
+  disk.isSparse = true;
+  {
+    const kel::Storage root(Create(file, 4096));
+    const kel::Stream stream = kel::CreateStream(*root, L"large");
+    const HRESULT grown = stream->SetSize({.QuadPart = Size});
+    if (grown == STG_E_MEDIUMFULL) GTEST_SKIP() << "no files of this size, or none with holes";
+    ASSERT_EQ(S_OK, grown);
+    EXPECT_EQ(S_OK, stream->Seek({.QuadPart = -3}, STREAM_SEEK_END, nullptr));
+    kel::WriteAll(*stream, "end", 3);
+  }
+  const kel::Storage root = kel::OpenScene(file);
+  const kel::Stream stream = kel::OpenStream(*root, L"large");
+  EXPECT_EQ(S_OK, stream->Seek({.QuadPart = -3}, STREAM_SEEK_END, nullptr));
+  EXPECT_EQ("end", kel::ReadText(*stream));
 }
 
 }  // namespace

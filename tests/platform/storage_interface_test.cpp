@@ -97,7 +97,11 @@ TEST_F(StorageInterface, Names) {
     const wchar_t* name = row.name.c_str();
     IStorage* made = nullptr;
     EXPECT_EQ(row.result, root->CreateStorage(name, Exclusive, 0, 0, &made));
-    if (made != nullptr) made->Release();
+    STATSTG stat{};
+    if (made != nullptr && made->Stat(&stat, STATFLAG_DEFAULT) == S_OK) {
+      EXPECT_EQ(row.name, kel::detail::TakeName(stat));
+      made->Release();
+    }
     EXPECT_EQ(row.result == S_OK, SUCCEEDED(root->DestroyElement(name)));
     EXPECT_EQ(row.result, root->RenameElement(L"stream", name));
     EXPECT_EQ(row.result == S_OK, SUCCEEDED(root->RenameElement(name, L"stream")));

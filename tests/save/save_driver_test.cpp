@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/window.h"
+#include "save/kelsave_files.h"
 #include "tests/failing_disk.h"
 #include "tests/save/recording_host.h"
 
@@ -72,15 +73,21 @@ TEST(SaveDriver, Protocol) {
   }
 }
 
-// Such a file is not finished yet: it becomes no backup, and no save replaces it.
-TEST(SaveDriver, AFileThatTheHostKeepsOpenStays) {
+// One that is written is not finished yet, one that is read is in use: it becomes no backup, and no
+// save replaces it.
+TEST(SaveDriver, AFileThatIsOpenStays) {
   Situation s;
   s.host.keepsStorage = true;
   EXPECT_EQ(s.Save(), 1);
   EXPECT_EQ(s.host.calls, Backed + Writers + Saved);
   EXPECT_EQ(s.Save(), 0);
   EXPECT_EQ(s.host.ReleaseKept(), 0U);
+  const std::string whole = s.folder.Text("scene.kel");
+  kel::Storage reader = kel::OpenScene(s.path);
+  EXPECT_EQ(s.Save(), 0);
   EXPECT_EQ(s.folder.List(), "scene.kel=new");
+  EXPECT_EQ(s.folder.Text("scene.kel"), whole);
+  reader.reset();
   EXPECT_EQ(s.Save(), 1);
   EXPECT_EQ(s.host.ReleaseKept(), 0U);
   EXPECT_EQ(s.folder.List(), "KelBackup.bak=new scene.kel=new");
