@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <utility>
 
 namespace {
@@ -75,11 +76,9 @@ void SortSameLength(SortItem* begin, SortItem* end) {
   if (!std::is_sorted(begin, end, IsBefore)) std::sort(begin, end, IsBefore);
 }
 
-CompoundEntry* FindAmongFew(const StorageInfo& storage, const CompoundName& name) {
+CompoundEntry* FindByWalking(const StorageInfo& storage, const CompoundName& name) {
   CompoundEntry* child = storage.firstChild;
-  while (child != nullptr && (child->name.hash != name.hash || !IsSameName(child->name, name))) {
-    child = child->next;
-  }
+  while (child != nullptr && !IsSameName(child->name, name)) child = child->next;
   return child;
 }
 
@@ -115,24 +114,22 @@ std::vector<SortItem> SortedMany(const StorageInfo& info) {
 
 }  // namespace
 
-CompoundDirectory::CompoundDirectory() : table_(SmallestTable) {
+CompoundDirectory::CompoundDirectory() {
   root_ = NewEntry(false);
   count_ = 1;
 }
 
 std::uint32_t CompoundDirectory::HashOf(const CompoundEntry* parent, const CompoundName& name) {
   const auto address = reinterpret_cast<std::uintptr_t>(parent);
-  const std::uint64_t mixed = (name.hash ^ (address << 20)) * 0x9E3779B97F4A7C15U;
+  const std::uint64_t mixed = (HashOfName(name) ^ (address << 20)) * 0x9E3779B97F4A7C15U;
   return static_cast<std::uint32_t>(mixed >> 32);
 }
 
 CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent, const CompoundName& name) {
   StorageInfo& info = *parent->storage;
   if (IsBehindAll(info, name)) return nullptr;
-  if (!info.isInTable && info.childCount <= FewChildren) return FindAmongFew(info, name);
-  if (!info.isInTable) {
-    for (CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) Insert(e);
-    info.isInTable = true;
+  if (!info.isInTable && (info.childCount <= FewChildren || !PutInTable(info))) {
+    return FindByWalking(info, name);
   }
   const std::uint32_t hash = HashOf(parent, name);
   const std::size_t mask = table_.size() - 1;
@@ -144,9 +141,21 @@ CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent, const Compou
   return nullptr;
 }
 
+/// False when there is no memory for that.
+bool CompoundDirectory::PutInTable(StorageInfo& info) {
+  try {
+    MakeRoom(count_);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  for (CompoundEntry* e = info.firstChild; e != nullptr; e = e->next) Insert(e);
+  info.isInTable = true;
+  return true;
+}
+
 CompoundEntry* CompoundDirectory::Add(CompoundEntry* parent, const CompoundName& name,
                                       bool isStream) {
-  if ((count_ + 1) * std::size_t{2} > table_.size()) GrowTable();
+  if (!table_.empty()) MakeRoom(count_ + 1);
   CompoundEntry* entry = NewEntry(isStream);
   entry->name = name;
   Place(entry, parent);
@@ -203,8 +212,12 @@ void CompoundDirectory::Erase(const CompoundEntry* entry) {
   table_[hole] = {};
 }
 
-void CompoundDirectory::GrowTable() {
-  std::vector<Slot> larger(table_.size() * 2);
+/// Makes the table large enough for `count` entries.
+void CompoundDirectory::MakeRoom(std::uint32_t count) {
+  std::size_t size = std::max(SmallestTable, table_.size());
+  while (size < count * std::size_t{2}) size *= 2;
+  if (size == table_.size()) return;
+  std::vector<Slot> larger(size);
   const std::size_t mask = larger.size() - 1;
   for (const Slot& slot : table_) {
     if (slot.number == 0) continue;

@@ -42,8 +42,8 @@ struct CompoundEntry {
 };
 
 /// All entries of a file. Finding one costs the same however many there are: those of a storage
-/// with many are in a table from the first look on, which always has room for all. Their order and
-/// their place in the file are only made when the directory is written.
+/// with many are in a table from the first look on, which has room for all from then on. Their
+/// order and their place in the file are only made when the directory is written.
 class CompoundDirectory {
  public:
   CompoundDirectory();
@@ -53,6 +53,7 @@ class CompoundDirectory {
   CompoundEntry* Root() const { return root_; }
   std::uint32_t Count() const { return count_; }  // the root included
 
+  /// Null when there is none.
   CompoundEntry* Find(const CompoundEntry* parent, const CompoundName& name);
 
   /// Adds an entry; may throw std::bad_alloc, then nothing has changed.
@@ -75,10 +76,11 @@ class CompoundDirectory {
   void Displace(CompoundEntry* entry);
   void Insert(const CompoundEntry* entry);
   void Erase(const CompoundEntry* entry);
-  void GrowTable();
+  bool PutInTable(StorageInfo& info);
+  void MakeRoom(std::uint32_t count);
   CompoundEntry* NewEntry(bool isStream);
 
-  std::vector<Slot> table_;  // open addressing; at most half full
+  std::vector<Slot> table_;  // open addressing; empty until the first look, at most half full
   Blocks<CompoundEntry> entries_;
   Blocks<StorageInfo> infos_;
   CompoundEntry* unused_[2] = {};  // removed storages and streams, linked by `next`

@@ -7,7 +7,6 @@
 
 /// The name of an element as the directory keeps it.
 struct CompoundName {
-  std::uint32_t hash = 0;   // the same for names that differ only in case
   std::uint8_t length = 0;  // UTF-16 units
   char16_t units[MaxNameUnits] = {};
 };
@@ -27,6 +26,9 @@ std::size_t Widen(const CompoundName& name, wchar_t (&text)[MaxNameUnits + 1]);
 int CompareNames(const CompoundName& a, const CompoundName& b);
 
 bool IsSameName(const CompoundName& a, const CompoundName& b);
+
+/// A hash that is the same for the same names.
+std::uint32_t HashOfName(const CompoundName& name);
 
 /// The simple upper case of a UTF-16 unit beyond ASCII; the unit itself where it has none.
 /// The same on every machine, whatever the locale.
