@@ -33,6 +33,8 @@ struct Node {
   DWORD stateBits = 0;
   std::uint64_t created = 0, modified = 0;  // FILETIME; 0: not set by the run, not compared
   int opened = 0;                           // interface pointers that a run holds
+
+  bool operator==(const Node& other) const = default;
 };
 
 /// Sizes around every boundary of the format and of the writer's pieces.
@@ -53,8 +55,9 @@ HRESULT Put(IStorage& parent, Node& node, const std::u16string& name, const std:
 std::u16string Numbered(std::u16string name, unsigned number);
 
 struct Faults {
-  bool goesOn;                        // whether the run does after one
-  std::vector<HRESULT> results = {};  // of the calls that failed
+  bool goesOn;                           // whether the run does after one
+  compound::Parameters parameters = {};  // of the file
+  std::vector<HRESULT> results = {};     // of the calls that failed
 };
 
 using Ending = std::function<void(IStorage& root, Node& model)>;
