@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstring>
 #include <string>
 
 #include "platform/host_strings.h"
@@ -39,19 +38,20 @@ TEST(HostStrings, WideText) {
 TEST(HostTexts, LoadedAsTheSystemDoes) {
   KelResetHostStrings();
   const HMODULE host = GetModuleHandleA(nullptr);
-  char buffer[8] = "before";
-  EXPECT_EQ(LoadStringA(host, 60121, buffer, sizeof buffer), 7);
-  EXPECT_STREQ(buffer, "KelBack");
-  EXPECT_EQ(LoadStringA(host, 60122, buffer, sizeof buffer), 7);  // cut
-  EXPECT_STREQ(buffer, "KelBack");
-  EXPECT_EQ(LoadStringA(host, 60122, buffer, 0), 0);
+  const auto load = [](HMODULE module, UINT id) {
+    char buffer[8] = "before";
+    const int length = LoadStringA(module, id, buffer, sizeof buffer);
+    return std::to_string(length) + buffer;
+  };
+  EXPECT_EQ(load(host, 60121), "7KelBack");
+  EXPECT_EQ(load(host, 60122), "7KelBack") << "cut";
+  char none = 'n';
+  EXPECT_EQ(LoadStringA(host, 60122, &none, 0), 0);
   KelRemoveHostString(63348);
-  std::strcpy(buffer, "before");
-  EXPECT_EQ(LoadStringA(host, 63348, buffer, sizeof buffer), 0);
-  EXPECT_STREQ(buffer, "");
+  EXPECT_EQ(load(host, 63348), "0");
   KelSetHostString(63348, "other");
-  EXPECT_EQ(LoadStringA(host, 63348, buffer, sizeof buffer), 5);
-  EXPECT_EQ(LoadStringA(nullptr, 63348, buffer, sizeof buffer), 0);
+  EXPECT_EQ(load(host, 63348), "5other");
+  EXPECT_EQ(load(nullptr, 63348).front(), '0');
   EXPECT_EQ(GetModuleHandleA("other"), nullptr);
   KelResetHostStrings();
 }

@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "compound/format.h"
+#include "save/kelsave_files.h"
 #include "tests/failing_memory.h"
 #include "tests/folder.h"
 #include "tests/platform/read_storage.h"
@@ -17,7 +18,6 @@
 
 namespace {
 
-constexpr DWORD Mode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
 constexpr std::uint32_t End = MarkEndOfChain;
 const char* const Whole = " Large5000 Small700 Storage Inner0";
 
@@ -26,25 +26,15 @@ const char* const Whole = " Large5000 Small700 Storage Inner0";
 /// (15).
 enum : std::uint32_t { Root, Large, Small, Storage, Inner, Unused, Sectors = 16 };
 
-void WriteStream(IStorage* storage, const wchar_t* name, ULONG size) {
-  IStream* stream = nullptr;
-  ASSERT_EQ(S_OK, storage->CreateStream(name, Mode, 0, 0, &stream));
-  std::string bytes(size, '\0');
-  std::iota(bytes.begin(), bytes.end(), static_cast<char>(*name));
-  EXPECT_EQ(S_OK, stream->Write(bytes.data(), size, nullptr));
-  stream->Release();
-}
-
 std::string MakeGood() {
   const Folder folder;
-  IStorage* root = model::CreateFile(folder.Path("good"), 512);
-  IStorage* storage = nullptr;
-  WriteStream(root, L"Large", 5000);
-  WriteStream(root, L"Small", 700);
-  EXPECT_EQ(S_OK, root->CreateStorage(L"Storage", Mode, 0, 0, &storage));
-  WriteStream(storage, L"Inner", 0);
-  storage->Release();
-  root->Release();
+  kel::Storage root(model::CreateFile(folder.Path("good"), 512));
+  std::string bytes(5000, '\0');
+  std::iota(bytes.begin(), bytes.end(), 'a');
+  kel::WriteAll(*kel::CreateStream(*root, L"Large"), bytes);
+  kel::WriteAll(*kel::CreateStream(*root, L"Small"), bytes.substr(1, 700));
+  kel::CreateStream(*kel::CreateStorage(*root, L"Storage"), L"Inner");
+  root.reset();
   return folder.Text("good");
 }
 
@@ -312,26 +302,24 @@ TEST(SpoiledFiles, EveryAllocationFails) {
     EXPECT_TRUE(result == S_OK || result == E_OUTOFMEMORY);
   };
   for (int n = 0, hasFailed = 1; hasFailed != 0; ++n) {
-    IStorage* root = nullptr;
-    IStream* stream = nullptr;
+    IStorage* opened = nullptr;
+    IStream* read = nullptr;
     IEnumSTATSTG* list = nullptr;
     char bytes[5000];
     {
       const FailingMemory memory(n, false);
-      expect(StgOpenStorage(path.c_str(), nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &root));
-      if (root != nullptr) {
-        expect(root->EnumElements(0, nullptr, 0, &list));
-        expect(root->OpenStream(L"large", nullptr, STGM_SHARE_EXCLUSIVE, 0, &stream));
-        if (stream != nullptr) expect(stream->Read(bytes, sizeof bytes, nullptr));
+      expect(StgOpenStorage(path.c_str(), nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &opened));
+      if (opened != nullptr) {
+        expect(opened->EnumElements(0, nullptr, 0, &list));
+        expect(opened->OpenStream(L"large", nullptr, STGM_SHARE_EXCLUSIVE, 0, &read));
+        if (read != nullptr) expect(read->Read(bytes, sizeof bytes, nullptr));
       }
       hasFailed = memory.Reached() ? 1 : 0;
     }
-    if (stream != nullptr) {
-      EXPECT_EQ(S_OK, stream->Read(bytes, sizeof bytes, nullptr));
-      stream->Release();
-    }
+    const kel::Storage root(opened);
+    const kel::Stream stream(read);
     if (list != nullptr) list->Release();
-    if (root != nullptr) root->Release();
+    EXPECT_TRUE(stream == nullptr || stream->Read(bytes, sizeof bytes, nullptr) == S_OK);
   }
 }
 
@@ -353,13 +341,9 @@ TEST(SpoiledFiles, NoMemoryToFindWith) {
 TEST(SpoiledFiles, DepthCostsNoCalls) {
   constexpr std::uint32_t count = 100000;
   const Folder folder;
-  IStorage* root = model::CreateFile(folder.Path("file"), 4096);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    IStorage* made = nullptr;
-    ASSERT_EQ(S_OK, root->CreateStorage(std::to_wstring(i).c_str(), Mode, 0, 0, &made));
-    made->Release();
-  }
-  root->Release();
+  kel::Storage root(model::CreateFile(folder.Path("file"), 4096));
+  for (std::uint32_t i = 0; i < count; ++i) kel::CreateStorage(*root, std::to_wstring(i));
+  root.reset();
   std::string bytes = folder.Text("file");
   CompoundHeader header;
   std::memcpy(&header, bytes.data(), sizeof header);

@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "save/kelsave_files.h"
 #include "tests/platform/read_storage.h"
 
 namespace model {
@@ -234,23 +235,15 @@ class Run {
   }
 
   void Enumerate() {
-    OpenStorage& parent = AnyStorage();
-    IEnumSTATSTG* enumerator = nullptr;
-    ASSERT_EQ(S_OK, parent.storage->EnumElements(0, nullptr, 0, &enumerator));
-    std::map<std::u16string, std::pair<DWORD, std::uint64_t>, NameOrder> found, expected;
+    const OpenStorage& parent = AnyStorage();
+    const std::vector<kel::Element> found = kel::List(*parent.storage);
+    ASSERT_EQ(parent.node->children.size(), found.size());
+    auto element = found.begin();
     for (const auto& [name, child] : parent.node->children) {
-      expected[name] = {child->isStorage ? STGTY_STORAGE : STGTY_STREAM, child->bytes.size()};
+      ASSERT_EQ(name, Utf16(element->name));
+      ASSERT_EQ(child->isStorage, element->isStorage);
+      ASSERT_EQ(child->bytes.size(), (element++)->size);
     }
-    STATSTG stat[3];
-    ULONG fetched = 0;
-    while (SUCCEEDED(enumerator->Next(3, stat, &fetched)) && fetched != 0) {
-      for (ULONG i = 0; i < fetched; ++i) {
-        found[Utf16(stat[i].pwcsName)] = {stat[i].type, stat[i].cbSize.QuadPart};
-        CoTaskMemFree(stat[i].pwcsName);
-      }
-    }
-    EXPECT_EQ(0U, enumerator->Release());
-    ASSERT_EQ(expected, found);
   }
 
   /// After a commit the file is complete as it stands.

@@ -2,11 +2,11 @@
 
 #include <sys/stat.h>
 
-#include <cstdio>
 #include <cstring>
 #include <cwchar>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/path.h"
 #include "platform/window.h"
@@ -18,16 +18,6 @@ const std::string Title = "less than a sector";
 const std::string Meshes(600000, 'm');  // more than a piece of the file
 constexpr unsigned char SceneClass[] = {0x91, 0x0C, 0x3E, 0x5A, 0x7D, 0x2B, 0x16, 0x4F,
                                         0x8C, 0x4A, 0xD0, 0x7E, 0x93, 0xB1, 0xF2, 0x58};
-
-/// Arguments as a text that takes no memory.
-struct Shown {
-  char text[40];
-
-  template <typename... Arguments>
-  explicit Shown(const char* format, Arguments... arguments) {
-    std::snprintf(text, sizeof text, format, arguments...);
-  }
-};
 
 }  // namespace
 
@@ -45,9 +35,13 @@ bool RecordingHost::IsWhole(const std::string& path) {
          holds(u"Title", Title) && holds(u"Meshes", Meshes);
 }
 
-void RecordingHost::Note(const char* call, const char* arguments) {
+void RecordingHost::Note(const char* call, std::initializer_list<int> numbers) {
   if (!calls.empty()) calls += ' ';
-  calls.append(call).append(arguments);
+  calls += call;
+  char separator = ':';
+  for (const int number : numbers) {
+    (calls += std::exchange(separator, ',')) += std::to_string(number);  // too short for the heap
+  }
   const std::size_t length = calls.size();
   if (SaveToFileDLL("nested", 1, 0, 0) != 1 || calls.size() != length) calls += "[nested save]";
   if (KelCurrentCursor() != 32514) calls += "[cursor]";
@@ -57,15 +51,9 @@ void RecordingHost::Note(const char* call, const char* arguments) {
 // When the outcome is reported only the reference that the host took for itself may be left.
 void RecordingHost::NoteOutcome(const char* call) {
   Note(call);
-  if (kept_ == nullptr) return;
-  kept_->AddRef();
-  if (kept_->Release() != 1) calls += "[storage held]";
-}
-
-ULONG RecordingHost::ReleaseKept() {
-  IStorage* storage = kept_;
-  kept_ = nullptr;
-  return storage == nullptr ? 0 : storage->Release();
+  if (kept == nullptr) return;
+  kept->AddRef();
+  if (kept->Release() != 1) calls += "[storage held]";
 }
 
 int RecordingHost::Write(const char* writer, const wchar_t* name, const std::string& bytes) {
@@ -86,41 +74,23 @@ int RecordingHost::SaveScene(void* scene) {
 
 int RecordingHost::SaveSection4() { return Write("SaveSection4", L"Meshes", Meshes); }
 
-int RecordingHost::SaveSection1() {
-  Note("SaveSection1");
-  return failing == "SaveSection1" || FAILED(storage_->Commit(STGC_DEFAULT)) ? 1 : 0;
-}
-
-void* RecordingHost::OpenScene(const wchar_t* name, int code, int sceneArgument) {
-  const char* known = std::wcscmp(name, L"Scene") == 0 ? "Scene" : "?";
-  Note("OpenScene:", Shown("%s,%d,%d", known, code, sceneArgument).text);
-  return this;
-}
-
 int RecordingHost::FileExists(const char* fileName) {
   const NativePath path(fileName);
   struct stat status;
-  Note("FileExists:", std::strrchr(path.Text(), '/') + 1);
+  Note("FileExists:");
+  calls += std::strrchr(path.Text(), '/') + 1;
   return stat(path.Text(), &status) == 0 ? 1 : 0;
 }
 
-void RecordingHost::UpdateAfterSave(int first, int second) {
-  Note("UpdateAfterSave:", Shown("%d,%d", first, second).text);
-}
-
-void RecordingHost::RunAfterSaveStep(int step) {
-  Note("RunAfterSaveStep:", Shown("%d", step).text);
-}
-
-const char* RecordingHost::GetDirectory(int number) {
-  Note("GetDirectory:", Shown("%d", number).text);
-  return directory.c_str();
+void* RecordingHost::OpenScene(const wchar_t* name, int code, int sceneArgument) {
+  Note(std::wcscmp(name, L"Scene") == 0 ? "OpenScene" : "?", {code, sceneArgument});
+  return this;
 }
 
 void RecordingHost::SetStorage(IStorage* storage) {
   Note(storage == nullptr ? "SetStorage:null" : "SetStorage");
   storage_ = storage;
   if (!keepsStorage || storage == nullptr) return;
-  kept_ = storage;
-  kept_->AddRef();
+  kept.reset(storage);
+  kept->AddRef();
 }

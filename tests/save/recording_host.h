@@ -2,8 +2,10 @@
 
 #include <kelsave.h>
 
+#include <initializer_list>
 #include <string>
 
+#include "save/kelsave_files.h"
 #include "tests/folder.h"
 
 /// A host that writes two streams as a careful one does, and writes down every operation that the
@@ -24,19 +26,21 @@ class RecordingHost : public SaveInterface {
   int hasAfterSteps = 0;
   bool section5First = true;
   bool alternateName = false;
-  bool keepsStorage = false;  // holds a reference of its own until ReleaseKept
+  bool keepsStorage = false;  // holds a reference of its own, in `kept`
 
   // What was called, separated by blanks.
   std::string calls;
 
-  /// Releases the reference that was kept; returns how many are left (0 if none was kept).
-  ULONG ReleaseKept();
+  kel::Storage kept;
 
   /// Whether a file is all that this host writes, as the library should have made it.
   static bool IsWhole(const std::string& path);
 
   int SaveScene(void* scene) override;
-  int SaveSection1() override;
+  int SaveSection1() override {
+    return Answer("SaveSection1",
+                  failing == "SaveSection1" || FAILED(storage_->Commit(STGC_DEFAULT)));
+  }
   int SaveSection2() override { return Answer("SaveSection2", failing == "SaveSection2"); }
   int SaveSection3() override { return Answer("SaveSection3", failing == "SaveSection3" ? -1 : 0); }
   int SaveSection4() override;
@@ -45,32 +49,36 @@ class RecordingHost : public SaveInterface {
   bool UseAlternateBackupName() override { return Answer("UseAlternateBackupName", alternateName); }
   void* OpenScene(const wchar_t* name, int code, int sceneArgument) override;
   int FileExists(const char* fileName) override;
-  void UpdateAfterSave(int first, int second) override;
+  void UpdateAfterSave(int first, int second) override { Note("UpdateAfterSave", {first, second}); }
   void PrepareSave() override { Note("PrepareSave"); }
   int NeedsPrepareSave() override { return Answer("NeedsPrepareSave", needsPrepare); }
-  const char* GetDirectory(int number) override;
-  void RunAfterSaveStep(int step) override;
+  const char* GetDirectory(int number) override {
+    return Answer("GetDirectory", directory.c_str(), {number});
+  }
+  void RunAfterSaveStep(int step) override { Note("RunAfterSaveStep", {step}); }
   int HasAfterSaveSteps() override { return Answer("HasAfterSaveSteps", hasAfterSteps); }
   void SetStorage(IStorage* storage) override;
   int WantsBackup() override { return Answer("WantsBackup", wantsBackup); }
   void SaveFailed() override { NoteOutcome("SaveFailed"); }
-  void AnnounceSection(const char* name) override { Note("Announce:", name); }
+  void AnnounceSection(const char* name) override {
+    Note("Announce:");
+    calls += name;
+  }
   void MarkSaved() override { NoteOutcome("MarkSaved"); }
   bool SaveSection5First() override { return Answer("SaveSection5First", section5First); }
 
  private:
-  void Note(const char* call, const char* arguments = "");
+  void Note(const char* call, std::initializer_list<int> numbers = {});
   void NoteOutcome(const char* call);
   int Write(const char* writer, const wchar_t* name, const std::string& bytes);
 
   template <typename Result>
-  Result Answer(const char* call, Result result) {
-    Note(call);
+  Result Answer(const char* call, Result result, std::initializer_list<int> numbers = {}) {
+    Note(call, numbers);
     return result;
   }
 
   IStorage* storage_ = nullptr;  // the library's
-  IStorage* kept_ = nullptr;
 };
 
 /// A save that is about to be made: an old file of the text "old" lies in the folder.

