@@ -185,8 +185,9 @@ TEST_P(StorageDisk, ReallyFull) {
     model::Node model{true};
     IStorage* root = Create(file, GetParam());
     HRESULT result = S_OK;
-    for (unsigned i = 0; i < 9 && result == S_OK; ++i) {
-      result = model::Put(*root, model, model::Numbered(u"s", i), std::string(100 << i, 's'));
+    for (unsigned i = 0; i < 60 && result == S_OK; ++i) {
+      const std::string bytes(i == 0 ? 70000 : 3000, 's');
+      result = model::Put(*root, model, model::Numbered(u"s", i), bytes);
     }
     root->Release();
     EXPECT_EQ(less > 0 ? STG_E_MEDIUMFULL : S_OK, result);
