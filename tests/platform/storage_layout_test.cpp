@@ -37,7 +37,7 @@ TEST(StorageLayout, LockedSectorAnywhere) {
       model::ExpectFileHolds(path, *model, faults.parameters);
       for (const HRESULT fault : faults.results) EXPECT_EQ(STG_E_MEDIUMFULL, fault);
       const std::uint64_t size = std::filesystem::file_size(path);
-      EXPECT_TRUE(!isSmall || (size <= lock && size + 2048 > lock)) << size;
+      EXPECT_TRUE(!isSmall || (size <= lock && size + 4096 > lock)) << size;
     }
   }
 }

@@ -121,7 +121,9 @@ class Run {
 
   Place AnyPlace() {
     const OpenStorage& parent = AnyStorage();
-    const std::wstring& name = Names[Below(std::size(Names))];
+    const std::size_t number = Below(2 * std::size(Names));
+    const std::wstring name =
+        number < std::size(Names) ? Names[number] : L"d" + std::to_wstring(number);
     const auto found = parent.node->children.find(Utf16(name));
     return {parent, name, found == parent.node->children.end() ? nullptr : found->second};
   }
