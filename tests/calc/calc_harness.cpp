@@ -9,7 +9,6 @@
 #include <functional>
 #include <iterator>
 
-#include "calc/character_source.h"
 #include "calc/reader.h"
 #include "calc/run.h"
 
@@ -56,7 +55,7 @@ void RunObject(CaInterpreter& interpreter, const CaObject& object) {
 }  // namespace
 
 Written Calculator::RunObjects(std::string_view text) {
-  CaCharacterSource source(text);
+  CaCharacterSource source = InBlocks(text, text.size() % 8 + 1);
   interpreter.input = &source;
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
@@ -71,15 +70,21 @@ Written Calculator::RunObjects(std::string_view text) {
   }
 }
 
-void RunPrograms(std::span<const Program> programs) {
-  for (const Program& program : programs) {
-    const Written written = Calculator().Run(program.text);
-    EXPECT_EQ(written.output, program.output) << "output of: " << program.text;
-    EXPECT_EQ(written.errors, program.errors) << "errors of: " << program.text;
-    const Written byObjects = Calculator().RunObjects(program.text);
-    EXPECT_EQ(byObjects.output, written.output) << "by objects: " << program.text;
-    EXPECT_EQ(byObjects.errors, written.errors) << "by objects: " << program.text;
-  }
+void RunProgram(const Program& program) {
+  const Written written = Calculator().Run(program.text);
+  EXPECT_EQ(written.output, program.output) << "output of: " << program.text;
+  EXPECT_EQ(written.errors, program.errors) << "errors of: " << program.text;
+  const Written byObjects = Calculator().RunObjects(program.text);
+  EXPECT_EQ(byObjects.output, written.output) << "by objects: " << program.text;
+  EXPECT_EQ(byObjects.errors, written.errors) << "by objects: " << program.text;
+}
+
+CaCharacterSource InBlocks(std::string_view text, std::size_t size) {
+  return CaCharacterSource([text, size](char* block, std::size_t) mutable {
+    const std::size_t count = text.copy(block, size);
+    text.remove_prefix(count);
+    return static_cast<std::ptrdiff_t>(count);
+  });
 }
 
 std::string Repeat(std::string_view unit, int count) {

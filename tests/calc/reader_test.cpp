@@ -10,30 +10,26 @@
 namespace {
 
 using namespace std::string_literals;
-using namespace std::string_view_literals;
 
 // The rest of the tokens is in tests/programs/reader.txt.
-constexpr Program UnprintableBytes[] = {
+const Program UnprintableBytes[] = {
     {"\x01\t\r\n\v\f\x1f,\x7f 5 # ", " 5.000000\n", ""},
-    {"[a\0 5 # "sv, " 5.000000\n", ""},
+    {"[a\0 5 # "s, " 5.000000\n", ""},
     {"[a\xff 5 # ", " 5.000000\n", ""},
     {"[a\\\xff 5 # ", " 5.000000\n", ""},
-    {"( ) \0 _ . 5 # "sv, " 5.000000\n", "Problem in format of number\n"},
-    {"\"a\0 # "sv, " \"a\"\n", ""},
-    {"\"a\\\0 # "sv, " \"a\"\n", ""},  // an escaped one ends it, too
+    {"( ) \0 _ . 5 # "s, " 5.000000\n", "Problem in format of number\n"},
+    {"\"a\0 # "s, " \"a\"\n", ""},
+    {"\"a\\\0 # "s, " \"a\"\n", ""},  // an escaped one ends it, too
     {"\"\xff\x80\" # ", " \"\xff\x80\"\n", ""},
 };
 
-TEST(Reader, UnprintableBytes) { RunPrograms(UnprintableBytes); }
+TEST(Reader, UnprintableBytes) {
+  for (const Program& program : UnprintableBytes) RunProgram(program);
+}
 
-struct End {
-  std::string_view text;
-  std::string_view written;
-  std::string_view left;  // on the stack
-};
-
-// An operator or a name is dispatched only when a character stands behind it.
-constexpr End Ends[] = {
+// A text, what it writes, and what it leaves on the stack. An operator or a name is dispatched only
+// when a character stands behind it.
+constexpr std::string_view Ends[][3] = {
     {"5 # 6 -", " 5.000000\n", " 6.000000\n"},
     {"5 x : x", "", ""},
     {";build", "", ""},

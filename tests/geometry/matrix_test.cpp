@@ -1,6 +1,7 @@
 #include "geometry/matrix.h"
 
 #include <array>
+#include <tuple>
 
 #include "tests/geometry/random_geometry.h"
 
@@ -45,21 +46,17 @@ TEST(Matrix, SettersAndKinds) {
 }
 
 TEST(Matrix, AxesOfRotVec) {
-  struct {
-    CyVector axis;
-    void (CyMatrix::*turn)(double) noexcept;
-    double degrees;
-  } const rows[] = {
+  const std::tuple<CyVector, void (CyMatrix::*)(double) noexcept, double> rows[] = {
       {{0, 0, 0}, &CyMatrix::RotZ, 30},    {{0, 0, -1}, &CyMatrix::RotZ, -30},
       {{0, 0, -0.0}, &CyMatrix::RotZ, 30}, {{0.0009, -0.0009, 5}, &CyMatrix::RotZ, 30},
       {{-2, 0, 0}, &CyMatrix::RotX, -30},  {{0, 3, 0.0009}, &CyMatrix::RotY, 30},
       {{0, -3, 0}, &CyMatrix::RotY, -30},
   };
-  for (const auto& row : rows) {
+  for (const auto& [axis, turn, degrees] : rows) {
     CyMatrix expected;
-    (expected.*row.turn)(row.degrees);
-    EXPECT_TRUE(Same(About(row.axis, 30), expected));
-    EXPECT_EQ(About(row.axis, 30).kind, MatRotate);
+    (expected.*turn)(degrees);
+    EXPECT_TRUE(Same(About(axis, 30), expected));
+    EXPECT_EQ(About(axis, 30).kind, MatRotate);
   }
 }
 

@@ -17,6 +17,7 @@ inline constexpr double Infinity = std::numeric_limits<double>::infinity();
 inline constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 
 using Numbers = std::vector<double>;
+inline Numbers NumbersOf(const Numbers& numbers) { return numbers; }
 inline Numbers NumbersOf(double number) { return {number}; }
 inline Numbers NumbersOf(const CyVector& v) { return {v.x, v.y, v.z}; }
 inline Numbers NumbersOf(const CyQuaternion& q) { return {q.w, q.v.x, q.v.y, q.v.z}; }
