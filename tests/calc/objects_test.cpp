@@ -76,7 +76,10 @@ TEST(Interpreter, FindsVariablesAfterAnyChangeOfTheirList) {
     const std::string name(1, "xyzq"[random() % 4]);
     const CaValue value(static_cast<double>(i));
     const auto change = random() % 8;
-    if (change == 0) interpreter.DefineVariable(CaVariable(name.c_str(), &value));
+    if (change == 0) {
+      interpreter.DefineVariable(CaVariable(name.c_str(), &value));
+      EXPECT_EQ(list.head->payload->Name(), name);
+    }
     if (change == 1) Delete(list.PopFront());
     if (change == 2) Delete(list.PopBack());
     if (change == 3 && node != nullptr) Delete(std::exchange(node->payload, nullptr));

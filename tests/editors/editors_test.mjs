@@ -62,18 +62,16 @@ async function textmateClasses() {
   };
 }
 
+const folder = fs.mkdtempSync(path.join(os.tmpdir(), "kel-editors-"));
+process.on("exit", () => fs.rmSync(folder, { recursive: true }));
+
 function vimClasses(text) {
-  const folder = fs.mkdtempSync(path.join(os.tmpdir(), "kel-editors-"));
-  try {
-    fs.writeFileSync(path.join(folder, "text.3dc"), text);
-    execFileSync("vim", ["-N", "-u", "NONE", "-i", "NONE", "-n", "-es",
-      "--cmd", `set runtimepath^=${sources}/editors/vim`, "-c", "filetype on", "-c", "syntax on",
-      "-c", "edit text.3dc", "-S", path.join(sources, "tests/editors/classes.vim")],
-    { cwd: folder, env: { ...process.env, KEL_CLASSES: path.join(folder, "classes") } });
-    return fs.readFileSync(path.join(folder, "classes"), "utf8").replace(/\n$/, "");
-  } finally {
-    fs.rmSync(folder, { recursive: true });
-  }
+  fs.writeFileSync(path.join(folder, "text.3dc"), text);
+  execFileSync("vim", ["-N", "-u", "NONE", "-i", "NONE", "-n", "-es",
+    "--cmd", `set runtimepath^=${sources}/editors/vim`, "-c", "filetype on", "-c", "syntax on",
+    "-c", "edit text.3dc", "-S", path.join(sources, "tests/editors/classes.vim")],
+  { cwd: folder, env: { ...process.env, KEL_CLASSES: path.join(folder, "classes") } });
+  return fs.readFileSync(path.join(folder, "classes"), "utf8").replace(/\n$/, "");
 }
 
 function expect(name, text, classes, wanted) {
@@ -81,19 +79,16 @@ function expect(name, text, classes, wanted) {
 }
 
 const textmateOf = await textmateClasses();
-const both = [["TextMate", textmateOf], ["vim", vimClasses]];
-
-for (const [name, classesOf] of both) {
-  const text = table.map(([program]) => program).join("\n");
-  expect(name, text, classesOf(text), table.map(([, classes]) => classes).join("\n"));
-}
 
 // Every word that the calculator knows, and no other.
 const list = execFileSync(kelcalc, ["--list"], { encoding: "utf8" });
 const words = [...list.matchAll(/^ {2}(;\w+|[^\s\w]+) /gm)].map((match) => match[1]);
 assert.ok(words.length >= 59, `only ${words.length} words in the list`);
 const known = words.join("\n");
-for (const [name, classesOf] of both) {
+
+const rows = table.map(([program]) => program).join("\n");
+for (const [name, classesOf] of [["TextMate", textmateOf], ["vim", vimClasses]]) {
+  expect(name, rows, classesOf(rows), table.map(([, classes]) => classes).join("\n"));
   expect(name, known, classesOf(known).replace(/[fo<{]/g, "k"), known.replace(/./g, "k"));
 }
 
