@@ -76,8 +76,8 @@ constexpr CyVector operator*(double s, const CyVector& a) noexcept { return a * 
 
 /// Each component divided by `s`.
 /// Deliberate: unlike the division of a quaternion this tests nothing; a divisor of zero gives
-/// infinities, and not-a-number for a component of zero. Held by DivisionByZero in
-/// vector_test.cpp.
+/// infinities, and not-a-number for a component of zero. Held by AtTheBoundsOfLengths
+/// in exact_bits_test.cpp.
 constexpr CyVector operator/(const CyVector& a, double s) noexcept {
   return {a.x / s, a.y / s, a.z / s};
 }
