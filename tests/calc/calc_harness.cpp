@@ -18,7 +18,7 @@ void KeepForTheFuzzer(std::string_view text) {
   const char* folder = std::getenv("KEL_CORPUS");
   if (folder == nullptr || text.size() > 4096) return;
   const std::size_t name = std::hash<std::string_view>{}(text);
-  WriteTextFile((std::filesystem::path(folder) / std::to_string(name)).string().c_str(), text);
+  std::ofstream(std::filesystem::path(folder) / std::to_string(name), std::ios::binary) << text;
 }
 
 }  // namespace
@@ -91,10 +91,6 @@ std::string Repeat(std::string_view unit, int count) {
   std::string text;
   for (int i = 0; i < count; ++i) text += unit;
   return text;
-}
-
-void WriteTextFile(const char* path, std::string_view text) {
-  std::ofstream(path, std::ios::binary) << text;
 }
 
 std::string ReadTextFile(const char* path) {

@@ -45,8 +45,5 @@ CaCharacterSource InBlocks(std::string_view text, std::size_t size);
 /// `count` times `unit`.
 std::string Repeat(std::string_view unit, int count);
 
-/// Replaces the file at `path` by `text`, byte by byte.
-void WriteTextFile(const char* path, std::string_view text);
-
 /// The bytes of the file at `path`; a missing file reads as "(no file)".
 std::string ReadTextFile(const char* path);

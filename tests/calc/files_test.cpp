@@ -36,7 +36,7 @@ TEST_F(Files, WrittenFilesRunBackAndReverseTheOrder) {
       " s(1.000000, 1.000000, 2.000000)\ns : \n"
       " \"a b\"\ntext : \n"
       " -2.500000\nreal : \n";
-  WriteTextFile("first.3dc", Text);
+  folder.Put("first.3dc", std::string(Text));
   const Written written = calculator.Run("\"first\" ;read \"second\" ;write ## ");
   EXPECT_EQ(written.output + written.errors, "");
   EXPECT_TRUE(ReadTextFile("second.3dc").starts_with(" -2.500000\nreal : \n \"a b\"\ntext : \n"));
@@ -71,7 +71,7 @@ constexpr std::string_view ReadCases[][3] = {
 
 TEST_F(Files, ReadRunsTheFile) {
   for (const auto& [file, program, output] : ReadCases) {
-    WriteTextFile("f.3dc", file);
+    folder.Put("f.3dc", std::string(file));
     EXPECT_EQ(Calculator().Run(program).output, output) << file;
   }
 }
@@ -118,7 +118,7 @@ TEST_F(Files, NamesAreCutAt255Characters) {
 }
 
 TEST_F(Files, AFileThatReadsItselfEndsAtADepthAndUnwinds) {
-  WriteTextFile("self.3dc", "n 1 + n : \"self\" ;read \"back\" # ");
+  folder.Put("self.3dc", "n 1 + n : \"self\" ;read \"back\" # ");
   const Written written = calculator.Run("0 n : \"self\" ;read n # ## ");
   EXPECT_EQ(written.errors, " Can't open file self.3dc!\n\a \n");
   const auto depth = std::count(written.output.begin(), written.output.end(), 'b');
@@ -133,7 +133,7 @@ TEST_F(Files, TenThousandReadsInOneRun) {
   const rlimit few{64, 64};
   setrlimit(RLIMIT_NOFILE, &few);
 #endif
-  WriteTextFile("one.3dc", "n 1 + n : ");
+  folder.Put("one.3dc", "n 1 + n : ");
   const Written written = calculator.Run("0 n : " + Repeat("\"one\" ;read ", 10000) + "n # ");
   EXPECT_EQ(written.output, " 10000.000000\n");
   EXPECT_EQ(written.errors, "");
