@@ -33,7 +33,10 @@ sed -n '/^```cpp$/,/^```$/{/^```/d;p}' README.md >consumer/main.cpp
 cmake -S consumer -B built -DCMAKE_BUILD_TYPE=Release >log
 cmake --build built >log || { cat log; exit 1; }
 (cd built && ./host && compound_check scene.kel)
-[ -f /usr/share/doc/kelsave/examples/scene_host/CMakeLists.txt ]
+cp -r /usr/share/doc/kelsave/examples/scene_host copied
+cmake -S copied -B copied_built >log
+cmake --build copied_built >log || { cat log; exit 1; }
+copied_built/scene_host . >log || { cat log; exit 1; }
 
 dpkg -P libkelsave-dev kelcalc kelsave-doc libkelsave0 >log || { cat log; exit 1; }
 files >after
