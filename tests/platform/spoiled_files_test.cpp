@@ -141,7 +141,10 @@ auto Header(Type CompoundHeader::*field, std::uint32_t value) {
 }
 template <class Type>
 auto Entry(std::uint32_t number, Type CompoundEntryRecord::*field, std::uint64_t value) {
-  return [=](Image& i) { i.entries[number].*field = static_cast<Type>(value); };
+  return [=](Image& i) {
+    const auto given = static_cast<Type>(value);
+    std::memcpy(&(i.entries[number].*field), &given, sizeof given);  // it may stand anywhere
+  };
 }
 auto Name(std::uint32_t number, const char16_t* name) {
   return [=](Image& i) { i.Rename(number, name); };
