@@ -344,8 +344,9 @@ TEST_F(StorageInterface, ReadersAndWritersOfOneFile) {
   const std::string whole = folder.Text("file.cfb");
   kel::Storage reader(OpenForReading(file, &result));
   const kel::Stream stream = kel::OpenStream(*reader, L"STREAM");
-  kel::Storage(OpenForReading(file, &result));
+  kel::Storage second(OpenForReading(file, &result));
   EXPECT_EQ(S_OK, result) << "two readers";
+  second.reset();
   IStorage* refused = nullptr;
   EXPECT_EQ(STG_E_SHAREVIOLATION,
             StgOpenStorage(path.c_str(), nullptr, STGM_SHARE_EXCLUSIVE, nullptr, 0, &refused));

@@ -414,7 +414,8 @@ void Flatten(const Node& node, const std::u16string& path, Found& all) {
   element.children.clear();
   element.opened = 0;
   for (const auto& [name, child] : node.children) {
-    Flatten(*child, path.empty() ? name : path + u'/' + name, all);
+    std::u16string at = path.empty() ? path : path + u'/';
+    Flatten(*child, at += name, all);
   }
 }
 
