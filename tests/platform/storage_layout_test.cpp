@@ -42,6 +42,23 @@ TEST(StorageLayout, LockedSectorAnywhere) {
   }
 }
 
+// A random file seldom ends just before it.
+TEST(StorageLayout, LockedSectorInTheTables) {
+  const Folder folder;
+  const std::string path = folder.Path("file");
+  constexpr std::uint32_t locked = 40;
+  constexpr std::uint64_t lock = (locked + 2) * 4096 - 256;
+  for (std::size_t sectors = locked - 8; sectors < locked + 2; ++sectors) {
+    IStorage* root = nullptr;
+    model::Node model{true};
+    ASSERT_EQ(S_OK, CreateCompoundFile(path.c_str(), L"x", {4096, 4096, lock}, &root));
+    EXPECT_EQ(S_OK, model::Put(*root, model, u"stream", std::string(sectors * 4096, 's')));
+    EXPECT_EQ(0U, root->Release());
+    SCOPED_TRACE(sectors);
+    model::ExpectFileHolds(path, model, {4096, lock});
+  }
+}
+
 TEST(StorageLayout, TreesOfEverySizeAreRedBlack) {
   const Folder folder;
   for (int count = 1; count < 140 && !HasFailure(); ++count) {
