@@ -91,7 +91,7 @@ inline CaValue ProductOfRotations(const CaValue& a, const CaValue& b) {
 }
 
 /// Deliberate: the processor would stop at these two; here the operator fails, silently, and the
-/// operands stay. Held by "Least" in objects_test.cpp.
+/// operands stay. Held by WrapAndDivideTowardsZero in objects_test.cpp.
 inline bool HasNoQuotient(std::int32_t dividend, std::int32_t divisor) {
   return divisor == 0 || (divisor == -1 && dividend == std::numeric_limits<std::int32_t>::min());
 }
