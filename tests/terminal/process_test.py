@@ -207,14 +207,14 @@ class OptionsTest(ProcessTest):
                                  words)
         os.symlink(ROOT / "tools/kelcalc/kelcalc.zsh", "_kelcalc")
         zsh = Terminal(["/bin/zsh", "-f"], environment)
-        self.addCleanup(zsh.kill)
+        self.addCleanup(zsh.close)
         zsh.send("fpath=($PWD $fpath); autoload -Uz compinit; compinit -D -u; PS1=READY\r")
-        zsh.expect("PS1=READY")
-        zsh.expect("READY")
+        zsh.until("PS1=READY")
+        zsh.until("READY")
         zsh.send("kelcalc --str\t")
-        zsh.expect("--strict ")
+        zsh.until("--strict ")
         zsh.send("--explain sq\t")
-        zsh.expect("sqrt")
+        zsh.until("sqrt")
 
 
 if __name__ == "__main__":

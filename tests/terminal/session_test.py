@@ -1,40 +1,37 @@
 """kelcalc at a terminal: editing, history, completion, interrupts, the end of the input.
 
-Run as: session_test.py KELCALC EDITING ROOT, where EDITING is 1 when it was built with line
-editing and ROOT is the top of the sources.
+A third argument is 1 when it was built with line editing.
 """
 
 import contextlib
 import os
 import pathlib
 import re
+import signal
 import stat
 import sys
-import tempfile
 import time
 import unittest
 
+from process import KELCALC, ROOT, ProcessTest, main
 from terminal import Terminal
 
-KELCALC = ""
 TAB, UP, CTRL_C, CTRL_D, CTRL_U = "\t", "\x1b[A", "\x03", "\x04", "\x15"
 
-needs_editing = unittest.skipUnless(len(sys.argv) > 2 and sys.argv[2] == "1",
-                                    "built without line editing")
+needs_editing = unittest.skipUnless(sys.argv[3] == "1", "built without line editing")
 
 
-class Session(unittest.TestCase):
+class Session(ProcessTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.home = pathlib.Path(folder.name)
+        super().setUp()
+        self.home = pathlib.Path.cwd()
 
     @contextlib.contextmanager
     def start(self, *options, term="xterm", **variables):
         """A session that is ended by Ctrl-D."""
         terminal = Terminal([KELCALC, *options], {"HOME": str(self.home), **variables}, term)
-        self.addCleanup(terminal.kill)
-        terminal.expect("0> ")
+        self.addCleanup(terminal.close)
+        terminal.until("0> ")
         yield terminal
         terminal.send(CTRL_D)
         self.assertEqual(terminal.finish(), 0)
@@ -93,7 +90,7 @@ class Session(unittest.TestCase):
         self.assertEqual(kept.splitlines()[-2:], ['"a\\"b" text :', "v(1e-300, -0, 2) v :"])
         self.assertIn("2.3333333333333335\n", kept)
         terminal = Terminal([KELCALC], {"HOME": str(self.home)})
-        terminal.expect("0> ")
+        terminal.until("0> ")
         terminal.send(":quit\r")
         self.assertEqual(terminal.finish(), 0)
 
@@ -102,27 +99,27 @@ class Session(unittest.TestCase):
             with self.start(term=term) as terminal:
                 terminal.line("5", "1> ")
                 terminal.send("#!/usr/bin/env kelcalc\r1 [ a\r] 2\r+\r9\r")
-                self.assertEqual(terminal.expect("  0  real       9").count("  real "), 2)
-                terminal.expect("\n3> ")
+                self.assertEqual(terminal.until("  0  real       9").count("  real "), 2)
+                terminal.until("\n3> ")
                 self.assertRegex(terminal.line(":undo", "1> "), r"0  real +5\n")
 
     def test_the_stack_follows_the_width_of_the_terminal(self):
         with self.start() as terminal:
             terminal.line('"' + "é" * 90 + '"', "1> ")
             for columns in 40, 200, 60:
-                terminal.resize(columns)
+                terminal.setwinsize(25, columns)
                 shown = terminal.line("1 \\", "1> ").split("\n")[-2]
                 self.assertEqual(len(shown), min(columns, 16 + 92), shown)
 
     @needs_editing
     def test_every_byte_that_is_typed_is_kept(self):
-        typed = '"é–'.encode() + b'\xff\xe9\x80"'
+        typed = '"é–\udcff\udce9\udc80"'
         for variables in {}, {"LC_ALL": "C.UTF-8"}:
             with self.start(**variables) as terminal:
-                for keys in typed + b" #\r", UP.encode() + b"\r":
+                for keys in typed + " #\r", UP + "\r":
                     terminal.send(keys)
-                    terminal.expect("\n0> ")
-            self.assertEqual(terminal.raw.count(b"\n " + typed + b"\r\n"), 2)
+                    terminal.until("\n0> ")
+            self.assertEqual(terminal.raw.count(f"\n {typed}\r\n"), 2)
 
     # Interrupts
 
@@ -130,7 +127,7 @@ class Session(unittest.TestCase):
         for term in "xterm", "dumb":
             with self.start(term=term) as terminal:
                 terminal.send(CTRL_C)
-                terminal.expect("0> ")
+                terminal.until("0> ")
                 self.assertIn(" 7.000000\n", terminal.line("7 #", "0> "))
 
     def test_interrupt_drops_the_line_and_what_is_open(self):
@@ -139,7 +136,7 @@ class Session(unittest.TestCase):
             for opening, prompt in ("", "1> "), ('"one', '1" '), ("[ a", "1[ "), ("2 1 < {", "1{ "):
                 terminal.line(opening, prompt)
                 terminal.send("1 2 3" + CTRL_C)
-                terminal.expect("1> ")
+                terminal.until("1> ")
                 self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
             self.assertIn(" 5.000000\n", terminal.line("#", "0> "))
 
@@ -150,10 +147,10 @@ class Session(unittest.TestCase):
             terminal.send(f'"{pipe}" ;read 8 9\r')  # the rest of the line is dropped, too
             with open(pipe, "wb", buffering=0) as endless:
                 endless.write(b'"reading" # ')
-                terminal.expect(' "reading"\n')
+                terminal.until(' "reading"\n')
                 time.sleep(0.1)  # until it waits for more
-                terminal.interrupt()
-                terminal.expect("1> ")
+                terminal.kill(signal.SIGINT)
+                terminal.until("1> ")
             self.assertIn(" 7.000000\n", terminal.line("7 #", "1> "))
 
     def test_interrupt_stops_output_that_nobody_takes(self):
@@ -162,19 +159,19 @@ class Session(unittest.TestCase):
             terminal.send(f'"{self.home}/much.3dc" ;read\r')
             for _ in range(3):  # the first may meet a line that is half out
                 time.sleep(0.1)  # until the terminal is full
-                terminal.interrupt()
-            terminal.expect("\n1> ")
+                terminal.kill(signal.SIGINT)
+            terminal.until("\n1> ")
             terminal.send("7 #\r")
-            terminal.expect(" 7.000000\n1> ")
+            terminal.until(" 7.000000\n1> ")
 
     def test_interrupt_stops_a_read_without_tokens(self):
         with self.start("--no-stack") as terminal:
             self.assertNotIn("real", terminal.line("1 2", "2> "))
             terminal.send('"reading" # "/dev/../dev/zero" ;read\r')
-            terminal.expect(' "reading"\n')
+            terminal.until(' "reading"\n')
             time.sleep(0.1)  # until the read has begun
-            terminal.interrupt()
-            terminal.expect("3> ")
+            terminal.kill(signal.SIGINT)
+            terminal.until("3> ")
 
     # The end
 
@@ -216,18 +213,18 @@ class Session(unittest.TestCase):
             terminal.line("4 sideLength :", "0> ")
             self.assertIn(" 4.000000\n", terminal.line("sid" + TAB + "#", "0> "))
             terminal.send("1 ;at" + TAB + TAB)  # certain so far: "atan"; two names go on from there
-            terminal.expect("atan   atan2\n0> 1 ;atan")
+            terminal.until("atan   atan2\n0> 1 ;atan")
             terminal.send(CTRL_C)
-            terminal.expect("\n0> ")
+            terminal.until("\n0> ")
             (self.home / "some folder").mkdir()
             (self.home / "some folder/inner.3dc").write_text("8")
             terminal.send(f'"{self.home}/so' + TAB + "in" + TAB + " ;read" + CTRL_U)
-            terminal.expect('inner.3dc" ;read')
+            terminal.until('inner.3dc" ;read')
             self.assertIn("Topics", terminal.line(":he" + TAB, "0> "))
             terminal.send(TAB)
-            terminal.expect(":undo")
+            terminal.until(":undo")
             terminal.send("1 ~=" + TAB)
-            terminal.expect("~=   ~==")
+            terminal.until("~=   ~==")
             terminal.send(CTRL_C)
 
     # Terminals and pipes
@@ -237,13 +234,13 @@ class Session(unittest.TestCase):
                                           ("dumb", {}, False)):
             with self.start(term=term, **variables) as terminal:
                 terminal.line("1", "1> ")
-            self.assertEqual(b"\x1b[2m" in terminal.raw, coloured, (term, variables))
-            self.assertFalse(term == "dumb" and b"\x1b" in terminal.raw)
+            self.assertEqual("\x1b[2m" in terminal.raw, coloured, (term, variables))
+            self.assertFalse(term == "dumb" and "\x1b" in terminal.raw)
 
     # What the documents show
 
     def test_the_session_in_the_readme(self):
-        readme = (pathlib.Path(sys.argv[3]) / "README.md").read_text()
+        readme = (ROOT / "README.md").read_text()
         shown = re.search(r"```console\n\$ kelcalc\n(.*?)```", readme, re.DOTALL)[1]
         prompts = re.findall(r"^(\d+[>{\"\[]) ?(.*)$", shown, re.MULTILINE)
         with self.start(term="dumb") as terminal:
@@ -254,5 +251,4 @@ class Session(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    KELCALC = sys.argv[1]
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    main()
