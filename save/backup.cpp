@@ -32,7 +32,7 @@ const unsigned char* Bytes(const char* text) {
 }
 
 // Deliberate: only the backslash counts, so a path with '/' keeps its folders in the bare name.
-// Held by SparedNames in backup_test.cpp.
+// Held by "no bare name is compared" in backup_test.cpp.
 CStr BareName(const char* fileName) {
   CStr name(fileName);
   const int separator = name.last('\\');

@@ -1,20 +1,16 @@
 #!/usr/bin/env python3
-"""The page in a browser: it draws, it moves, and everything is where it should be.
+"""The page in a browser: it draws, it moves, and everything is where it should be."""
 
-Argument: the program kelcalc.
-"""
-
-import os
-import subprocess
+import pathlib
 import sys
-import tempfile
-import unittest
 
 from selenium.webdriver import Keys
 
 from browser import Browser
 
-KELCALC = os.path.abspath(sys.argv[1])
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "terminal"))
+import process
+
 ONE_OF_EACH = """p(0,0,0) here : p(4,0,0) east : p(0,2,0) north : p(4,2,3) high : v(1,1,1) wind :
 r(0,0,1,90) spin : m(1,0,0,2, 0,1,0,1, 0,0,-1,1) frame : s(1,1,1) size :
 42 answer : "<b>&</script>" words : p(1e99,0,0) far : """
@@ -40,21 +36,18 @@ PIXELS = COPY + """
     return [inked / (canvas.width * canvas.height), sum, [...data.slice(0, 3)]];"""
 
 
-class PageTest(unittest.TestCase):
+class PageTest(process.ProcessTest):
     @classmethod
     def setUpClass(cls):
-        cls.folder = cls.enterClassContext(tempfile.TemporaryDirectory())
         cls.browser = cls.enterClassContext(Browser())
 
     def setUp(self):
+        super().setUp()
         self.addCleanup(lambda: self.assertEqual(self.browser.get_log("browser"), []))
 
     def open(self, program):
-        path = os.path.join(self.folder, "picture.html")
-        done = subprocess.run([KELCALC, "--view", path], input=program, text=True, timeout=60,
-                              capture_output=True, check=True)
-        self.assertEqual(done.stderr, "")
-        self.browser.open(path)
+        self.assertEqual(process.run("--view", "picture.html", text=program), (0, "", ""))
+        self.browser.open(pathlib.Path("picture.html").resolve())
         return self.browser.run("return [kelview.camera.width, kelview.camera.height];")
 
     def camera(self, field):
@@ -180,4 +173,4 @@ class PageTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    process.main()

@@ -1,20 +1,19 @@
 #!/usr/bin/env python3
 """Drawings as pixels and models as the format's own validator sees them.
 
-Arguments: the program kelcalc, the folder that holds node_modules.
+A third argument is the folder that holds node_modules.
 """
 
 import json
-import os
 import pathlib
 import struct
 import subprocess
 import sys
-import tempfile
-import unittest
 
-KELCALC = os.path.abspath(sys.argv[1])
-MODULES = pathlib.Path(sys.argv[2]).resolve()
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "terminal"))
+import process
+
+MODULES = pathlib.Path(sys.argv[3]).resolve()
 VALIDATE = """
 const {readFileSync} = require("fs");
 require(process.argv[1]).validateBytes(new Uint8Array(readFileSync(process.argv[2])))
@@ -27,7 +26,7 @@ PAPER, DOT, AMBER, RED, BLUE = ((255,) * 3, (26,) * 3, (217, 140, 0), (209, 52, 
 
 
 def picture(name, program):
-    subprocess.run([KELCALC, "--view", name], input=program, text=True, check=True, timeout=120)
+    assert process.run("--view", name, text=program) == (0, "", "")
     return pathlib.Path(name)
 
 
@@ -50,13 +49,7 @@ class Pixels:
         return len(spots), middle
 
 
-class RenderTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(folder.name)
-
+class RenderTest(process.ProcessTest):
     def test_a_drawing_in_pixels(self):
         pixels = Pixels(picture("a.svg", "v(0,0,4) up : v(3,0,0) side : p(0,0,-1) low : "))
         self.assertEqual(pixels.at(1, 1), PAPER)
@@ -115,4 +108,4 @@ class RenderTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    process.main()
