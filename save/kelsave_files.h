@@ -239,10 +239,12 @@ inline std::vector<Element> List(IStorage& storage) {
       L"list", [&](IEnumSTATSTG** list) { return storage.EnumElements(0, nullptr, 0, list); });
   std::vector<Element> elements;
   STATSTG status = {};
-  while (items->Next(1, &status, nullptr) == S_OK) {
+  HRESULT result = S_OK;
+  while ((result = items->Next(1, &status, nullptr)) == S_OK) {
     elements.push_back(
         {detail::TakeName(status), status.type == STGTY_STORAGE, status.cbSize.QuadPart});
   }
+  if (FAILED(result)) throw Error(result, "list: " + TextOf(result));
   return elements;
 }
 

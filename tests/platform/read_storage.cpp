@@ -3,35 +3,32 @@
 #include <algorithm>
 #include <utility>
 
+#include "save/kelsave_files.h"
+
 namespace {
 
 constexpr DWORD Mode = STGM_READ | STGM_SHARE_EXCLUSIVE;
 
-void ReadStream(IStorage* storage, std::size_t most, ReadElement* element) {
-  IStream* stream = nullptr;
-  element->result = storage->OpenStream(element->name.c_str(), nullptr, Mode, 0, &stream);
-  if (FAILED(element->result)) return;
+void ReadStream(IStream& stream, std::size_t most, ReadElement* element) {
   ULONG got = 1;
   std::string piece(65536, '\0');
   while (SUCCEEDED(element->result) && got > 0 && element->bytes.size() < most) {
     const std::size_t part = std::min(piece.size(), most - element->bytes.size());
-    element->result = stream->Read(piece.data(), static_cast<ULONG>(part), &got);
+    element->result = stream.Read(piece.data(), static_cast<ULONG>(part), &got);
     element->bytes.append(piece, 0, got);
   }
-  stream->Release();
 }
 
 std::vector<ReadElement> List(IStorage* storage, std::size_t parent, HRESULT* result) {
   std::vector<ReadElement> elements;
   IEnumSTATSTG* list = nullptr;
   *result = storage->EnumElements(0, nullptr, 0, &list);
-  if (FAILED(*result)) return elements;
   STATSTG stat;
-  while (list->Next(1, &stat, nullptr) == S_OK) {
-    elements.push_back({parent, stat.pwcsName, stat, {}, S_OK});
-    CoTaskMemFree(std::exchange(elements.back().stat.pwcsName, nullptr));
+  while (SUCCEEDED(*result) && (*result = list->Next(1, &stat, nullptr)) == S_OK) {
+    elements.push_back({parent, kel::detail::TakeName(stat), stat, {}, S_OK});
   }
-  list->Release();
+  if (list != nullptr) list->Release();
+  if (*result == S_FALSE) *result = S_OK;
   return elements;
 }
 
@@ -48,31 +45,28 @@ std::vector<ReadElement> ReadAll(IStorage* root, std::size_t most) {
   std::vector<ReadElement> all(1);
   all[0].result = root->Stat(&all[0].stat, STATFLAG_NONAME);
   root->AddRef();
-  std::vector<std::pair<IStorage*, std::size_t>> waiting = {{root, 0}};
+  std::vector<std::pair<kel::Storage, std::size_t>> waiting;
+  waiting.emplace_back(root, 0);
   while (!waiting.empty()) {
-    const auto [storage, index] = waiting.back();
+    const auto [storage, index] = std::move(waiting.back());
     waiting.pop_back();
-    for (ReadElement& element : List(storage, index, &all[index].result)) {
-      if (element.stat.type == STGTY_STREAM) {
-        ReadStream(storage, most, &element);
-      } else {
-        IStorage* inner = nullptr;
-        element.result =
-            storage->OpenStorage(element.name.c_str(), nullptr, Mode, nullptr, 0, &inner);
-        if (inner != nullptr) waiting.emplace_back(inner, all.size());
-      }
+    for (ReadElement& element : List(storage.get(), index, &all[index].result)) {
+      IStorage* inner = nullptr;
+      IStream* stream = nullptr;
+      const wchar_t* name = element.name.c_str();
+      element.result = element.stat.type == STGTY_STREAM
+                           ? storage->OpenStream(name, nullptr, Mode, 0, &stream)
+                           : storage->OpenStorage(name, nullptr, Mode, nullptr, 0, &inner);
+      if (stream != nullptr) ReadStream(*kel::Stream(stream), most, &element);
+      if (inner != nullptr) waiting.emplace_back(inner, all.size());
       all.push_back(std::move(element));
     }
-    storage->Release();
   }
   return all;
 }
 
 std::vector<ReadElement> ReadFile(const std::string& path) {
   HRESULT result = S_OK;
-  IStorage* root = OpenForReading(path, &result);
-  if (root == nullptr) return {{0, {}, {}, {}, result}};
-  std::vector<ReadElement> all = ReadAll(root);
-  root->Release();
-  return all;
+  const kel::Storage root(OpenForReading(path, &result));
+  return root == nullptr ? std::vector<ReadElement>{{0, {}, {}, {}, result}} : ReadAll(root.get());
 }

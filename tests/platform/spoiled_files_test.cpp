@@ -299,30 +299,24 @@ TEST(SpoiledFiles, EveryByteAndEveryLength) {
 
 // Whichever allocation fails, that is what is told, and what was opened before goes on.
 TEST(SpoiledFiles, EveryAllocationFails) {
-  const std::string file = KEL_STORAGE_FILES "/wine.cfb";
-  const std::wstring path(file.begin(), file.end());
-  const auto expect = [](HRESULT result) {
-    EXPECT_TRUE(result == S_OK || result == E_OUTOFMEMORY);
-  };
   for (int n = 0, hasFailed = 1; hasFailed != 0; ++n) {
-    IStorage* opened = nullptr;
-    IStream* read = nullptr;
-    IEnumSTATSTG* list = nullptr;
-    char bytes[5000];
+    kel::Storage root;
+    kel::Stream stream;
+    std::vector<kel::Element> elements(9);
     {
       const FailingMemory memory(n, false);
-      expect(StgOpenStorage(path.c_str(), nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &opened));
-      if (opened != nullptr) {
-        expect(opened->EnumElements(0, nullptr, 0, &list));
-        expect(opened->OpenStream(L"large", nullptr, STGM_SHARE_EXCLUSIVE, 0, &read));
-        if (read != nullptr) expect(read->Read(bytes, sizeof bytes, nullptr));
+      try {
+        root = kel::OpenScene(KEL_STORAGE_FILES "/wine.cfb");
+        stream = kel::OpenStream(*root, L"large");
+        elements = kel::List(*root);
+      } catch (const std::bad_alloc&) {
+      } catch (const kel::Error& error) {
+        EXPECT_EQ(E_OUTOFMEMORY, error.Code()) << error.what();
       }
       hasFailed = memory.Reached() ? 1 : 0;
     }
-    const kel::Storage root(opened);
-    const kel::Stream stream(read);
-    if (list != nullptr) list->Release();
-    EXPECT_TRUE(stream == nullptr || stream->Read(bytes, sizeof bytes, nullptr) == S_OK);
+    EXPECT_EQ(9U, elements.size());
+    EXPECT_TRUE(stream == nullptr || kel::ReadAll(*stream).size() == 5000) << n;
   }
 }
 

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "save/kelsave_files.h"
 #include "tests/platform/read_storage.h"
 
 namespace {
@@ -21,12 +22,8 @@ void Require(bool good) {
 
 /// Reads a stream from its end to its beginning through a clone; what `element` has must be there.
 void ReadBackwards(IStorage* root, const ReadElement& element) {
-  IStream* stream = nullptr;
   IStream* clone = nullptr;
-  Require(SUCCEEDED(root->OpenStream(element.name.c_str(), nullptr,
-                                     STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &stream)));
-  Require(SUCCEEDED(stream->Clone(&clone)));
-  stream->Release();
+  Require(SUCCEEDED(kel::OpenStream(*root, element.name)->Clone(&clone)));
   constexpr std::size_t piece = 700;
   char bytes[piece];
   for (std::size_t end = element.bytes.size(); end > 0;) {
