@@ -9,10 +9,10 @@
 #include <climits>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "save/kelsave_files.h"
+#include "tests/folder.h"
 #include "tests/windows/host_table.h"
 
 namespace fs = std::filesystem;
@@ -27,17 +27,14 @@ class Dll : public testing::Test {
   void SetUp() override {
     Load();
     ASSERT_TRUE(save != nullptr && setInterface != nullptr);
-    fs::create_directories(folder);
-    host.answers[13] = static_cast<int>(reinterpret_cast<std::intptr_t>(backups.c_str()));
+    KeepBackupsIn(folder);
     ASSERT_EQ(setInterface(host.Object()), 1);
   }
 
-  void TearDown() override {
-    for (const auto& entry : fs::directory_iterator(folder)) {
-      SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
-    }
-    fs::remove_all(folder);
-    FreeLibrary(library);
+  void TearDown() override { FreeLibrary(library); }
+
+  void KeepBackupsIn(const Folder& place) {
+    host.answers[13] = static_cast<int>(reinterpret_cast<std::intptr_t>(place.Root().c_str()));
   }
 
   void Load() {
@@ -55,10 +52,8 @@ class Dll : public testing::Test {
   int (*save)(const char*, int, int, int) = nullptr;
   int (*setInterface)(void*) = nullptr;
   HostTable host;
-  const fs::path folder =
-      fs::temp_directory_path() / ("kelsave dll " + std::to_string(GetCurrentProcessId()));
-  const std::string file = (folder / "scene.kel").string();
-  const std::string backups = folder.string();
+  const Folder folder;
+  const std::string file = folder.Root() + "\\scene.kel";
 };
 
 TEST_F(Dll, SavesANewFileInTheFixedOrderAndNoneWithinIt) {
@@ -83,30 +78,27 @@ TEST_F(Dll, KeepsABackupWithoutTheReadOnlyAttribute) {
   const struct {
     const char* name;
     int answer;  // of slots 7 and 21
-    const char* backup;
+    const char* files;
     std::string calls;  // a part of them
   } rows[] = {
-      {"scene.kel", 0x12345600, "KelBackup.bak",
+      {"scene.kel", 0x12345600, "KelBackup.bak=old scene.kel=new!",
        "13(13) 7 16(pointer) 8(Scene,8206,0) 0(null) 21 6 5 19"},
-      {"scene.kel", 0x12345601, "KelBackupAlternate.bak", "21 5 6 19"},
-      {"kELbACK of mine.kel", 0, "", ".kel) 16(pointer)"},
+      {"scene.kel", 0x12345601, "KelBackupAlternate.bak=old scene.kel=new!", "21 5 6 19"},
+      {"kELbACK of mine.kel", 0, "kELbACK of mine.kel=new!", ".kel) 16(pointer)"},
   };
   for (const std::size_t slot : {9U, 17U}) host.answers[slot] = 1;
   for (const auto& row : rows) {
     SCOPED_TRACE(row.calls);
-    const std::string name = (folder / row.name).string();
-    std::ofstream(name) << "old";
-    SetFileAttributesA(name.c_str(), FILE_ATTRIBUTE_READONLY);
+    const Folder place;
+    place.Put(row.name, "old", 0444);
+    KeepBackupsIn(place);
     host.answers[7] = host.answers[21] = row.answer;
     host.calls.clear();
+    const std::string name = place.Root() + "\\" + row.name;
     EXPECT_EQ(save(name.c_str(), 0, 0, 0), 1);
     EXPECT_NE(host.calls.find(row.calls), std::string::npos) << host.calls;
-    EXPECT_EQ(GetFileAttributesA(name.c_str()) & FILE_ATTRIBUTE_READONLY, FILE_ATTRIBUTE_READONLY);
-    const std::string backup = (folder / row.backup).string();
-    EXPECT_EQ(GetFileAttributesA(backup.c_str()) & FILE_ATTRIBUTE_READONLY, 0U);
+    EXPECT_EQ(place.List(), row.files);
     SetFileAttributesA(name.c_str(), FILE_ATTRIBUTE_NORMAL);
-    EXPECT_EQ(fs::remove_all(folder), *row.backup == 0 ? 2U : 3U) << "the folder and what is in it";
-    fs::create_directories(folder);
   }
 }
 
@@ -142,7 +134,7 @@ TEST_F(Dll, SavesAgainAfterLackOfMemory) {
   for (const std::size_t slot : {9U, 17U}) host.answers[slot] = 1;
   for (int row = 0;; ++row) {
     SCOPED_TRACE(row);
-    std::ofstream(file) << "old";
+    folder.Put("scene.kel", "old");
     failsOnce = row % 2 == 0;
     const int left = allocationsLeft = row / 2;
     UseAllocator(library, realAllocator, FailingAllocator);
@@ -154,7 +146,7 @@ TEST_F(Dll, SavesAgainAfterLackOfMemory) {
       break;
     }
     EXPECT_EQ(result, 0);
-    EXPECT_TRUE(fs::exists(file) || fs::exists(folder / "KelBackup.bak"));
+    EXPECT_TRUE(fs::exists(file) || fs::exists(folder.Path("KelBackup.bak")));
     EXPECT_EQ(save(file.c_str(), 0, 0, 0), 1) << "the next save";
     EXPECT_EQ(StgIsStorageFile(fs::path(file).c_str()), S_OK);
   }
@@ -163,8 +155,8 @@ TEST_F(Dll, SavesAgainAfterLackOfMemory) {
 // The name goes through the process's code page into the file system.
 TEST_F(Dll, TakesNamesInTheCodePage) {
   if (GetACP() != 1252) GTEST_SKIP() << "code page " << GetACP();
-  EXPECT_EQ(save((backups + "\\sc\xE8ne.kel").c_str(), 0, 1, 0), 1);
-  EXPECT_EQ(StgIsStorageFile((folder / L"sc\u00E8ne.kel").c_str()), S_OK);
+  EXPECT_EQ(save((folder.Root() + "\\sc\xE8ne.kel").c_str(), 0, 1, 0), 1);
+  EXPECT_EQ(StgIsStorageFile((fs::path(folder.Root()) / L"sc\u00E8ne.kel").c_str()), S_OK);
 }
 
 TEST_F(Dll, MeasuresRealWindows) {
