@@ -45,19 +45,22 @@ std::shared_ptr<Node> Copy(const Node& node) {
   return copy;
 }
 
-// Some differ only in case; readers change blanks and dots at the ends.
-const std::wstring Names[] = {L"a",
-                              L"A",
-                              L"b",
-                              L"bX",
-                              L"c .-_c",
-                              L"\x00C9\x0101",
-                              L"\x00FF",
-                              L"\x03C9\x03A3",
-                              L"\x03C9\x03C2",
-                              L"\x6F22",
-                              L"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn",
-                              L"NNNNNNNNNNNNNNNNNNNNNNNNNNNNNNN"};
+// Most pairs are one name in two cases; readers change blanks and dots at the ends.
+const std::wstring Names[][2] = {{L"a", L"A"},
+                                 {L"bX", L"Bx"},
+                                 {L"c .-_c", L"d0"},
+                                 {L"\x00E9", L"\x00C9"},
+                                 {L"\x00C9\x0101", L"\x00FF"},
+                                 {L"\x03C9\x03A3", L"\x03C9\x03C2"},
+                                 {L"\x0434\x042F\x0451", L"\x0434\x044F\x0401"},
+                                 {L"\x6F22", L"b"}};
+
+/// One of those, or one of 17, 19 ... 31 units in one of two cases.
+std::wstring Name(std::size_t number) {
+  if (number < 2 * std::size(Names)) return Names[number / 2][number % 2];
+  return std::wstring(number | 1U, number % 2 == 0 ? L'n' : L'N');
+}
+constexpr std::size_t NameCount = 32;
 
 const std::string& Noise() {
   static const std::string noise = [] {
@@ -121,9 +124,7 @@ class Run {
 
   Place AnyPlace() {
     const OpenStorage& parent = AnyStorage();
-    const std::size_t number = Below(2 * std::size(Names));
-    const std::wstring name =
-        number < std::size(Names) ? Names[number] : L"d" + std::to_wstring(number);
+    const std::wstring name = Name(Below(NameCount));
     const auto found = parent.node->children.find(Utf16(name));
     return {parent, name, found == parent.node->children.end() ? nullptr : found->second};
   }
