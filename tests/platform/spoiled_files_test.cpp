@@ -130,9 +130,6 @@ void ExpectOfEach(Grade grade, const std::vector<Case>& cases) {
 auto Fat(std::uint32_t at, std::uint32_t value) {
   return [=](Image& i) { i.fat[at] = value; };
 }
-auto MiniFat(std::uint32_t at, std::uint32_t value) {
-  return [=](Image& i) { i.miniFat[at] = value; };
-}
 template <class Type>
 auto Header(Type CompoundHeader::*field, std::uint32_t value) {
   return [=](Image& i) {
@@ -149,9 +146,6 @@ auto Entry(std::uint32_t number, Type CompoundEntryRecord::*field, std::uint64_t
 auto Name(std::uint32_t number, const char16_t* name) {
   return [=](Image& i) { i.Rename(number, name); };
 }
-auto Length(int more) {
-  return [=](Image& i) { i.size += static_cast<std::size_t>(more); };
-}
 
 using Record = CompoundEntryRecord;
 
@@ -161,7 +155,7 @@ TEST(SpoiledFiles, Unusual) {
   ExpectOfEach(
       Unusual,
       {
-          {"file: ends within a sector", Length(1)},
+          {"file: ends within a sector", [](Image& i) { ++i.size; }},
           {"header: the first half of its class", Header(&CompoundHeader::classId, 9)},
           {"header: the minor version", Header(&CompoundHeader::minorVersion, 0x21)},
           {"", Header(&CompoundHeader::transaction, 9)},
@@ -190,7 +184,7 @@ TEST(SpoiledFiles, Damaged) {
   ExpectOfEach(
       Damaged,
       {
-          {"FAT: a sector of it is cut off", Length(-100)},
+          {"FAT: a sector of it is cut off", [](Image& i) { i.size -= 100; }},
           {"/Large: is cut off by the end of the file",
            [](Image& i) { i.fat[8] = 16, i.fat[16] = End, i.size += 100; },
            " Large4708! Small700 Storage Inner0"},
@@ -222,8 +216,8 @@ TEST(SpoiledFiles, Damaged) {
            " Large5000 Small64! Storage Inner0"},
           {"/Small: leads to a small sector", Fat(10, End), " Large5000 Small512! Storage Inner0"},
           {"/Small: leads to a small sector", Entry(Root, &Record::size, 64)},
-          {"/Small: its chain of small sectors runs in a circle", MiniFat(0, 0),
-           " Large5000 Small64! Storage Inner0"},
+          {"/Small: its chain of small sectors runs in a circle",
+           [](Image& i) { i.miniFat[0] = 0; }, " Large5000 Small64! Storage Inner0"},
           {"directory: its chain of sectors runs in a circle",
            [](Image& i) { i.fat[13] = 12, i.entries[Inner].left = 9; }, "corrupt"},
           {"/Storage: leads to an entry that the directory does not have", Fat(12, End), "corrupt"},

@@ -173,7 +173,7 @@ TEST_P(StorageDisk, ReallyFull) {
         [&](IStorage& root, model::Node& node) {
           if (steps % 2 == 0) root.Commit(STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE);
           for (unsigned i = 0; i < steps % 8; ++i) {
-            EXPECT_EQ(S_OK, model::Put(root, node, model::Numbered(u"new", i), ""));
+            EXPECT_EQ(S_OK, model::Put(root, node, L"new" + std::to_wstring(i), ""));
           }
           Fill(place + "/filler");
         });
@@ -187,7 +187,7 @@ TEST_P(StorageDisk, ReallyFull) {
     HRESULT result = S_OK;
     for (unsigned i = 0; i < 60 && result == S_OK; ++i) {
       const std::string bytes(i == 0 ? 70000 : 3000, 's');
-      result = model::Put(*root, model, model::Numbered(u"s", i), bytes);
+      result = model::Put(*root, model, L"s" + std::to_wstring(i), bytes);
     }
     root->Release();
     EXPECT_EQ(less > 0 ? STG_E_MEDIUMFULL : S_OK, result);

@@ -31,7 +31,7 @@ TEST(StorageLayout, LockedSectorAnywhere) {
       const bool isSmall = sectorSize == 512;
       const auto fill = [&](IStorage& open, model::Node& node) {
         const HRESULT full = isSmall ? STG_E_MEDIUMFULL : S_OK;
-        EXPECT_EQ(full, model::Put(open, node, u"rest", std::string(1 << 20, 'r')));
+        EXPECT_EQ(full, model::Put(open, node, L"rest", std::string(1 << 20, 'r')));
       };
       const auto model = model::RandomRun(root, path, locked, 100, &faults, fill);
       model::ExpectFileHolds(path, *model, faults.parameters);
@@ -52,7 +52,7 @@ TEST(StorageLayout, LockedSectorInTheTables) {
     IStorage* root = nullptr;
     model::Node model{true};
     ASSERT_EQ(S_OK, CreateCompoundFile(path.c_str(), L"x", {4096, 4096, lock}, &root));
-    EXPECT_EQ(S_OK, model::Put(*root, model, u"stream", std::string(sectors * 4096, 's')));
+    EXPECT_EQ(S_OK, model::Put(*root, model, L"stream", std::string(sectors * 4096, 's')));
     EXPECT_EQ(0U, root->Release());
     SCOPED_TRACE(sectors);
     model::ExpectFileHolds(path, model, {4096, lock});

@@ -460,21 +460,15 @@ IStorage* CreateFile(const std::string& fileName, ULONG sectorSize) {
   return FAILED(result) ? nullptr : static_cast<IStorage*>(storage);
 }
 
-HRESULT Put(IStorage& parent, Node& node, const std::u16string& name, const std::string& bytes) {
+HRESULT Put(IStorage& parent, Node& node, const std::wstring& name, const std::string& bytes) {
   IStream* stream = nullptr;
   ULONG written = 0;
-  const std::wstring wide(name.begin(), name.end());
-  HRESULT result = parent.CreateStream(wide.c_str(), Exclusive, 0, 0, &stream);
+  HRESULT result = parent.CreateStream(name.c_str(), Exclusive, 0, 0, &stream);
   if (FAILED(result)) return result;
   result = stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written);
   stream->Release();
-  node.children[name] = std::make_shared<Node>(Node{false, bytes.substr(0, written)});
+  node.children[Utf16(name)] = std::make_shared<Node>(Node{false, bytes.substr(0, written)});
   return result;
-}
-
-std::u16string Numbered(std::u16string name, unsigned number) {
-  const std::string digits = std::to_string(number);
-  return name.append(digits.begin(), digits.end());
 }
 
 std::shared_ptr<Node> RandomRun(IStorage* root, const std::string& fileName, unsigned seed,

@@ -50,9 +50,7 @@ std::u16string Utf16(std::wstring_view text);
 IStorage* CreateFile(const std::string& fileName, ULONG sectorSize);
 
 /// Makes a stream of these bytes, and the same in the model as far as they were written.
-HRESULT Put(IStorage& parent, Node& node, const std::u16string& name, const std::string& bytes);
-
-std::u16string Numbered(std::u16string name, unsigned number);
+HRESULT Put(IStorage& parent, Node& node, const std::wstring& name, const std::string& bytes);
 
 struct Faults {
   bool goesOn;                           // whether the run does after one

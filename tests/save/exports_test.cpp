@@ -1,3 +1,5 @@
+// The exports that keep nothing: the record of the help system and the table of codes.
+
 #include <gtest/gtest.h>
 
 #include <kelsave.h>
@@ -30,6 +32,13 @@ TEST(HelpSys, LayoutAndAccess) {
   HelpSys other = {};
   other.setHelpHWnd(target.getHelpHWnd());
   EXPECT_EQ(WordsOf(other), (Words{0, 77, 0, 0, 0, 0}));
+}
+
+TEST(ChunkCodes, MiddleBitsChoose) {
+  const int rows[][2] = {{0xF00F, 0}, {0xA01B, 0x1021}, {0x0800, 0x9188}, {0xFFFF, 0x1EF0}};
+  for (const auto& [code, entry] : rows) {
+    EXPECT_EQ(GetChunkCode(static_cast<std::uint16_t>(code)), entry) << code;
+  }
 }
 
 }  // namespace
