@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "calc/char_class.h"
+
 #ifdef _WIN32
 #include <io.h>
 #else
@@ -18,6 +20,7 @@
 namespace {
 
 constexpr std::size_t BlockSize = 64 * 1024;
+constexpr std::size_t Behind = 1 + LookedAtBehind;  // NULs that stand behind a block
 
 /// Returns what the system's read returns: a count, 0 at the end, -1 for an error.
 std::ptrdiff_t ReadDescriptor(int descriptor, char* block, std::size_t size) {
@@ -157,7 +160,7 @@ void CaCharacterSource::Close() {
 bool CaCharacterSource::Refill() {
   if (!fill_) return false;
   LetGoOfBlock();
-  if (block_ == nullptr) block_.reset(new char[BlockSize + 2]);
+  if (block_ == nullptr) block_.reset(new char[1 + BlockSize + Behind]);
   // There is none before the first block, and still none when the first `fill_` threw.
   if (end_ != Nothing) block_[0] = end_[-1];
   char* first = block_.get() + 1;
@@ -180,7 +183,7 @@ bool CaCharacterSource::FillFrom(char* from) {
     return false;
   }
   end_ = from + count;
-  from[count] = '\0';
+  std::fill_n(from + count, Behind, '\0');
   return true;
 }
 

@@ -35,8 +35,10 @@ class CaNameKey {
       : name_(name), first_(FirstOf(name)) {
     std::uint64_t hash = (first_ ^ name.size()) * Spread;
     if (name.size() > 8) {
-      for (std::size_t at = 8; at + 8 < name.size(); at += 8) hash = Mixed(hash, WordAt(name, at));
-      hash = Mixed(hash, WordAt(name, name.size() - 8));
+      AllWords(name.size(), [&](std::size_t at) {
+        hash = Mixed(hash, WordAt(name, at));
+        return true;
+      });
     }
     hash_ = static_cast<std::uint32_t>(hash >> 32);
   }
@@ -48,10 +50,8 @@ class CaNameKey {
     if (known.first != first_ || known.length != name_.size()) return false;
     if (name_.size() <= 8) return true;
     const std::string_view text(known.Text(), name_.size());
-    for (std::size_t at = 8; at + 8 < name_.size(); at += 8) {
-      if (WordAt(name_, at) != WordAt(text, at)) return false;
-    }
-    return WordAt(name_, name_.size() - 8) == WordAt(text, name_.size() - 8);
+    return AllWords(name_.size(),
+                    [&](std::size_t at) { return WordAt(name_, at) == WordAt(text, at); });
   }
 
  private:
@@ -63,6 +63,19 @@ class CaNameKey {
     Word word;
     std::memcpy(&word, from, sizeof word);
     return word;
+  }
+
+  /// Whether `is` is true of the places of all words behind the first in a name of more than eight
+  /// bytes. Up to 24 bytes it takes no loop.
+  template <typename Is>
+  static bool AllWords(std::size_t size, Is is) {
+    if (size > 16) {
+      if (!is(8)) return false;
+      for (std::size_t at = 16; at + 8 < size; at += 8) {
+        if (!is(at)) return false;
+      }
+    }
+    return is(size - 8);
   }
 
   static std::uint64_t WordAt(std::string_view name, std::size_t at) {

@@ -83,7 +83,7 @@ inline CaItem MinusItem(CaInterpreter& interpreter) {
 
 /// A variable, or a compound constant when "(" follows directly.
 inline CaItem NameItem(CaInterpreter& interpreter) {
-  const std::string_view name = ReadName(interpreter);
+  const std::string_view name = ReadName(interpreter, 1);
   if (PeekChar(interpreter) == '(') return CaItem(ReadCompound(interpreter, name));
   return {CaItemKind::Name, name};
 }
@@ -102,7 +102,7 @@ inline CaItem NameItem(CaInterpreter& interpreter) {
     case CaTokenStart::Operator:
       return SignItem(interpreter, static_cast<char>(c));
     case CaTokenStart::Function:
-      return CaItem(OperatorCalled(interpreter, ReadName(interpreter)));
+      return CaItem(OperatorCalled(interpreter, ReadName(interpreter, 0)));
     case CaTokenStart::String:
       return {CaItemKind::Text, ReadString(interpreter)};
     case CaTokenStart::Comment:

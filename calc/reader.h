@@ -75,12 +75,14 @@ void SkipComment(CaInterpreter& interpreter);
 /// the interpreter's `token`. Good until the next token.
 std::string_view CollectRun(CaInterpreter& interpreter, CaCharBit bits, std::string_view prefix);
 
-/// The same, where it stands in the input if it can: then good until the next block is read.
-inline std::string_view ReadRun(CaInterpreter& interpreter, CaCharBit bits,
-                                std::string_view prefix) {
+/// The same, where it stands in the input if it can: then good until the next block is read. Its
+/// first `known` bytes are known to be of the class.
+template <CaCharBit bits>
+inline std::string_view ReadRun(CaInterpreter& interpreter, std::string_view prefix,
+                                std::size_t known) {
   CaCharacterSource& input = *interpreter.input;
   const char* text = input.AtHand().data();
-  const std::size_t length = RunLength(text, bits);
+  const std::size_t length = RunLength<bits>(text, known);
   // Only a run whose end is seen is complete.
   if (!prefix.empty() || MayBeTheEnd(static_cast<unsigned char>(text[length]))) {
     return CollectRun(interpreter, bits, prefix);
@@ -89,11 +91,12 @@ inline std::string_view ReadRun(CaInterpreter& interpreter, CaCharBit bits,
   return {text, std::min(length, CaTokenText::LongestName)};
 }
 
-inline std::string_view ReadName(CaInterpreter& interpreter) {
-  return ReadRun(interpreter, NameChar, {});
+/// `known` is 1 when the name's first letter has been seen, which is still unread.
+inline std::string_view ReadName(CaInterpreter& interpreter, std::size_t known) {
+  return ReadRun<NameChar>(interpreter, {}, known);
 }
 inline std::string_view ReadOpName(CaInterpreter& interpreter, std::string_view prefix) {
-  return ReadRun(interpreter, OpChar, prefix);
+  return ReadRun<OpChar>(interpreter, prefix, 0);
 }
 
 /// Reads an unsigned number, directly from the input: one that is the last thing in a file is
