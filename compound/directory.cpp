@@ -120,9 +120,8 @@ CompoundDirectory::CompoundDirectory() {
 }
 
 std::uint32_t CompoundDirectory::HashOf(const CompoundEntry* parent, const CompoundName& name) {
-  const auto address = reinterpret_cast<std::uintptr_t>(parent);
-  const std::uint64_t mixed = (HashOfName(name) ^ (address << 20)) * 0x9E3779B97F4A7C15U;
-  return static_cast<std::uint32_t>(mixed >> 32);
+  const std::uint64_t both = std::uint64_t{parent->number} << 32 | HashOfName(name);
+  return static_cast<std::uint32_t>(both * 0x9E3779B97F4A7C15U >> 32);
 }
 
 CompoundEntry* CompoundDirectory::Find(const CompoundEntry* parent, const CompoundName& name) {
@@ -247,8 +246,9 @@ void SortChildren(StorageInfo& storage) {
   CompoundEntry** link = &storage.firstChild;
   for (const SortItem& item : sorted) {
     item.entry->previous = last;
-    *link = last = item.entry;
-    link = &last->next;
+    *link = item.entry;
+    link = &item.entry->next;
+    last = item.entry;
   }
   *link = nullptr;
   storage.lastChild = last;

@@ -42,8 +42,9 @@ struct CompoundEntry {
 };
 
 /// All entries of a file. Finding one costs the same however many there are: those of a storage
-/// with many are in a table from the first look on, which has room for all from then on. Their
-/// order and their place in the file are only made when the directory is written.
+/// with many are in a table from the first look on, which has room for all from then on. As long as
+/// there is no memory for it they are looked through one by one. Their order and their place in the
+/// file are only made when the directory is written.
 class CompoundDirectory {
  public:
   CompoundDirectory();

@@ -101,6 +101,10 @@ class OpenFile {
   int number_ = -1;
 };
 
+inline bool IsSameFile(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 /// How much of `left` goes through memory that has room for `room`.
 inline std::size_t AtMost(std::size_t room, std::uint64_t left) {
   return left < room ? static_cast<std::size_t>(left) : room;

@@ -37,7 +37,7 @@ int Rewrite(int file, std::uint64_t size) {
 
 /// Takes the file's space and gives it its length. What an old file has of the space it keeps, as
 /// others could take what is given back; what it lacks is taken behind its end. Cutting it is the
-/// one step that loses anything of it, and the last one.
+/// one step that loses anything of it, and the last one that may fail.
 Outcome Empty(int file, const char* path, std::uint64_t space) {
   Disk& disk = CurrentDisk();
   struct stat status = {};
@@ -46,8 +46,7 @@ Outcome Empty(int file, const char* path, std::uint64_t space) {
   int error = disk.Status(file, &status);
   if (error == 0) error = disk.StatusOf(path, &named);
   // Who has moved the file since it was opened is saving, too, and it is that save's backup.
-  const bool isSame = named.st_dev == status.st_dev && named.st_ino == status.st_ino;
-  if (error == ENOENT || (error == 0 && !isSame)) return Outcome::InUse;
+  if (error == ENOENT || (error == 0 && !IsSameFile(status, named))) return Outcome::InUse;
   if (error != 0) return OutcomeOfWriting(error);
   const auto before = static_cast<std::uint64_t>(status.st_size);
   const std::uint64_t kept = std::min(before, space);
@@ -56,9 +55,23 @@ Outcome Empty(int file, const char* path, std::uint64_t space) {
     error = disk.TakeSpace(file, kept, space, Disk::Length::Keep);
   }
   if (error == 0) error = disk.Cut(file, space);
-  if (error == 0) return Outcome::Done;
+  if (error == 0) {
+    // Should this process be killed, the old header is not to make a file of what is left.
+    constexpr std::byte NoSignature[8] = {};
+    if (kept > 0) disk.WriteAt(file, 0, NoSignature, sizeof NoSignature);
+    return Outcome::Done;
+  }
   if (kept < space) disk.Cut(file, before);  // gives back what was taken
   return OutcomeOfWriting(error);
+}
+
+/// Whether nobody has saved into a file since this process made it, nor moved it away. Between its
+/// making and its lock, another one may have done both.
+bool IsUntouched(int file, const char* path) {
+  struct stat status = {};
+  struct stat named = {};
+  return CurrentDisk().Status(file, &status) == 0 && status.st_size == 0 &&
+         CurrentDisk().StatusOf(path, &named) == 0 && IsSameFile(status, named);
 }
 
 }  // namespace
@@ -81,7 +94,9 @@ Outcome OpenEmpty(const char* path, std::uint64_t space, OpenFile* file, std::st
   const Outcome outcome = Empty(file->Number(), name.c_str(), space);
   if (outcome != Outcome::Done) {
     // Who holds the lock on a file this new is saving a scene into it.
-    if (isNew && outcome != Outcome::InUse) disk.Remove(name.c_str());
+    if (isNew && outcome != Outcome::InUse && IsUntouched(file->Number(), name.c_str())) {
+      disk.Remove(name.c_str());
+    }
     file->Close();
   }
   return outcome;

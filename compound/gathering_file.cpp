@@ -235,6 +235,8 @@ Outcome GatheringFile::Wait() {
     error = CurrentDisk().SyncFolder(folder_.c_str());
     if (error == EACCES) error = 0;  // a folder that may not be read cannot be waited for
     isNameOnDisk_ = error == 0;
+    // It was not even opened, so nothing is lost yet.
+    if (error == EMFILE || error == ENFILE || error == ENOMEM) return OutcomeOfWriting(error);
   }
   if (error != 0) synced_ = OutcomeOfWriting(error);
   return synced_;

@@ -33,7 +33,7 @@ class GatheringFile {
   bool IsInMemory() const { return isInMemory_; }
 
   /// Both lie within space that was taken, but for a file in memory. A write that fails has changed
-  /// nothing that was reported as written before.
+  /// nothing but what it was to write over.
   Outcome Write(std::uint64_t offset, const void* data, std::size_t size);
   Outcome WriteZeros(std::uint64_t offset, std::uint64_t size);
 
@@ -45,7 +45,8 @@ class GatheringFile {
   Outcome Flush(std::uint64_t size);
 
   /// Waits for the disk, and the first time for the folder that has the file's name. Once it has
-  /// failed it always fails: the system tells only once of bytes that it has lost.
+  /// failed it always fails, as the system tells only once of bytes that it has lost; not if there
+  /// was only nothing to open the folder with.
   Outcome Wait();
 
   void Close();

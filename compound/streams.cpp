@@ -1,6 +1,7 @@
 #include "compound/streams.h"
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 CompoundStreams::CompoundStreams(const CompoundParameters& parameters,
@@ -34,20 +35,31 @@ Outcome CompoundStreams::Write(CompoundEntry& stream, std::uint64_t offset, cons
   Outcome grown = Outcome::Done;
   if (offset + size > before) {
     grown = GrowTo(stream, offset + size, offset);
-    // Less may fit than was asked for: halving finds how much.
-    const std::uint64_t base = std::max(before, offset);
-    for (std::uint64_t step = (offset + size - base) / 2; grown == Outcome::NoSpace && step > 0;
-         step /= 2) {
-      if (GrowTo(stream, std::max(stream.size, base) + step, offset) == Outcome::NoMemory) break;
-    }
+    if (grown == Outcome::NoSpace) GrowByHalves(stream, offset, size);
     size = stream.size > offset ? AtMost(size, stream.size - offset) : 0;
   }
   const Outcome outcome = WriteChain(HomeOf(stream.size), stream.chain, offset, data, size, done);
   if (outcome == Outcome::Done) return grown;
   const std::uint64_t kept = *done > 0 ? std::max(before, offset + *done) : before;
-  // Nothing can be done about bytes that stay behind the last good one.
-  static_cast<void>(ShrinkTo(stream, kept));
+  try {
+    // Nothing can be done about bytes that stay behind the last good one.
+    static_cast<void>(ShrinkTo(stream, kept));
+  } catch (const std::bad_alloc&) {
+    // They stay for this reason, too; what is told is why the write failed.
+  }
   return outcome;
+}
+
+/// Less may fit than was asked for: halving finds how much. What fitted stays when memory ends.
+void CompoundStreams::GrowByHalves(CompoundEntry& stream, std::uint64_t offset, std::size_t size) {
+  const std::uint64_t base = std::max(stream.size, offset);
+  try {
+    for (std::uint64_t step = (offset + size - base) / 2; step > 0; step /= 2) {
+      if (GrowTo(stream, std::max(stream.size, base) + step, offset) == Outcome::NoMemory) return;
+    }
+  } catch (const std::bad_alloc&) {
+    return;
+  }
 }
 
 Outcome CompoundStreams::Resize(CompoundEntry& stream, std::uint64_t size) {
@@ -60,35 +72,32 @@ Outcome CompoundStreams::GrowTo(CompoundEntry& stream, std::uint64_t size, std::
   const std::uint64_t before = stream.size;
   if (size <= before) return Outcome::Done;
   if (size / parameters_.sectorSize >= LargestFile(parameters_)) return Outcome::NoSpace;
+  zeroUpTo = std::min(zeroUpTo, size);
   SectorSpace& home = HomeOf(size);
-  Outcome outcome = Outcome::Done;
-  if (&HomeOf(before) != &home && before > 0) {
-    outcome = ChangeHome(stream, size, before);
+  if (&HomeOf(before) != &home && before > 0) return ChangeHome(stream, size, before, zeroUpTo);
+  Outcome outcome = Extend(home, stream.chain, home.SectorsFor(size));
+  if (outcome == Outcome::Done) outcome = ZeroChain(home, stream.chain, before, zeroUpTo);
+  if (outcome == Outcome::Done) {
+    stream.size = size;
   } else {
-    outcome = Extend(home, stream.chain, home.SectorsFor(size));
+    home.Trim(stream.chain, home.SectorsFor(before));
   }
-  if (outcome != Outcome::Done) return outcome;
-  stream.size = size;
-  outcome = ZeroChain(home, stream.chain, before, std::min(zeroUpTo, size));
-  if (outcome != Outcome::Done) static_cast<void>(ShrinkTo(stream, before));
   return outcome;
 }
 
 Outcome CompoundStreams::ShrinkTo(CompoundEntry& stream, std::uint64_t size) {
   if (size >= stream.size) return Outcome::Done;
   SectorSpace& home = HomeOf(size);
-  if (&HomeOf(stream.size) != &home) {
-    const Outcome outcome = ChangeHome(stream, size, size);
-    if (outcome != Outcome::Done) return outcome;
-  } else {
-    home.Trim(stream.chain, home.SectorsFor(size));
-  }
+  if (&HomeOf(stream.size) != &home) return ChangeHome(stream, size, size, size);
+  home.Trim(stream.chain, home.SectorsFor(size));
   stream.size = size;
   return Outcome::Done;
 }
 
-/// Moves the first `keep` bytes to where a stream of `size` bytes lies.
-Outcome CompoundStreams::ChangeHome(CompoundEntry& stream, std::uint64_t size, std::uint64_t keep) {
+/// Moves the first `keep` bytes to where a stream of `size` bytes lies, with zeros behind them as
+/// far as `zeroUpTo`. On failure all is as it was.
+Outcome CompoundStreams::ChangeHome(CompoundEntry& stream, std::uint64_t size, std::uint64_t keep,
+                                    std::uint64_t zeroUpTo) {
   SectorSpace& from = HomeOf(stream.size);
   SectorSpace& to = HomeOf(size);
   std::vector<std::byte> bytes(static_cast<std::size_t>(keep));
@@ -99,13 +108,14 @@ Outcome CompoundStreams::ChangeHome(CompoundEntry& stream, std::uint64_t size, s
   if (outcome == Outcome::Done) {
     outcome = WriteChain(to, chain, 0, bytes.data(), bytes.size(), &done);
   }
+  if (outcome == Outcome::Done) outcome = ZeroChain(to, chain, keep, zeroUpTo);
   if (outcome != Outcome::Done) {
     to.Trim(chain, 0);
     return outcome;
   }
   from.Trim(stream.chain, 0);
   stream.chain = std::move(chain);
-  stream.size = keep;
+  stream.size = size;
   return Outcome::Done;
 }
 

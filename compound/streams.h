@@ -54,8 +54,10 @@ class CompoundStreams {
     return parameters_.IsMini(streamSize) ? miniSpace_ : space_;
   }
   Outcome GrowTo(CompoundEntry& stream, std::uint64_t size, std::uint64_t zeroUpTo);
+  void GrowByHalves(CompoundEntry& stream, std::uint64_t offset, std::size_t size);
   Outcome ShrinkTo(CompoundEntry& stream, std::uint64_t size);
-  Outcome ChangeHome(CompoundEntry& stream, std::uint64_t size, std::uint64_t keep);
+  Outcome ChangeHome(CompoundEntry& stream, std::uint64_t size, std::uint64_t keep,
+                     std::uint64_t zeroUpTo);
   Outcome Extend(SectorSpace& space, SectorChain& chain, std::uint32_t count);
   Outcome ExtendMiniStream(std::uint64_t miniEnd);
 

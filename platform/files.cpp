@@ -28,6 +28,7 @@ int Run(const char* path, const Service& service) {
   } catch (const std::bad_alloc&) {
     errno = ENOMEM;
   }
+  if (errno == EBUSY) errno = EACCES;  // what the run-time says of a file in use
   return errno == 0 ? 0 : -1;
 }
 
@@ -35,43 +36,38 @@ bool IsReadOnly(const struct stat& status) {
   return !S_ISDIR(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }
 
-enum class Use { None, Reading, Writing };
-
-/// Who has the file open, here or in another process, which is told by locks: a storage that is
-/// written has it alone, those that read it share it. 0, or an errno when that cannot be found out.
-/// A file that nobody uses stays locked as long as `file` is open, so that nobody begins to. One
-/// that lost its name before it was locked has made room for another, which a save is writing.
-int FindUse(const char* path, OpenFile& file, Use* use) {
-  *use = Use::None;
+/// 0 when nobody has the file open, here or in another process, which is told by locks: a storage
+/// that is written has it alone, those that read it share it. Then it stays locked as long as
+/// `file` is open, so that nobody begins to. EBUSY when somebody has, or another errno when that
+/// cannot be found out. A file that lost its name before it was locked has made room for another,
+/// which a save is writing.
+int FindNoUse(const char* path, OpenFile& file) {
   Disk& disk = CurrentDisk();
-  const int error = disk.Open(path, O_RDONLY | O_NONBLOCK, 0, file.Place());
-  if (error == EACCES) return 0;  // who may not read a file has no storage on it
+  struct stat locked = {};
+  struct stat named = {};
+  int error = disk.Open(path, O_RDONLY | O_NONBLOCK, 0, file.Place());
   if (error != 0) return error;
-  if (disk.Lock(file.Number(), false) == EWOULDBLOCK) {
-    *use = Use::Writing;
-  } else if (disk.Lock(file.Number(), true) == EWOULDBLOCK) {
-    *use = Use::Reading;
-  } else {
-    struct stat locked = {};
-    struct stat named = {};
-    const int unknown = disk.Status(file.Number(), &locked);
-    if (unknown != 0 || disk.StatusOf(path, &named) != 0) return unknown;
-    if (named.st_dev != locked.st_dev || named.st_ino != locked.st_ino) *use = Use::Writing;
-  }
-  return 0;
+  if (disk.Lock(file.Number(), true) == EWOULDBLOCK) return EBUSY;
+  error = disk.Status(file.Number(), &locked);
+  if (error != 0 || disk.StatusOf(path, &named) != 0) return error;
+  return IsSameFile(named, locked) ? 0 : EBUSY;
 }
 
 int Remove(const char* path, bool isOwn) {
-  return Run(path, [isOwn](const char* native) {
-    struct stat status;
-    const int error = CurrentDisk().StatusOfLink(native, &status);
-    if (error != 0) return error;
-    if (IsReadOnly(status)) return EACCES;
-    OpenFile file;
-    Use use = Use::None;
-    if (!isOwn && S_ISREG(status.st_mode)) FindUse(native, file, &use);
-    return use != Use::None ? EACCES : CurrentDisk().Remove(native);
-  });
+  struct stat status;
+  int error = CurrentDisk().StatusOfLink(path, &status);
+  if (error != 0) return error;
+  if (IsReadOnly(status)) return EACCES;
+  OpenFile file;
+  if (!isOwn && S_ISREG(status.st_mode)) error = FindNoUse(path, file);
+  // What this user may not read is still this user's to delete.
+  return error == 0 || error == EACCES ? CurrentDisk().Remove(path) : error;
+}
+
+/// `file` holds the lock of FindNoUse.
+int Move(const char* from, const char* to) {
+  const int error = CurrentDisk().Rename(from, to);
+  return error == EXDEV ? MoveByCopying(from, to) : error;
 }
 
 unsigned char Folded(unsigned char byte) {
@@ -103,21 +99,32 @@ int _chmod(const char* path, int mode) {
   });
 }
 
-int remove(const char* path) { return Remove(path, false); }
+int remove(const char* path) {
+  return Run(path, [](const char* native) { return Remove(native, false); });
+}
 
-int KelRemoveOwn(const char* path) { return Remove(path, true); }
+int KelRemoveOwn(const char* path) {
+  return Run(path, [](const char* native) { return Remove(native, true); });
+}
 
 int rename(const char* from, const char* to) {
   if (to == nullptr) from = nullptr;
   return Run(from, [to](const char* source) {
     const NativePath target(to);
     OpenFile file;
-    Use use = Use::None;
-    int error = FindUse(source, file, &use);
-    if (error != 0) return error;
-    if (use != Use::None) return EACCES;
-    error = CurrentDisk().Rename(source, target.Text());
-    return error == EXDEV ? MoveByCopying(source, target.Text()) : error;
+    const int error = FindNoUse(source, file);
+    return error == 0 ? Move(source, target.Text()) : error;
+  });
+}
+
+int KelReplace(const char* from, const char* to) {
+  return Run(from, [to](const char* source) {
+    const NativePath target(to);
+    OpenFile file;
+    const int error = FindNoUse(source, file);
+    if (error != 0 && error != ENOENT) return error;
+    Remove(target.Text(), false);
+    return error == 0 ? Move(source, target.Text()) : error;
   });
 }
 

@@ -46,7 +46,7 @@ bool Contains(const IID* ids, DWORD count, REFIID id) {
 bool Contains(SNB names, const CompoundName& name) {
   for (; names != nullptr && *names != nullptr; ++names) {
     CompoundName excluded;
-    if (!MakeName(*names, &excluded)) continue;
+    if (!MakeName(*names, &excluded, NameRules::Existing)) continue;
     if (IsSameName(excluded, name)) return true;
   }
   return false;

@@ -59,8 +59,7 @@ bool Compose(SaveInterface& host, PathBuffer& path) {
 // Held by WhatIsLeft in backup_test.cpp.
 void Replace(const char* backupPath, const LinkTarget& target) {
   if (target.IsFile(backupPath)) return;
-  files::remove(backupPath);
-  files::rename(target.Text(), backupPath);
+  files::KelReplace(target.Text(), backupPath);
   files::_chmod(backupPath, ReadAndWrite);
 }
 

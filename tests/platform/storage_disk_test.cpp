@@ -1,6 +1,8 @@
 /// The disk fails at one call or from one call on, for every call that there is, and a disk is
 /// really full. What is demanded each time:
-/// - A creation that is refused leaves an old file as it was, and no new one.
+/// - A creation that is refused leaves an old file as it was, and no new one. One that is not
+/// leaves
+///   no file that looks whole, should it be killed.
 /// - A failed call has changed nothing but for the bytes that it reports as written, and those that
 ///   it was to write over.
 /// - When Commit succeeds the file is valid and holds all that was accepted. So it does at the end,
@@ -62,6 +64,7 @@ TEST_P(StorageDisk, EveryCallFails) {
         EXPECT_EQ(before, folder.List());
         continue;
       }
+      EXPECT_TRUE(disk.HasFailed() || folder.Text("scene")[0] == '\0');
       model::Faults faults{once};
       HRESULT first = S_OK;
       HRESULT second = S_OK;
@@ -127,6 +130,25 @@ TEST_P(StorageDisk, AnotherSaveMovesTheFile) {
   };
   EXPECT_EQ(-1, files::rename(other.c_str(), file.c_str()));
   EXPECT_EQ("new", folder.Text("other"));
+}
+
+// What another process saved into a new file before it was locked stays, whatever fails; and so
+// does a file in use, also when nothing is left to look at it with.
+TEST_P(StorageDisk, AnotherSaveComesFirst) {
+  const std::string file = folder.Path("scene");
+  for (int n = 1, hasFailed = 1; hasFailed != 0; ++n) {
+    std::filesystem::remove(file);
+    FailingDisk disk(n, EMFILE);
+    std::string theirs;
+    disk.before = [&](const std::string& call) {
+      if (call == "Lock" && theirs.empty()) folder.Put("scene", theirs = "theirs");
+    };
+    const kel::Storage root(Create(file, GetParam()));
+    EXPECT_TRUE(root != nullptr || folder.Text("scene") == theirs);
+    const bool isRemoved = root != nullptr && files::remove(file.c_str()) == 0;
+    hasFailed = disk.HasFailed() ? 1 : 0;
+    EXPECT_TRUE(!isRemoved || disk.Calls()[static_cast<std::size_t>(n) - 1] == "Lock") << n;
+  }
 }
 
 /// Lets this process mount what only it sees, as its own superuser if it is nobody's.
