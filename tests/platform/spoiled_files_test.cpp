@@ -314,17 +314,6 @@ TEST(SpoiledFiles, EveryAllocationFails) {
   }
 }
 
-// Elements that were made in their order are found without memory, too.
-TEST(SpoiledFiles, NoMemoryToFindWith) {
-  const Folder folder;
-  const kel::Storage root(model::CreateFile(folder.Path("file"), 512));
-  for (wchar_t name = L'a'; name <= L'z'; ++name) kel::CreateStream(*root, {name});
-  const FailingMemory memory(0, true);
-  EXPECT_EQ(S_OK, root->DestroyElement(L"m"));
-  EXPECT_EQ(STG_E_FILENOTFOUND, root->DestroyElement(L"m"));
-  EXPECT_TRUE(memory.Reached());
-}
-
 // One beside another in a tree that is a list, and one within another: 100,000 of them.
 TEST(SpoiledFiles, DepthCostsNoCalls) {
   constexpr std::uint32_t count = 100000;

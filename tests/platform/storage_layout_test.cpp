@@ -10,6 +10,7 @@
 #include "compound/name.h"
 #include "platform/compound_storage.h"
 #include "save/kelsave_files.h"
+#include "tests/failing_memory.h"
 #include "tests/folder.h"
 #include "tests/platform/storage_model.h"
 
@@ -56,6 +57,34 @@ TEST(StorageLayout, LockedSectorInTheTables) {
     EXPECT_EQ(0U, root->Release());
     SCOPED_TRACE(sectors);
     model::ExpectFileHolds(path, model, {4096, lock});
+  }
+}
+
+// Memory ends in a write that does not fit: only what it tells as written has changed. Elements
+// that were made in their order are found then, too.
+TEST(StorageLayout, NoMemory) {
+  const Folder folder;
+  const std::string bytes(1 << 20, 'l');
+  for (int n = 0, hasFailed = 1; hasFailed != 0; ++n) {
+    model::Node model{true};
+    IStorage* opened = nullptr;
+    ASSERT_EQ(S_OK,
+              CreateCompoundFile(folder.Path("file").c_str(), L"x", {512, 64, 29000}, &opened));
+    const kel::Storage root(opened);
+    const kel::Stream stream = kel::CreateStream(*root, L"long");
+    for (int i = 10; i < 50; ++i) {
+      EXPECT_EQ(S_OK, model::Put(*root, model, std::to_wstring(i), std::string(512, 'o')));
+    }
+    for (int i = 10; i < 50; i += 2) root->DestroyElement(std::to_wstring(i).c_str());
+    ULONG written = 0;
+    {
+      const FailingMemory memory(n, n % 2 == 0);
+      EXPECT_TRUE(FAILED(stream->Write(bytes.data(), 1 << 20, &written)));
+      EXPECT_EQ(S_OK, root->DestroyElement(L"49"));
+      hasFailed = memory.Reached() ? 1 : 0;
+    }
+    EXPECT_EQ(S_OK, stream->Seek({}, STREAM_SEEK_SET, nullptr));
+    EXPECT_EQ(bytes.substr(0, written), kel::ReadText(*stream)) << n;
   }
 }
 
