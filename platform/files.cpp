@@ -64,7 +64,7 @@ int Remove(const char* path, bool isOwn) {
   return error == 0 || error == EACCES ? CurrentDisk().Remove(path) : error;
 }
 
-/// `file` holds the lock of FindNoUse.
+/// Renames, or copies to another file system, while the lock of FindNoUse is held.
 int Move(const char* from, const char* to) {
   const int error = CurrentDisk().Rename(from, to);
   return error == EXDEV ? MoveByCopying(from, to) : error;
