@@ -45,8 +45,8 @@ class GatheringFile {
   Outcome Flush(std::uint64_t size);
 
   /// Waits for the disk, and the first time for the folder that has the file's name. Once it has
-  /// failed it always fails, as the system tells only once of bytes that it has lost; but when there
-  /// was nothing left to open the folder with, the next time tries again.
+  /// failed it always fails, as the system tells only once of bytes that it has lost; but when
+  /// there was nothing left to open the folder with, the next time tries again.
   Outcome Wait();
 
   void Close();
