@@ -73,8 +73,8 @@ TEST(SaveDriver, Protocol) {
   }
 }
 
-// One that is written is not finished yet, one that is read is in use: it becomes no backup, no save
-// replaces it, and the backup that there is stays.
+// One that is written is not finished yet, one that is read is in use: it becomes no backup, no
+// save replaces it, and the backup that there is stays.
 TEST(SaveDriver, AFileThatIsOpenStays) {
   Situation s;
   s.host.keepsStorage = true;
