@@ -60,8 +60,8 @@ class FileSizeSignalBlocked {
  private:
   sigset_t signals_;
   sigset_t before_;
-  bool wasPending_;
-  bool isLimited_;
+  bool wasPending_ = false;
+  bool isLimited_ = false;
 };
 
 class TheSystemsDisk final : public Disk {
